@@ -1,0 +1,5 @@
+# Address and undefined-behaviour sanitizers for the whole build; any report stops the program.
+if(TQ_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined -fno-sanitize-recover=all)
+endif()

@@ -1,0 +1,23 @@
+# tq_add_subsystem(NAME <name> [DEPENDS <subsystems below it>] SOURCES ...)
+#
+# Each subsystem folder of toolkit/ is an object library. It sees only its own headers and
+# those of the subsystems it depends on: its include root is a generated folder holding
+# links to exactly those subsystem folders, so an include that points the wrong way fails
+# to build instead of slipping through.
+function(tq_add_subsystem)
+  cmake_parse_arguments(ARG "" "NAME" "DEPENDS;SOURCES;LIBRARIES" ${ARGN})
+  set(target tq_${ARG_NAME})
+  add_library(${target} OBJECT ${ARG_SOURCES})
+  set(view ${CMAKE_BINARY_DIR}/include-views/${ARG_NAME})
+  file(MAKE_DIRECTORY ${view})
+  foreach(sub ${ARG_NAME} ${ARG_DEPENDS})
+    if(NOT EXISTS ${view}/${sub})
+      file(CREATE_LINK ${TQ_TOOLKIT_DIR}/${sub} ${view}/${sub} SYMBOLIC)
+    endif()
+  endforeach()
+  target_include_directories(${target} PRIVATE ${view} ${TQ_GENERATED_INCLUDE_DIR})
+  target_compile_definitions(${target} PRIVATE tarqtool_EXPORTS)
+  target_link_libraries(${target} PRIVATE ${ARG_LIBRARIES})
+  tq_set_warnings(${target})
+  set_property(GLOBAL APPEND PROPERTY TQ_SUBSYSTEM_TARGETS ${target})
+endfunction()
