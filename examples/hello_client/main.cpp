@@ -25,8 +25,7 @@ PdStringEntry helloStrings[] = {
 
 class HelloApplication : public appiApplication {
 public:
-    HelloApplication()
-    {
+    HelloApplication() {
         setIniFile("hello.ini");
         setSaveAsEnabled(0);
         setClipboardEnabled(0);
@@ -35,44 +34,38 @@ public:
 
 HelloApplication* application = nullptr;
 
-appiApplication* createApplication()
-{
+appiApplication* createApplication() {
     std::puts("  [client] creating the application object");
     application = new HelloApplication;
     return application;
 }
 
-void deleteApplication()
-{
+void deleteApplication() {
     std::puts("  [client] deleting the application object");
     delete application;
     application = nullptr;
 }
 
-int startApplication(int argc, char** argv, int, int)
-{
+int startApplication(int argc, char** argv, int, int) {
     std::printf("  [client] started with %d argument(s), program %s\n", argc,
                 argc > 0 ? argv[0] : "?");
     return 0;
 }
 
-long executeCommand(const char* command)
-{
+long executeCommand(const char* command) {
     std::printf("  [client] ");
     std::printf(PdToolkit::loadString(IDS_HELLO_COMMAND), command);
     std::printf("\n");
     return static_cast<long>(std::strlen(command));
 }
 
-void clientShutDown()
-{
+void clientShutDown() {
     std::puts("  [client] shutdown hook ran");
 }
 
 } // namespace
 
-int main(int argc, char** argv)
-{
+int main(int argc, char** argv) {
     std::puts("1. Starting the static buffers");
     TqObject::startUp();
 

@@ -4,8 +4,8 @@
 
 #include <cstring>
 #include <memory>
-#include <sstream>
 #include <ostream>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -28,8 +28,7 @@ private:
     int& m_deletes;
 };
 
-TEST(StaticBufferRing, NinthAdvanceReturnsTheFirstBufferAgain)
-{
+TEST(StaticBufferRing, NinthAdvanceReturnsTheFirstBufferAgain) {
     char* first = TqObject::nextStaticBuffer();
     for (int i = 0; i < 7; ++i)
         EXPECT_NE(TqObject::nextStaticBuffer(), first);
@@ -37,8 +36,7 @@ TEST(StaticBufferRing, NinthAdvanceReturnsTheFirstBufferAgain)
     EXPECT_EQ(TqObject::staticBuffer(), first);
 }
 
-TEST(StaticBufferRing, FitOnlyGrowsAndKeepsTheOldContents)
-{
+TEST(StaticBufferRing, FitOnlyGrowsAndKeepsTheOldContents) {
     TqObject::startUp();
     char* buffer = TqObject::nextStaticBuffer();
     EXPECT_EQ(TqObject::staticBufferLength(), 4096);
@@ -57,16 +55,14 @@ TEST(StaticBufferRing, FitOnlyGrowsAndKeepsTheOldContents)
     EXPECT_EQ(TqObject::staticBufferLength(), 5000) << "the buffer keeps its grown size";
 }
 
-TEST(StaticBufferRing, CopyToNextStaticBufferGrowsForLongText)
-{
+TEST(StaticBufferRing, CopyToNextStaticBufferGrowsForLongText) {
     const std::string longText(10000, 'x');
     const char* copy = TqObject::copyToNextStaticBuffer(longText);
     EXPECT_EQ(copy, longText);
     EXPECT_GE(TqObject::staticBufferLength(), 10001);
 }
 
-TEST(TqObjectBase, PrintsObjectWithLeadingBlankAndStoresThePrintedForm)
-{
+TEST(TqObjectBase, PrintsObjectWithLeadingBlankAndStoresThePrintedForm) {
     TqObject object;
     EXPECT_STREQ(object.asString(), " Object");
     std::ostringstream stored;
@@ -75,8 +71,7 @@ TEST(TqObjectBase, PrintsObjectWithLeadingBlankAndStoresThePrintedForm)
     EXPECT_EQ(stored.str(), " Object");
 }
 
-TEST(TqObjectBase, AsStringTakesTheNextRingBufferAndGrowsForLongForms)
-{
+TEST(TqObjectBase, AsStringTakesTheNextRingBufferAndGrowsForLongForms) {
     Printed shortForm("abc");
     const char* text = shortForm.asString();
     EXPECT_EQ(text, TqObject::staticBuffer());
@@ -86,8 +81,7 @@ TEST(TqObjectBase, AsStringTakesTheNextRingBufferAndGrowsForLongForms)
     EXPECT_EQ(std::strlen(longForm.asString()), 6000u);
 }
 
-TEST(TqObjectBase, ComparisonsAreByAddressAndEqualityIsIdentity)
-{
+TEST(TqObjectBase, ComparisonsAreByAddressAndEqualityIsIdentity) {
     TqObject pair[2];
     EXPECT_TRUE(pair[0] < pair[1]);
     EXPECT_TRUE(pair[1] > pair[0]);
@@ -100,8 +94,7 @@ TEST(TqObjectBase, ComparisonsAreByAddressAndEqualityIsIdentity)
     EXPECT_FALSE(copy == pair[0]) << "a copy is another object";
 }
 
-TEST(TqObjectBase, MaybeDeleteDeletesThroughTheVirtualDestructor)
-{
+TEST(TqObjectBase, MaybeDeleteDeletesThroughTheVirtualDestructor) {
     int deletes = 0;
     TqObject* object = new CountsDeletes(deletes);
     EXPECT_TRUE(object->maybeDelete());

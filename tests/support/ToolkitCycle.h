@@ -9,8 +9,7 @@
 
 class ToolkitCycle : public ::testing::Test {
 protected:
-    void TearDown() override
-    {
+    void TearDown() override {
         TarqToolkit::shutDownApp();
         TqObject::startUp();
     }

@@ -17,30 +17,26 @@ public:
     using const_iterator = typename std::vector<T*>::const_iterator;
 
     void add(T* item) { m_items.push_back(item); }
-    void insertAt(int index, T* item)
-    {
+    void insertAt(int index, T* item) {
         assert(index >= 0 && index <= size() && "OC_::insertAt: index out of range");
         m_items.insert(m_items.begin() + index, item);
     }
     // Removes the first occurrence; false if the item is not in the collection.
-    bool remove(T* item)
-    {
+    bool remove(T* item) {
         auto found = std::find(m_items.begin(), m_items.end(), item);
         if (found == m_items.end())
             return false;
         m_items.erase(found);
         return true;
     }
-    T* removeAt(int index)
-    {
+    T* removeAt(int index) {
         assert(index >= 0 && index < size() && "OC_::removeAt: index out of range");
         T* item = m_items[index];
         m_items.erase(m_items.begin() + index);
         return item;
     }
     // The position of the first occurrence, or -1.
-    int indexOf(const T* item) const
-    {
+    int indexOf(const T* item) const {
         auto found = std::find(m_items.begin(), m_items.end(), item);
         return found == m_items.end() ? -1 : static_cast<int>(found - m_items.begin());
     }
@@ -48,8 +44,7 @@ public:
 
     int size() const { return static_cast<int>(m_items.size()); }
     bool isEmpty() const { return m_items.empty(); }
-    T* at(int index) const
-    {
+    T* at(int index) const {
         assert(index >= 0 && index < size() && "OC_::at: index out of range");
         return m_items[index];
     }
@@ -58,8 +53,7 @@ public:
     // Forgets every element without deleting it.
     void clear() { m_items.clear(); }
     // Deletes every element, then empties the collection.
-    void deleteContents()
-    {
+    void deleteContents() {
         for (T* item : m_items)
             delete item;
         m_items.clear();
@@ -87,16 +81,14 @@ public:
     // Adds the element under its key. False, and nothing changes, if the key is taken.
     bool add(T* item) { return m_items.emplace(m_keyOf(*item), item).second; }
     // The element stored under the key, or null.
-    T* find(const char* key) const
-    {
+    T* find(const char* key) const {
         if (!key)
             return nullptr;
         auto found = m_items.find(key);
         return found == m_items.end() ? nullptr : found->second;
     }
     // Removes and returns the element stored under the key, or null.
-    T* remove(const char* key)
-    {
+    T* remove(const char* key) {
         auto found = m_items.find(key);
         if (found == m_items.end())
             return nullptr;
@@ -109,14 +101,12 @@ public:
 
     // Calls f(T&) for every element, in no particular order.
     template <class F>
-    void forEach(F f) const
-    {
+    void forEach(F f) const {
         for (const auto& [key, item] : m_items)
             f(*item);
     }
     void clear() { m_items.clear(); }
-    void deleteContents()
-    {
+    void deleteContents() {
         for (auto& [key, item] : m_items)
             delete item;
         m_items.clear();

@@ -6,14 +6,12 @@
 #include <vector>
 
 namespace {
-bool isSeparator(char c)
-{
+bool isSeparator(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 } // namespace
 
-char** initArgs(char* commandLine, int& argc)
-{
+char** initArgs(char* commandLine, int& argc) {
     std::vector<std::string> words;
     const char* p = commandLine ? commandLine : "";
     while (*p) {

@@ -11,8 +11,7 @@ std::mutex printMutex;
 int currentLevel = -1; // -1: not yet read from the environment
 DebugPrintSink currentSink = nullptr;
 
-int levelLocked()
-{
+int levelLocked() {
     if (currentLevel < 0) {
         const char* fromEnvironment = std::getenv("TQ_DEBUG_LEVEL");
         currentLevel = fromEnvironment ? std::atoi(fromEnvironment) : 0;
@@ -20,16 +19,14 @@ int levelLocked()
     return currentLevel;
 }
 
-void writeLocked(const char* text)
-{
+void writeLocked(const char* text) {
     if (currentSink)
         currentSink(text);
     else
         std::fputs(text, stderr);
 }
 
-std::string vformat(const char* format, va_list arguments)
-{
+std::string vformat(const char* format, va_list arguments) {
     va_list copy;
     va_copy(copy, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, copy);
@@ -42,8 +39,7 @@ std::string vformat(const char* format, va_list arguments)
 }
 } // namespace
 
-void Printf(int level, const char* format, ...)
-{
+void Printf(int level, const char* format, ...) {
     std::lock_guard lock(printMutex);
     if (level > levelLocked())
         return;
@@ -54,8 +50,7 @@ void Printf(int level, const char* format, ...)
     writeLocked(text.c_str());
 }
 
-void dumpBuff(int level, const void* data, std::size_t length)
-{
+void dumpBuff(int level, const void* data, std::size_t length) {
     std::lock_guard lock(printMutex);
     if (level > levelLocked() || !data)
         return;
@@ -78,36 +73,31 @@ void dumpBuff(int level, const void* data, std::size_t length)
     }
 }
 
-int debugPrintLevel()
-{
+int debugPrintLevel() {
     std::lock_guard lock(printMutex);
     return levelLocked();
 }
 
-void setDebugPrintLevel(int level)
-{
+void setDebugPrintLevel(int level) {
     std::lock_guard lock(printMutex);
     currentLevel = level;
 }
 
-DebugPrintSink setDebugPrintSink(DebugPrintSink sink)
-{
+DebugPrintSink setDebugPrintSink(DebugPrintSink sink) {
     std::lock_guard lock(printMutex);
     const DebugPrintSink previous = currentSink;
     currentSink = sink;
     return previous;
 }
 
-DebugMessage::DebugMessage(const char* format, ...)
-{
+DebugMessage::DebugMessage(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
     m_text = vformat(format, arguments);
     va_end(arguments);
 }
 
-void DebugMessage::display(const char* format, ...)
-{
+void DebugMessage::display(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
     const std::string text = "DEBUG: " + vformat(format, arguments) + "\n";

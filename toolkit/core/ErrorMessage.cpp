@@ -16,8 +16,7 @@ ErrorMessage::ErrorMessage(MessageSeverity severity) : m_severity(severity) {}
 
 ErrorMessage::ErrorMessage(MessageSeverity severity, MessageObjectType objectType, void* object,
                            int number, const char* format, ...)
-    : m_severity(severity), m_objectType(objectType), m_object(object), m_number(number)
-{
+    : m_severity(severity), m_objectType(objectType), m_object(object), m_number(number) {
     va_list arguments;
     va_start(arguments, format);
     this->format(format, arguments);
@@ -26,40 +25,36 @@ ErrorMessage::ErrorMessage(MessageSeverity severity, MessageObjectType objectTyp
 
 ErrorMessage::ErrorMessage(MessageSeverity severity, MessageObjectType objectType, void* object,
                            int number, int formatId, ...)
-    : m_severity(severity), m_objectType(objectType), m_object(object), m_number(number)
-{
+    : m_severity(severity), m_objectType(objectType), m_object(object), m_number(number) {
     va_list arguments;
     va_start(arguments, formatId);
     formatFromTable(formatId, arguments);
     va_end(arguments);
 }
 
-ErrorMessage::ErrorMessage(MessageSeverity severity, const char* format, ...) : m_severity(severity)
-{
+ErrorMessage::ErrorMessage(MessageSeverity severity, const char* format, ...)
+    : m_severity(severity) {
     va_list arguments;
     va_start(arguments, format);
     this->format(format, arguments);
     va_end(arguments);
 }
 
-ErrorMessage::ErrorMessage(MessageSeverity severity, int formatId, ...) : m_severity(severity)
-{
+ErrorMessage::ErrorMessage(MessageSeverity severity, int formatId, ...) : m_severity(severity) {
     va_list arguments;
     va_start(arguments, formatId);
     formatFromTable(formatId, arguments);
     va_end(arguments);
 }
 
-ErrorMessage::ErrorMessage(const char* format, ...)
-{
+ErrorMessage::ErrorMessage(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
     this->format(format, arguments);
     va_end(arguments);
 }
 
-ErrorMessage::ErrorMessage(int formatId, ...)
-{
+ErrorMessage::ErrorMessage(int formatId, ...) {
     va_list arguments;
     va_start(arguments, formatId);
     formatFromTable(formatId, arguments);
@@ -69,12 +64,9 @@ ErrorMessage::ErrorMessage(int formatId, ...)
 ErrorMessage::ErrorMessage(const ErrorMessage& other)
     : TqObject(other), m_text(mem_strdup(other.m_text)), m_userWord(other.m_userWord),
       m_severity(other.m_severity), m_objectType(other.m_objectType), m_object(other.m_object),
-      m_number(other.m_number)
-{
-}
+      m_number(other.m_number) {}
 
-ErrorMessage& ErrorMessage::operator=(const ErrorMessage& other)
-{
+ErrorMessage& ErrorMessage::operator=(const ErrorMessage& other) {
     if (this != &other) {
         char* text = mem_strdup(other.m_text);
         delete[] m_text;
@@ -88,21 +80,18 @@ ErrorMessage& ErrorMessage::operator=(const ErrorMessage& other)
     return *this;
 }
 
-ErrorMessage::~ErrorMessage()
-{
+ErrorMessage::~ErrorMessage() {
     delete[] m_text;
 }
 
-void ErrorMessage::setMessage(int formatId, ...)
-{
+void ErrorMessage::setMessage(int formatId, ...) {
     va_list arguments;
     va_start(arguments, formatId);
     formatFromTable(formatId, arguments);
     va_end(arguments);
 }
 
-void ErrorMessage::format(const char* format, va_list arguments)
-{
+void ErrorMessage::format(const char* format, va_list arguments) {
     char* area = new char[formatAreaSize];
     std::vsnprintf(area, formatAreaSize, format ? format : "", arguments);
     delete[] m_text;
@@ -110,15 +99,13 @@ void ErrorMessage::format(const char* format, va_list arguments)
     delete[] area;
 }
 
-void ErrorMessage::formatFromTable(int formatId, va_list arguments)
-{
+void ErrorMessage::formatFromTable(int formatId, va_list arguments) {
     // The ring buffer is reused by the formatting below, so the format is copied first.
     const std::string format = PdToolkit::loadString(formatId);
     this->format(format.c_str(), arguments);
 }
 
-const char* ErrorMessage::severityString(int severity)
-{
+const char* ErrorMessage::severityString(int severity) {
     switch (severity) {
     case SEVERITY_FATAL:
         return "FATAL ERROR";
@@ -131,8 +118,7 @@ const char* ErrorMessage::severityString(int severity)
     }
 }
 
-bool ErrorMessage::duplicateExists(const OC_<ErrorMessage>& list, bool sameSeverity) const
-{
+bool ErrorMessage::duplicateExists(const OC_<ErrorMessage>& list, bool sameSeverity) const {
     for (const ErrorMessage* other : list) {
         if (std::strcmp(other->message(), message()) == 0 &&
             (!sameSeverity || other->m_severity == m_severity))
@@ -141,7 +127,6 @@ bool ErrorMessage::duplicateExists(const OC_<ErrorMessage>& list, bool sameSever
     return false;
 }
 
-std::ostream& ErrorMessage::printOn(std::ostream& out) const
-{
+std::ostream& ErrorMessage::printOn(std::ostream& out) const {
     return out << severityString() << ": " << message();
 }

@@ -21,8 +21,7 @@ HINSTANCE appHandle = nullptr;
 HINSTANCE kitHandle = piModule::toolkit();
 } // namespace
 
-void PdToolkit::registerToolkitClient(SToolkitClient* client)
-{
+void PdToolkit::registerToolkitClient(SToolkitClient* client) {
     if (client->isApplication) {
         appHandle = nullptr;
         kitHandle = nullptr;
@@ -39,8 +38,7 @@ void PdToolkit::registerToolkitClient(SToolkitClient* client)
     ranges.back().last = INT_MAX;
 }
 
-PdStringEntry* PdToolkit::getStringEntry(int id)
-{
+PdStringEntry* PdToolkit::getStringEntry(int id) {
     for (const StringRange& range : ranges) {
         if (id < range.first)
             continue;
@@ -50,8 +48,7 @@ PdStringEntry* PdToolkit::getStringEntry(int id)
     return nullptr;
 }
 
-char* PdToolkit::loadString(int id)
-{
+char* PdToolkit::loadString(int id) {
     static char empty[] = "";
     TqObject::nextStaticBuffer();
     const PdStringEntry* entry = getStringEntry(id);
@@ -63,29 +60,24 @@ char* PdToolkit::loadString(int id)
     return buffer;
 }
 
-QString PdToolkit::loadQString(int id)
-{
+QString PdToolkit::loadQString(int id) {
     const PdStringEntry* entry = getStringEntry(id);
     return entry ? QString::fromUtf8(entry->text) : QString::fromUtf8("");
 }
 
-HINSTANCE PdToolkit::appHINST()
-{
+HINSTANCE PdToolkit::appHINST() {
     return appHandle;
 }
 
-HINSTANCE PdToolkit::kitHINST()
-{
+HINSTANCE PdToolkit::kitHINST() {
     return kitHandle;
 }
 
-void PdToolkit::setKitHINST(HINSTANCE handle)
-{
+void PdToolkit::setKitHINST(HINSTANCE handle) {
     kitHandle = handle;
 }
 
-void PdToolkit::shutDown()
-{
+void PdToolkit::shutDown() {
     ranges.clear();
     ranges.shrink_to_fit();
 }

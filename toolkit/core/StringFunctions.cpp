@@ -17,22 +17,19 @@ constexpr int scratchSize = 256;
 // so whatever a call leaves behind is always terminated within the buffer.
 char scratch[scratchSize];
 
-char* heapCopy(const char* s, std::size_t length)
-{
+char* heapCopy(const char* s, std::size_t length) {
     char* copy = new char[length + 1];
     std::memcpy(copy, s, length);
     copy[length] = '\0';
     return copy;
 }
 
-char* heapCopy(const std::string& s)
-{
+char* heapCopy(const std::string& s) {
     return heapCopy(s.data(), s.size());
 }
 } // namespace
 
-char* stripLeading(char* s, const char* set)
-{
+char* stripLeading(char* s, const char* set) {
     if (!s || !set)
         return nullptr;
     const char* first = s;
@@ -42,8 +39,7 @@ char* stripLeading(char* s, const char* set)
     return s;
 }
 
-char* stripTrailing(char* s, const char* set)
-{
+char* stripTrailing(char* s, const char* set) {
     if (!s || !set)
         return nullptr;
     std::size_t length = std::strlen(s);
@@ -53,8 +49,7 @@ char* stripTrailing(char* s, const char* set)
     return s;
 }
 
-char* stripZeroFraction(char* s)
-{
+char* stripZeroFraction(char* s) {
     if (!s)
         return nullptr;
     char* point = std::strchr(s, '.');
@@ -69,8 +64,7 @@ char* stripZeroFraction(char* s)
     return s;
 }
 
-QString* stripZeroFraction(QString* s)
-{
+QString* stripZeroFraction(QString* s) {
     if (!s)
         return nullptr;
     const qsizetype point = s->indexOf(QLatin1Char('.'));
@@ -85,8 +79,7 @@ QString* stripZeroFraction(QString* s)
     return s;
 }
 
-char* stripFraction(char* s)
-{
+char* stripFraction(char* s) {
     if (!s)
         return nullptr;
     if (char* point = std::strchr(s, '.'))
@@ -94,13 +87,11 @@ char* stripFraction(char* s)
     return s;
 }
 
-bool strIncludes(const char* set, char c)
-{
+bool strIncludes(const char* set, char c) {
     return set && c != '\0' && std::strchr(set, c) != nullptr;
 }
 
-char* strdupn(const char* s, short extra)
-{
+char* strdupn(const char* s, short extra) {
     if (!s)
         return nullptr;
     const std::size_t length = std::strlen(s);
@@ -109,20 +100,17 @@ char* strdupn(const char* s, short extra)
     return copy;
 }
 
-char* strcatdup(const char* a, const char* b)
-{
+char* strcatdup(const char* a, const char* b) {
     if (!a || !b)
         return nullptr;
     return heapCopy(std::string(a) + b);
 }
 
-char* mem_strdup(const char* s)
-{
+char* mem_strdup(const char* s) {
     return s ? heapCopy(s, std::strlen(s)) : nullptr;
 }
 
-char* strAsQuotedString(const char* s)
-{
+char* strAsQuotedString(const char* s) {
     if (!s)
         return nullptr;
     std::string quoted = "\"";
@@ -152,8 +140,7 @@ char* strAsQuotedString(const char* s)
     return heapCopy(quoted);
 }
 
-char* strExpandQuotedString(const char* s)
-{
+char* strExpandQuotedString(const char* s) {
     if (!s)
         return nullptr;
     if (*s == '"')
@@ -182,8 +169,7 @@ char* strExpandQuotedString(const char* s)
     return heapCopy(text);
 }
 
-bool hasVisibleCharacters(const char* s)
-{
+bool hasVisibleCharacters(const char* s) {
     if (!s)
         return false;
     for (; *s; ++s) {
@@ -194,8 +180,7 @@ bool hasVisibleCharacters(const char* s)
     return false;
 }
 
-bool isNumericString(const char* s, bool allowFraction)
-{
+bool isNumericString(const char* s, bool allowFraction) {
     if (!s)
         return false;
     while (std::isspace(static_cast<unsigned char>(*s)))
@@ -217,8 +202,7 @@ bool isNumericString(const char* s, bool allowFraction)
     return true;
 }
 
-char* lineNumber(int n, char* text)
-{
+char* lineNumber(int n, char* text) {
     if (!text || n < 1)
         return nullptr;
     for (int line = 1; line < n; ++line) {
@@ -230,36 +214,31 @@ char* lineNumber(int n, char* text)
     return text;
 }
 
-int numLines(const char* text)
-{
+int numLines(const char* text) {
     if (!text)
         return 0;
     return 1 + static_cast<int>(std::count(text, text + std::strlen(text), '\n'));
 }
 
-char* strToUpper(char* s)
-{
+char* strToUpper(char* s) {
     for (char* c = s; c && *c; ++c)
         *c = static_cast<char>(std::toupper(static_cast<unsigned char>(*c)));
     return s;
 }
 
-char* strToLower(char* s)
-{
+char* strToLower(char* s) {
     for (char* c = s; c && *c; ++c)
         *c = static_cast<char>(std::tolower(static_cast<unsigned char>(*c)));
     return s;
 }
 
-char* strReverse(char* s)
-{
+char* strReverse(char* s) {
     if (s)
         std::reverse(s, s + std::strlen(s));
     return s;
 }
 
-char* strReplaceStr(const char* s, const char* find, const char* repl)
-{
+char* strReplaceStr(const char* s, const char* find, const char* repl) {
     if (!s)
         return nullptr;
     if (!find)
@@ -294,8 +273,7 @@ char* strReplaceStr(const char* s, const char* find, const char* repl)
     return scratch;
 }
 
-char* strExtractField(int n, const char* s, char sep)
-{
+char* strExtractField(int n, const char* s, char sep) {
     if (!s)
         return nullptr;
     constexpr int copyLimit = scratchSize - 1;
@@ -314,8 +292,7 @@ char* strExtractField(int n, const char* s, char sep)
     return scratch;
 }
 
-char* incrementOfString(const char* s, int n)
-{
+char* incrementOfString(const char* s, int n) {
     const std::string text = s ? s : "";
     std::size_t digits = text.size();
     while (digits > 0 && std::isdigit(static_cast<unsigned char>(text[digits - 1])))
@@ -334,8 +311,7 @@ char* incrementOfString(const char* s, int n)
     return TqObject::copyToNextStaticBuffer(result);
 }
 
-char* asBinReversed(unsigned value, unsigned width)
-{
+char* asBinReversed(unsigned value, unsigned width) {
     const unsigned length = std::min(width == 0 ? 32u : width, unsigned(INT_MAX) - 1);
     TqObject::nextStaticBuffer();
     char* buffer = TqObject::fitStaticBuffer(static_cast<int>(length) + 1);
@@ -347,7 +323,6 @@ char* asBinReversed(unsigned value, unsigned width)
     return buffer;
 }
 
-char* asBin(unsigned value, unsigned width)
-{
+char* asBin(unsigned value, unsigned width) {
     return strReverse(asBinReversed(value, width));
 }

@@ -37,21 +37,18 @@ ToolkitState state;
 
 // Set by a dynamic initialiser, so it reads true only once the loader has run this
 // library's static constructors.
-bool markStaticInitialization()
-{
+bool markStaticInitialization() {
     return true;
 }
 const bool staticInitializationFlag = markStaticInitialization();
 
-void runStep(TqShutDownStep step)
-{
+void runStep(TqShutDownStep step) {
     if (void (*shutDown)() = state.shutDownSteps[static_cast<std::size_t>(step)])
         shutDown();
 }
 } // namespace
 
-void TarqToolkit::registerToolkitClient(SToolkitClient* client)
-{
+void TarqToolkit::registerToolkitClient(SToolkitClient* client) {
     registerSelf();
     PdToolkit::registerToolkitClient(client);
     if (client->isApplication) {
@@ -66,8 +63,7 @@ void TarqToolkit::registerToolkitClient(SToolkitClient* client)
         state.shutDownHooks.push_back(client->shutDownFunc);
 }
 
-void TarqToolkit::registerSelf()
-{
+void TarqToolkit::registerSelf() {
     if (state.selfRegistered)
         return;
     state.selfRegistered = true;
@@ -78,8 +74,7 @@ void TarqToolkit::registerSelf()
     registerToolkitClient(&self);
 }
 
-void TarqToolkit::initApplication()
-{
+void TarqToolkit::initApplication() {
     assert(state.callbacks.create && "initApplication: no application client has registered");
     appiApplication* application = state.callbacks.create();
     appiApplication::setCurrent(application);
@@ -88,21 +83,18 @@ void TarqToolkit::initApplication()
         *slot = application;
 }
 
-int TarqToolkit::startApplication(int argc, char** argv, int a, int b)
-{
+int TarqToolkit::startApplication(int argc, char** argv, int a, int b) {
     assert(state.callbacks.start && "startApplication: no application client has registered");
     return state.callbacks.start(argc, argv, a, b);
 }
 
-long TarqToolkit::executeCommand(const char* command)
-{
+long TarqToolkit::executeCommand(const char* command) {
     assert(state.callbacks.executeCommand &&
            "executeCommand: no application client has registered");
     return state.callbacks.executeCommand(command);
 }
 
-void TarqToolkit::shutDownApp()
-{
+void TarqToolkit::shutDownApp() {
     // The hooks registered when shutdown starts are the ones that run; the toolkit's own hook
     // empties the registration for a later start-up cycle, so the list is copied first.
     const std::vector<void (*)()> hooks = state.shutDownHooks;
@@ -110,37 +102,31 @@ void TarqToolkit::shutDownApp()
         hook();
 }
 
-void TarqToolkit::deleteApplication()
-{
+void TarqToolkit::deleteApplication() {
     if (state.callbacks.destroy)
         state.callbacks.destroy();
     appiApplication::setCurrent(nullptr);
     state.application = nullptr;
 }
 
-appiApplication* TarqToolkit::getAppiApp()
-{
+appiApplication* TarqToolkit::getAppiApp() {
     return state.application;
 }
 
-bool TarqToolkit::staticInitializationDone()
-{
+bool TarqToolkit::staticInitializationDone() {
     return staticInitializationFlag;
 }
 
-void TarqToolkit::setShutDownStep(TqShutDownStep step, void (*shutDown)())
-{
+void TarqToolkit::setShutDownStep(TqShutDownStep step, void (*shutDown)()) {
     assert(step < TqShutDownStep::Count && "setShutDownStep: not a shutdown step");
     state.shutDownSteps[static_cast<std::size_t>(step)] = shutDown;
 }
 
-void TarqToolkit::setLibrarySingleton(TqObject* singleton)
-{
+void TarqToolkit::setLibrarySingleton(TqObject* singleton) {
     state.librarySingleton = singleton;
 }
 
-void TarqToolkit::toolkitShutDownApp()
-{
+void TarqToolkit::toolkitShutDownApp() {
     const appiApplication* application = appiApplication::current();
     if (application && application->isWindowSystemRunning()) {
         for (auto step = TqShutDownStep::FontMetricCache; step < TqShutDownStep::Scanner;
@@ -173,7 +159,6 @@ void TarqToolkit::toolkitShutDownApp()
     // the application's handle, so the last step of the original shutdown has nothing to do.
 }
 
-const char* tqVersionString()
-{
+const char* tqVersionString() {
     return TQ_VERSION_STRING;
 }

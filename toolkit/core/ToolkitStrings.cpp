@@ -1,7 +1,8 @@
 #include "core/ToolkitStrings.h"
 #include "core/ToolkitStrings_p.h"
 
-#define TQ_STRING(id, text) {#id, text}
+#define TQ_STRING(id, text)                                                                        \
+    { #id, text }
 
 PdStringEntry toolkitStringTable[] = {
     {"", ""},

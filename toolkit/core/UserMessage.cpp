@@ -8,15 +8,13 @@
 #include <cstdio>
 
 namespace {
-int qtNotifier(const char* text, const char* title, NotifierIcon icon)
-{
+int qtNotifier(const char* text, const char* title, NotifierIcon icon) {
     const QString caption = QString::fromUtf8(title);
     const QString body = QString::fromUtf8(text);
     switch (icon) {
     case NOTIFIER_ICON_QUESTION: {
-        const auto button =
-            QMessageBox::question(nullptr, caption, body,
-                                  QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        const auto button = QMessageBox::question(
+            nullptr, caption, body, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
         return button == QMessageBox::Yes  ? NOTIFIER_YES
                : button == QMessageBox::No ? NOTIFIER_NO
                                            : NOTIFIER_CANCEL;
@@ -33,16 +31,14 @@ int qtNotifier(const char* text, const char* title, NotifierIcon icon)
 UserMessageNotifier notifier = &qtNotifier;
 } // namespace
 
-UserMessageNotifier setUserMessageNotifier(UserMessageNotifier replacement)
-{
+UserMessageNotifier setUserMessageNotifier(UserMessageNotifier replacement) {
     const UserMessageNotifier previous = notifier;
     notifier = replacement ? replacement : &qtNotifier;
     return previous;
 }
 
 bool showUserMessage(const char* text, const char* title, bool isError, bool isWarning,
-                     bool isQuestion, bool& answerFlag)
-{
+                     bool isQuestion, bool& answerFlag) {
     const appiApplication* application = appiApplication::current();
     if (!text)
         text = "";

@@ -6,8 +6,7 @@
 
 #include <cstdio>
 
-int main()
-{
+int main() {
     TqObject::startUp();
     TarqToolkit::registerSelf();
     std::printf(PdToolkit::loadString(IDS_CANTOPEN), "x");

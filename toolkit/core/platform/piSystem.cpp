@@ -11,8 +11,7 @@
 namespace {
 const piSystem* installedSystem = nullptr;
 
-bool equalsIgnoringCase(const std::string& a, const char* b)
-{
+bool equalsIgnoringCase(const std::string& a, const char* b) {
     std::size_t i = 0;
     for (; i < a.size() && b[i]; ++i) {
         if (std::tolower(static_cast<unsigned char>(a[i])) !=
@@ -25,8 +24,7 @@ bool equalsIgnoringCase(const std::string& a, const char* b)
 
 piSystem::~piSystem() = default;
 
-std::string piSystem::executablePath() const
-{
+std::string piSystem::executablePath() const {
     std::string path(4096, '\0');
     const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
     if (length <= 0)
@@ -35,55 +33,47 @@ std::string piSystem::executablePath() const
     return path;
 }
 
-const char* piSystem::environment(const char* name) const
-{
+const char* piSystem::environment(const char* name) const {
     return name ? std::getenv(name) : nullptr;
 }
 
-piOsVersion piSystem::osVersion() const
-{
+piOsVersion piSystem::osVersion() const {
     // A POSIX system answers as the NT family, with the kernel's major release as version.
     utsname names{};
     const int major = uname(&names) == 0 ? std::atoi(names.release) : 0;
     return {2, major};
 }
 
-std::string piSystem::iniDirectory() const
-{
+std::string piSystem::iniDirectory() const {
     if (const char* config = environment("XDG_CONFIG_HOME"); config && *config)
         return config;
     const char* home = environment("HOME");
     return std::string(home ? home : "") + "/.config";
 }
 
-char piSystem::pathSeparator() const
-{
+char piSystem::pathSeparator() const {
     return '/';
 }
 
-void piSystem::beep() const
-{
+void piSystem::beep() const {
     if (qobject_cast<QApplication*>(QCoreApplication::instance()))
         QApplication::beep();
     else
         std::fputs("\a", stderr);
 }
 
-const piSystem& piSystem::current()
-{
+const piSystem& piSystem::current() {
     static const piSystem posix;
     return installedSystem ? *installedSystem : posix;
 }
 
-const piSystem* piSystem::install(const piSystem* system)
-{
+const piSystem* piSystem::install(const piSystem* system) {
     const piSystem* previous = installedSystem;
     installedSystem = system;
     return previous;
 }
 
-int piWindowsPlatformClass(const piOsVersion& version)
-{
+int piWindowsPlatformClass(const piOsVersion& version) {
     switch (version.platformId) {
     case 0:
         return 4;
@@ -94,8 +84,7 @@ int piWindowsPlatformClass(const piOsVersion& version)
     }
 }
 
-std::string piProgramDirectoryOf(const std::string& executablePath, char separator)
-{
+std::string piProgramDirectoryOf(const std::string& executablePath, char separator) {
     std::string directory = executablePath;
     const std::size_t last = directory.rfind(separator);
     if (last != std::string::npos)
@@ -107,8 +96,7 @@ std::string piProgramDirectoryOf(const std::string& executablePath, char separat
     return directory;
 }
 
-std::string piNativeSeparators(std::string path, char separator)
-{
+std::string piNativeSeparators(std::string path, char separator) {
     for (char& c : path) {
         if (c == '/')
             c = separator;
