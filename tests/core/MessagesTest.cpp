@@ -1,5 +1,6 @@
 #include "core/DebugPrint.h"
 #include "core/ErrorMessage.h"
+#include "core/MemorySystem.h"
 #include "core/TarqToolkit.h"
 #include "core/ToolkitStrings.h"
 #include "core/UserMessage.h"
@@ -209,6 +210,24 @@ TEST(DebugPrint, PrintsOnlyAtOrBelowTheCurrentLevel) {
     EXPECT_EQ(captured, "DEBUG: value 3\n");
     EXPECT_STREQ(DebugMessage("a%sc", "b").text(), "abc");
 
+    setDebugPrintLevel(previousLevel);
+    setDebugPrintSink(previous);
+}
+
+TEST(MemorySystem, ReportsHeapFiguresThroughTheDebugPrint) {
+    const DebugPrintSink previous = setDebugPrintSink([](const char* text) { captured += text; });
+    const int previousLevel = debugPrintLevel();
+    setDebugPrintLevel(DBG_INFO);
+    captured.clear();
+    {
+        MemorySystem scope;
+        MemorySystem::displayMemStats("after start-up");
+    }
+    EXPECT_NE(captured.find("after start-up: "), std::string::npos) << captured;
+    EXPECT_NE(captured.find(" bytes in use, "), std::string::npos) << captured;
+    EXPECT_NE(captured.find("MemorySystem: heap in use changed by "), std::string::npos)
+        << captured;
+    EXPECT_GT(MemorySystem::bytesInUse(), 0u);
     setDebugPrintLevel(previousLevel);
     setDebugPrintSink(previous);
 }
