@@ -192,10 +192,11 @@ char* parseVHDLConstant(const char* text, HDLanguage& language, Radix& radix, ch
     if (text == nullptr)
         return nullptr;
     const char* s = readSize(text, size);
-    const char letter = *s == '"' ? '\0' : *s;
-    if (letter != '\0') {
-        if (std::strchr("BOXbox", letter) == nullptr)
+    char letter = '\0'; // none: a bare quoted string
+    if (*s != '"') {
+        if (*s == '\0' || std::strchr("BOXbox", *s) == nullptr)
             return nullptr;
+        letter = *s;
         s = skipBlanks(s + 1);
         if (*s != '"')
             return nullptr;
