@@ -1,11 +1,10 @@
 #include "hdl/BigInt.h"
 
 #include "core/TarqToolkit.h"
-#include "hdl/BitChars_p.h"
+#include "hdl/FourStateKernels_p.h"
 
 #include <algorithm>
 #include <bit>
-#include <cassert>
 #include <climits>
 #include <cstring>
 #include <utility>
@@ -88,15 +87,7 @@ void BigInt::assignFromLong(long value) {
 // --- Queries --------------------------------------------------------------------------------
 
 bool BigInt::hasNonNumericBit() const {
-    const char* bit = bitChars();
-    std::size_t left = m_width;
-    for (; left >= 8; left -= 8, bit += 8)
-        if (!bitchars::allBinary8(bit))
-            return true;
-    for (; left > 0; --left, ++bit)
-        if (*bit != '0' && *bit != '1')
-            return true;
-    return false;
+    return !FourStateKernels::get().allDefinite(bitChars(), m_width);
 }
 
 bool BigInt::isInteger() const {

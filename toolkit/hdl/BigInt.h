@@ -238,8 +238,8 @@ private:
     char signCharacter() const { return m_bsl != nullptr ? m_bsl[0] : '0'; }
     // The bit characters, or an empty string for a value without one.
     const char* bitChars() const { return m_bsl != nullptr ? m_bsl + 1 : ""; }
-    template <typename Table>
-    static BigInt& bitWise(const BigInt& left, const BigInt& right);
+    // The common step of the five bitwise operators; table is a FourStateTable.
+    static BigInt& bitWise(int table, const BigInt& left, const BigInt& right);
     // The character the text converters fill extra high positions with.
     char fillCharacter() const;
     // Heap: the octal (3) or hexadecimal (4) text of the value.

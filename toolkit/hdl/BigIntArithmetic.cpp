@@ -2,91 +2,88 @@
 // and the bits, 64 bit characters per machine word.
 #include "hdl/BigInt.h"
 
-#include "hdl/BitChars_p.h"
+#include "hdl/FourStateKernels_p.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
 namespace {
 
-// Bits position .. position + 63 of a value (position 0 the least significant), positions at
-// and above its width reading the fill bit. The bit characters must all be '0' or '1'.
-std::uint64_t readWord(const char* bits, std::size_t width, std::size_t position, unsigned fill) {
-    if (position + 64 <= width) {
-        const char* end = bits + width - position; // one past the character of position
-        std::uint64_t word = 0;
-        for (int k = 7; k >= 0; --k)
-            word = (word << 8) | bitchars::pack8(end - 8 * k - 8);
-        return word;
-    }
-    std::uint64_t word = 0;
-    for (unsigned k = 0; k < 64; ++k) {
-        const std::size_t at = position + k;
-        const unsigned bit = at < width ? (bits[width - 1 - at] == '1') : fill;
-        word |= std::uint64_t(bit) << k;
-    }
-    return word;
-}
+// Word storage for the adder: on the stack up to 256 bits, else on the heap; not cleared.
+class WordBuffer {
+public:
+    explicit WordBuffer(std::size_t count)
+        : m_heap(count > inlineWords ? new std::uint64_t[count] : nullptr),
+          m_words(m_heap ? m_heap.get() : m_inline) {}
+    std::uint64_t* data() { return m_words; }
 
-// Writes the bits position .. of word below width as characters (position 0 last).
-void writeWord(char* bits, std::size_t width, std::size_t position, std::uint64_t word) {
-    if (position >= width)
-        return;
-    if (position + 64 <= width) {
-        char* end = bits + width - position;
-        for (int k = 0; k < 8; ++k)
-            bitchars::unpack8(end - 8 * k - 8, static_cast<unsigned>(word >> (8 * k)));
-        return;
-    }
-    for (std::size_t at = position; at < width; ++at)
-        bits[width - 1 - at] = static_cast<char>('0' + ((word >> (at - position)) & 1));
+private:
+    static constexpr std::size_t inlineWords = 4;
+    std::uint64_t m_inline[inlineWords];
+    std::unique_ptr<std::uint64_t[]> m_heap;
+    std::uint64_t* m_words;
+};
+
+// Packs a value's bits into count words, extended above its width with its sign bit.
+// False if a bit is neither 0 nor 1.
+bool packExtended(const char* bits, std::size_t width, unsigned sign, std::uint64_t* words,
+                  std::size_t count) {
+    const std::size_t own = (width + 63) / 64;
+    if (!FourStateKernels::get().packBits(bits, width, words))
+        return false;
+    const std::uint64_t fill = sign ? ~std::uint64_t(0) : 0;
+    if (sign && width % 64 != 0)
+        words[own - 1] |= fill << (width % 64);
+    for (std::size_t i = own; i < count; ++i)
+        words[i] = fill;
+    return true;
 }
 
 } // namespace
 
 BigInt& BigInt::operator+(const BigInt& other) const {
     const unsigned width = std::max(m_width, other.m_width);
-    if (hasNonNumericBit() || other.hasNonNumericBit()) {
-        char* out = newBSL(width, '0');
-        std::memset(out + 1, 'X', width);
-        return intermediate(width, out);
-    }
     const unsigned leftSign = signCharacter() == '1';
     const unsigned rightSign = other.signCharacter() == '1';
 
     // Positions 0 .. width - 1 are the bits, width the sign and width + 1 its copy, from which
-    // the carry out of the sign position follows. One spare character lets the result widen.
-    char* buffer = new char[std::size_t(width) + 3];
-    char* bits = buffer + 1;
-    std::uint64_t carry = 0;
-    unsigned sign = 0, beyond = 0;
-    for (std::size_t position = 0; position < std::size_t(width) + 2; position += 64) {
-        const std::uint64_t left = readWord(bitChars(), m_width, position, leftSign);
-        const std::uint64_t right = readWord(other.bitChars(), other.m_width, position, rightSign);
-        std::uint64_t sum = left + right;
-        const std::uint64_t overflow = sum < left;
-        sum += carry;
-        carry = overflow | (sum < carry);
-        writeWord(bits, width, position, sum);
-        if (width - position < 64)
-            sign = (sum >> (width - position)) & 1;
-        if (width + 1 - position < 64)
-            beyond = (sum >> (width + 1 - position)) & 1;
+    // the carry out of the sign position follows.
+    const std::size_t count = (std::size_t(width) + 2 + 63) / 64;
+    WordBuffer left(count), right(count);
+    if (!packExtended(bitChars(), m_width, leftSign, left.data(), count) ||
+        !packExtended(other.bitChars(), other.m_width, rightSign, right.data(), count)) {
+        char* out = newBSL(width, '0');
+        std::memset(out + 1, 'X', width);
+        return intermediate(width, out);
     }
-    const unsigned carryOut = beyond ^ leftSign ^ rightSign;
+    std::uint64_t* sum = left.data();
+    std::uint64_t carry = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint64_t a = sum[i], b = right.data()[i];
+        std::uint64_t s = a + b;
+        const std::uint64_t overflow = s < a;
+        s += carry;
+        carry = overflow | (s < carry);
+        sum[i] = s;
+    }
+    auto bitAt = [sum](std::size_t position) {
+        return static_cast<unsigned>((sum[position / 64] >> (position % 64)) & 1);
+    };
+    const unsigned sign = bitAt(width);
+    const unsigned carryOut = bitAt(std::size_t(width) + 1) ^ leftSign ^ rightSign;
     const bool widens = (sign && !leftSign && !rightSign) || (carryOut && leftSign && rightSign);
     if (!widens) {
-        buffer[0] = static_cast<char>('0' + sign);
-        buffer[width + 1] = '\0';
-        return intermediate(width, buffer);
+        char* out = newBSL(width, static_cast<char>('0' + sign));
+        FourStateKernels::get().unpackBits(sum, width, out + 1);
+        return intermediate(width, out);
     }
     // The whole string moves one place on; the computed sign becomes the top bit.
-    std::memmove(buffer + 2, bits, width);
-    buffer[0] = static_cast<char>('0' + carryOut);
-    buffer[1] = static_cast<char>('0' + sign);
-    buffer[width + 2] = '\0';
-    return intermediate(width + 1, buffer);
+    char* out = newBSL(width + 1, static_cast<char>('0' + carryOut));
+    out[1] = static_cast<char>('0' + sign);
+    FourStateKernels::get().unpackBits(sum, width, out + 2);
+    return intermediate(width + 1, out);
 }
 
 BigInt& BigInt::operator+(long other) const {

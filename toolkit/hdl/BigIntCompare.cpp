@@ -2,6 +2,8 @@
 // from the top that does not hold the same definite bit, and literal case equality.
 #include "hdl/BigInt.h"
 
+#include "hdl/FourStateKernels_p.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -12,23 +14,7 @@ bool isDefinite(char bit) {
     return bit == '0' || bit == '1';
 }
 
-// The index of the first of n positions where a and b do not hold the same definite bit, or n.
-std::size_t firstMismatch(const char* a, const char* b, std::size_t n) {
-    std::size_t i = 0;
-    for (; i + 8 <= n; i += 8) {
-        std::uint64_t wa, wb;
-        std::memcpy(&wa, a + i, 8);
-        std::memcpy(&wb, b + i, 8);
-        if (wa != wb || (wa & 0xFEFEFEFEFEFEFEFEULL) != 0x3030303030303030ULL)
-            break;
-    }
-    for (; i < n; ++i)
-        if (a[i] != b[i] || !isDefinite(a[i]))
-            return i;
-    return n;
-}
-
-// The same against a run of one definite character on the other side.
+// The index of the first of n positions where a does not hold the definite fill, or n.
 std::size_t firstMismatch(const char* a, char fill, std::size_t n) {
     if (!isDefinite(fill))
         return 0;
@@ -72,8 +58,8 @@ long long BigInt::firstUndecided(const BigInt& left, const BigInt& right, char& 
     std::size_t at = firstMismatch(wide.bitChars(), fill, extended);
     char wideBit = 0, narrowBit = fill;
     if (at == extended) {
-        at =
-            extended + firstMismatch(wide.bitChars() + extended, narrow.bitChars(), narrow.m_width);
+        at = extended + FourStateKernels::get().firstUndecided(wide.bitChars() + extended,
+                                                               narrow.bitChars(), narrow.m_width);
         if (at == wide.m_width)
             return -1;
         narrowBit = narrow.bitChars()[at - extended];

@@ -1,6 +1,6 @@
 #include "hdl/BinaryMagnitude_p.h"
 
-#include "hdl/BitChars_p.h"
+#include "hdl/FourStateKernels_p.h"
 
 #include <bit>
 #include <cstdio>
@@ -34,15 +34,13 @@ bool BinaryMagnitude::readDecimal(const char* digits, std::size_t length) {
 }
 
 void BinaryMagnitude::readBits(const char* bits, std::size_t count) {
-    m_limbs.assign((count + 31) / 32, 0);
-    std::size_t position = 0; // bit position of the next character from the end
-    for (; position + 8 <= count; position += 8) {
-        const unsigned byte = bitchars::pack8(bits + count - position - 8);
-        m_limbs[position / 32] |= std::uint32_t(byte) << (position % 32);
+    std::vector<std::uint64_t> words((count + 63) / 64);
+    (void)FourStateKernels::get().packBits(bits, count, words.data());
+    m_limbs.resize(2 * words.size());
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        m_limbs[2 * i] = static_cast<std::uint32_t>(words[i]);
+        m_limbs[2 * i + 1] = static_cast<std::uint32_t>(words[i] >> 32);
     }
-    for (; position < count; ++position)
-        if (bits[count - position - 1] == '1')
-            m_limbs[position / 32] |= std::uint32_t(1) << (position % 32);
     trim();
 }
 
@@ -53,18 +51,10 @@ std::size_t BinaryMagnitude::bitLength() const {
 }
 
 void BinaryMagnitude::writeBits(char* out, std::size_t count) const {
-    auto bitAt = [this](std::size_t position) -> unsigned {
-        const std::size_t limb = position / 32;
-        return limb < m_limbs.size() ? (m_limbs[limb] >> (position % 32)) & 1 : 0;
-    };
-    std::size_t position = 0;
-    for (; position + 8 <= count; position += 8) {
-        const std::size_t limb = position / 32;
-        const unsigned byte = limb < m_limbs.size() ? (m_limbs[limb] >> (position % 32)) : 0;
-        bitchars::unpack8(out + count - position - 8, byte);
-    }
-    for (; position < count; ++position)
-        out[count - position - 1] = static_cast<char>('0' + bitAt(position));
+    std::vector<std::uint64_t> words((count + 63) / 64);
+    for (std::size_t i = 0; i < m_limbs.size() && i / 2 < words.size(); ++i)
+        words[i / 2] |= std::uint64_t(m_limbs[i]) << (32 * (i % 2));
+    FourStateKernels::get().unpackBits(words.data(), count, out);
 }
 
 char* BinaryMagnitude::takeDecimal(bool negative) {

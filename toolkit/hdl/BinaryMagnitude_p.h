@@ -11,7 +11,7 @@ public:
     // Reads decimal digits, skipping underscores. Returns false at any other character; the
     // value is then unspecified.
     [[nodiscard]] bool readDecimal(const char* digits, std::size_t length);
-    // Reads count '0'/'1' characters, the most significant first.
+    // Reads count '0'/'1' characters, the most significant first (any other reads as 0).
     void readBits(const char* bits, std::size_t count);
 
     // The number of bits up to the highest set one; 0 for zero.

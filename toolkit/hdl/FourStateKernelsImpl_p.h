@@ -1,0 +1,269 @@
+// The body of the four-state kernels, included by one translation unit per instruction set:
+// everything here has internal linkage, so each unit keeps its own copy compiled for its
+// own target. Each character is decoded into "is 0" and "is 1" byte masks (X, Z and every
+// other character being neither), a table combines the masks, and the result masks select
+// '0', '1' or 'X'.
+#pragma once
+
+#include "hdl/BitChars_p.h"
+#include "hdl/FourStateKernels_p.h"
+
+#include <cstdint>
+#include <cstring>
+#if defined(__AVX2__) || defined(__SSE2__)
+#include <immintrin.h>
+#endif
+
+namespace {
+
+using Bytes = signed char __attribute__((vector_size(32)));
+constexpr std::size_t lanes = sizeof(Bytes);
+
+inline Bytes load(const char* p) {
+    Bytes v;
+    std::memcpy(&v, p, lanes);
+    return v;
+}
+
+inline void store(char* p, Bytes v) {
+    std::memcpy(p, &v, lanes);
+}
+
+// True if every byte of the mask is set.
+inline bool allSet(const Bytes& mask) {
+#if defined(__AVX2__)
+    return _mm256_movemask_epi8(reinterpret_cast<__m256i>(mask)) == -1;
+#elif defined(__SSE2__)
+    __m128i halves[2];
+    std::memcpy(halves, &mask, lanes);
+    return (_mm_movemask_epi8(halves[0]) & _mm_movemask_epi8(halves[1])) == 0xFFFF;
+#else
+    std::uint64_t words[lanes / 8];
+    std::memcpy(words, &mask, lanes);
+    std::uint64_t all = ~std::uint64_t(0);
+    for (std::uint64_t word : words)
+        all &= word;
+    return all == ~std::uint64_t(0);
+#endif
+}
+
+// '0' where r0, '1' where r1 (the two are disjoint), else 'X'.
+template <typename T>
+T select(T r0, T r1) {
+    return static_cast<T>('X' ^ (r0 & ('X' ^ '0')) ^ (r1 & ('X' ^ '1')));
+}
+
+// The five tables in mask form: r0 says the result is 0, r1 that it is 1.
+struct AndTable {
+    template <typename T>
+    static void apply(T z0, T o0, T z1, T o1, T& r0, T& r1) {
+        r0 = z0 | z1;
+        r1 = o0 & o1;
+    }
+};
+struct OrTable {
+    template <typename T>
+    static void apply(T z0, T o0, T z1, T o1, T& r0, T& r1) {
+        r0 = z0 & z1;
+        r1 = o0 | o1;
+    }
+};
+struct XorTable {
+    template <typename T>
+    static void apply(T z0, T o0, T z1, T o1, T& r0, T& r1) {
+        r0 = (z0 & z1) | (o0 & o1);
+        r1 = (z0 & o1) | (o0 & z1);
+    }
+};
+struct NorTable {
+    template <typename T>
+    static void apply(T z0, T o0, T z1, T o1, T& r0, T& r1) {
+        r0 = o0 | o1;
+        r1 = z0 & z1;
+    }
+};
+struct NandTable {
+    template <typename T>
+    static void apply(T z0, T o0, T z1, T o1, T& r0, T& r1) {
+        r0 = o0 & o1;
+        r1 = z0 | z1;
+    }
+};
+
+// Runs block over n characters, lanes at a time; the last partial block goes through a
+// zero-padded copy, so that short values take the vector path too.
+template <typename Block>
+void forBlocks(const char* a, const char* b, char* out, std::size_t n, Block block) {
+    std::size_t i = 0;
+    for (; i + lanes <= n; i += lanes)
+        store(out + i, block(load(a + i), b != nullptr ? load(b + i) : Bytes{}));
+    if (i < n) {
+        char ta[lanes] = {}, tb[lanes] = {}, to[lanes];
+        std::memcpy(ta, a + i, n - i);
+        if (b != nullptr)
+            std::memcpy(tb, b + i, n - i);
+        store(to, block(load(ta), load(tb)));
+        std::memcpy(out + i, to, n - i);
+    }
+}
+
+template <typename Table>
+void combineRuns(const char* a, const char* b, char* out, std::size_t n) {
+    forBlocks(a, b, out, n, [](const Bytes& va, const Bytes& vb) {
+        Bytes r0, r1;
+        Table::apply(Bytes(va == '0'), Bytes(va == '1'), Bytes(vb == '0'), Bytes(vb == '1'), r0,
+                     r1);
+        return select(r0, r1);
+    });
+}
+
+template <typename Table>
+void combineWithFill(const char* a, char fill, char* out, std::size_t n) {
+    const Bytes z1 = fill == '0' ? ~Bytes{} : Bytes{};
+    const Bytes o1 = fill == '1' ? ~Bytes{} : Bytes{};
+    forBlocks(a, nullptr, out, n, [z1, o1](const Bytes& va, const Bytes&) {
+        Bytes r0, r1;
+        Table::apply(Bytes(va == '0'), Bytes(va == '1'), z1, o1, r0, r1);
+        return select(r0, r1);
+    });
+}
+
+template <bool inverted>
+void decodeRun(const char* a, char* out, std::size_t n) {
+    forBlocks(a, nullptr, out, n, [](const Bytes& va, const Bytes&) {
+        const Bytes z = va == '0', o = va == '1';
+        return inverted ? select(o, z) : select(z, o);
+    });
+}
+
+// Z and X (and z and x) differ in one bit.
+void copyZAsXRun(const char* a, char* out, std::size_t n) {
+    forBlocks(a, nullptr, out, n, [](const Bytes& va, const Bytes&) {
+        return va ^ (Bytes((va | 0x20) == 'z') & ('Z' ^ 'X'));
+    });
+}
+
+inline bool isDefinite(char c) {
+    return c == '0' || c == '1';
+}
+
+std::size_t firstUndecidedRun(const char* a, const char* b, std::size_t n) {
+    std::size_t i = 0;
+    for (; i + lanes <= n; i += lanes) {
+        const Bytes va = load(a + i), vb = load(b + i);
+        if (!allSet(Bytes(va == vb) & Bytes((va & ~1) == '0')))
+            break;
+    }
+    for (; i + 8 <= n; i += 8) {
+        std::uint64_t wa, wb;
+        std::memcpy(&wa, a + i, 8);
+        std::memcpy(&wb, b + i, 8);
+        if (wa != wb || (wa & 0xFEFEFEFEFEFEFEFEULL) != 0x3030303030303030ULL)
+            break;
+    }
+    for (; i < n; ++i)
+        if (a[i] != b[i] || !isDefinite(a[i]))
+            return i;
+    return n;
+}
+
+bool allDefiniteRun(const char* a, std::size_t n) {
+    std::size_t i = 0;
+    for (; i + lanes <= n; i += lanes)
+        if (!allSet(Bytes((load(a + i) & ~1) == '0')))
+            return false;
+    for (; i + 8 <= n; i += 8) {
+        std::uint64_t wa;
+        std::memcpy(&wa, a + i, 8);
+        if ((wa & 0xFEFEFEFEFEFEFEFEULL) != 0x3030303030303030ULL)
+            return false;
+    }
+    for (; i < n; ++i)
+        if (!isDefinite(a[i]))
+            return false;
+    return true;
+}
+
+// 32 bit characters ending at end (the last the least significant) as a 32-bit number; sets
+// definite to false if one of them is not '0' or '1'.
+inline std::uint32_t pack32(const char* end, bool& definite) {
+#if defined(__AVX2__)
+    const __m256i reverse = _mm256_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0,
+                                             15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+    __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(end - 32));
+    v = _mm256_shuffle_epi8(v, reverse);
+    v = _mm256_permute2x128_si256(v, v, 1);
+    const __m256i zeroOrOne = _mm256_and_si256(v, _mm256_set1_epi8(~1));
+    definite =
+        definite && _mm256_movemask_epi8(_mm256_cmpeq_epi8(zeroOrOne, _mm256_set1_epi8('0'))) == -1;
+    return static_cast<std::uint32_t>(
+        _mm256_movemask_epi8(_mm256_cmpeq_epi8(v, _mm256_set1_epi8('1'))));
+#else
+    std::uint32_t value = 0;
+    for (int k = 0; k < 4; ++k) {
+        definite = definite && bitchars::allBinary8(end - 8 * k - 8);
+        value |= std::uint32_t(bitchars::pack8(end - 8 * k - 8)) << (8 * k);
+    }
+    return value;
+#endif
+}
+
+// Writes a 32-bit number as 32 bit characters ending at end.
+inline void unpack32(char* end, std::uint32_t value) {
+#if defined(__AVX2__)
+    // Character j takes bit 31 - j: byte (31 - j) / 8 of the value, bit 7 - j % 8 of that.
+    const __m256i spread = _mm256_setr_epi8(3, 3, 3, 3, 3, 3, 3, 3, 2, 2, 2, 2, 2, 2, 2, 2, 1, 1, 1,
+                                            1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0);
+    const __m256i bit = _mm256_set1_epi64x(static_cast<long long>(0x0102040810204080ULL));
+    const __m256i bytes = _mm256_shuffle_epi8(_mm256_set1_epi32(static_cast<int>(value)), spread);
+    const __m256i set = _mm256_cmpeq_epi8(_mm256_and_si256(bytes, bit), bit);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(end - 32),
+                        _mm256_sub_epi8(_mm256_set1_epi8('0'), set));
+#else
+    for (int k = 0; k < 4; ++k)
+        bitchars::unpack8(end - 8 * k - 8, value >> (8 * k));
+#endif
+}
+
+bool packBitsRun(const char* bits, std::size_t width, std::uint64_t* words) {
+    const std::size_t count = (width + 63) / 64;
+    std::memset(words, 0, count * sizeof(std::uint64_t));
+    bool definite = true;
+    std::size_t position = 0;
+    for (; position + 32 <= width; position += 32) {
+        const std::uint64_t half = pack32(bits + width - position, definite);
+        words[position / 64] |= half << (position % 64);
+    }
+    for (; position < width; ++position) {
+        const char c = bits[width - 1 - position];
+        definite = definite && isDefinite(c);
+        words[position / 64] |= std::uint64_t(c == '1') << (position % 64);
+    }
+    return definite;
+}
+
+void unpackBitsRun(const std::uint64_t* words, std::size_t width, char* bits) {
+    std::size_t position = 0;
+    for (; position + 32 <= width; position += 32)
+        unpack32(bits + width - position,
+                 static_cast<std::uint32_t>(words[position / 64] >> (position % 64)));
+    for (; position < width; ++position)
+        bits[width - 1 - position] =
+            static_cast<char>('0' + ((words[position / 64] >> (position % 64)) & 1));
+}
+
+FourStateKernels makeKernels() {
+    return {{combineRuns<AndTable>, combineRuns<OrTable>, combineRuns<XorTable>,
+             combineRuns<NorTable>, combineRuns<NandTable>},
+            {combineWithFill<AndTable>, combineWithFill<OrTable>, combineWithFill<XorTable>,
+             combineWithFill<NorTable>, combineWithFill<NandTable>},
+            decodeRun<false>,
+            decodeRun<true>,
+            copyZAsXRun,
+            firstUndecidedRun,
+            allDefiniteRun,
+            packBitsRun,
+            unpackBitsRun};
+}
+
+} // namespace
