@@ -38,14 +38,16 @@ public:
     // and hexadecimal digits give 1, 3 and 4 bits each; an X or Z digit gives that many X or
     // Z bits (upper case), and any other character that many X bits. Decimal and plain decimal
     // take an optional leading "-" (the result is the two's complement of the magnitude, with
-    // sign character '1'); a decimal text with any other character gives all X bits. A width
-    // of 0 keeps the digits' own width; a larger width extends by the four-state rule (a
-    // negative decimal by its sign), a smaller one keeps the low bits. Null text, an empty
-    // digit string with width 0, or RadixNone give no value.
+    // sign character '1'); a decimal text with any other character gives all X bits (width
+    // bits, or 1). A width of 0 keeps the digits' own width; a larger width extends by the
+    // four-state rule (a negative decimal by its sign), a smaller one keeps the low bits; an
+    // empty digit string gives width 0 bits. Null text, an empty digit string with width 0,
+    // or a radix outside 1..5 give no value.
     BigInt(const char* text, Radix radix, unsigned width);
     // The bit length of value (at least 1), sign character '0'. A negative value is the two's
     // complement of its magnitude's form (-5 is sign '1' and bits 011); LONG_MIN works.
     BigInt(long value);
+    // Copies own their string; a moved-from value has no value.
     BigInt(const BigInt& other);
     BigInt(BigInt&& other) noexcept;
     BigInt& operator=(const BigInt& other);
@@ -101,7 +103,8 @@ public:
 
     // --- Bitwise ----------------------------------------------------------------------------
     // Intermediate: the larger width, sign character '0', each bit from the operator's
-    // four-state table (X and Z behave alike; no result bit is ever Z).
+    // four-state table (X and Z behave alike; no result bit is ever Z). Two operands of width
+    // 0 give width 0 with the string "0".
 
     BigInt& operator&(const BigInt& other) const;
     BigInt& operator&(long other) const;

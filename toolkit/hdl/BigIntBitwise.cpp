@@ -1,4 +1,5 @@
-// The bitwise operators, shifts and reductions of BigInt.
+// The bitwise operators, shifts and reductions of BigInt. Results are written straight into
+// the new value's string, with no scratch copy in between.
 #include "hdl/BigInt.h"
 
 #include "hdl/FourStateKernels_p.h"

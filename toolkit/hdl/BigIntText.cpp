@@ -1,5 +1,7 @@
 // The text side of BigInt: building a value from a digit string and writing it back in
-// binary, octal, hexadecimal or decimal.
+// binary, octal, hexadecimal or decimal. The converters build their text directly in the
+// block they return, not in a ring buffer first: a wide value would otherwise grow a ring
+// buffer for the rest of the run.
 #include "hdl/BigInt.h"
 
 #include "hdl/BinaryMagnitude_p.h"

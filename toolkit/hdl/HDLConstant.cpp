@@ -83,6 +83,44 @@ bool isLower(char c) {
     return c >= 'a' && c <= 'z';
 }
 
+// The radix a base letter stands for, in either case: b and o in both languages, d and h in
+// Verilog, x in VHDL. RadixNone for any other character.
+Radix radixOfLetter(char letter, HDLanguage language) {
+    switch (letter) {
+    case 'b':
+    case 'B':
+        return RadixBinary;
+    case 'o':
+    case 'O':
+        return RadixOctal;
+    case 'd':
+    case 'D':
+        return language == HDLVerilog ? RadixDecimal : RadixNone;
+    case 'h':
+    case 'H':
+        return language == HDLVerilog ? RadixHexadecimal : RadixNone;
+    case 'x':
+    case 'X':
+        return language == HDLVHDL ? RadixHexadecimal : RadixNone;
+    default:
+        return RadixNone;
+    }
+}
+
+// Checks digits with the predicate of the radix, adding their bits on success.
+bool digitsPass(Radix radix, const char* digits, unsigned& bits) {
+    switch (radix) {
+    case RadixBinary:
+        return isBinary(digits, bits);
+    case RadixOctal:
+        return isOctal(digits, bits);
+    case RadixHexadecimal:
+        return isHexadecimal(digits, bits, true);
+    default:
+        return isDecimal(digits, bits);
+    }
+}
+
 } // namespace
 
 bool isBinary(const char* digits, unsigned& bits) {
@@ -150,33 +188,11 @@ char* parseVerilogConstant(const char* text, HDLanguage& language, Radix& radix,
         return nullptr;
     const char letter = s[1];
     const char* digits = s + 2;
-    bool valid = false;
-    switch (letter) {
-    case 'b':
-    case 'B':
-        radix = RadixBinary;
-        valid = isBinary(digits, bits);
-        break;
-    case 'd':
-    case 'D':
-        radix = RadixDecimal;
-        valid = isDecimal(digits, bits);
-        break;
-    case 'h':
-    case 'H':
-        radix = RadixHexadecimal;
-        valid = isHexadecimal(digits, bits, true);
-        break;
-    case 'o':
-    case 'O':
-        radix = RadixOctal;
-        valid = isOctal(digits, bits);
-        break;
-    default:
+    radix = radixOfLetter(letter, HDLVerilog);
+    if (radix == RadixNone)
         return nullptr;
-    }
     upperCase = isLower(letter) ? 0 : 1;
-    if (!valid)
+    if (!digitsPass(radix, digits, bits))
         return nullptr;
     language = HDLVerilog;
     return copyOf(digits, std::strlen(digits));
@@ -192,11 +208,13 @@ char* parseVHDLConstant(const char* text, HDLanguage& language, Radix& radix, ch
     if (text == nullptr)
         return nullptr;
     const char* s = readSize(text, size);
-    char letter = '\0'; // none: a bare quoted string
+    char letter = '\0'; // none: a bare quoted string, which is a decimal number
+    radix = RadixDecimal;
     if (*s != '"') {
-        if (*s == '\0' || std::strchr("BOXbox", *s) == nullptr)
-            return nullptr;
         letter = *s;
+        radix = radixOfLetter(letter, HDLVHDL);
+        if (radix == RadixNone)
+            return nullptr;
         s = skipBlanks(s + 1);
         if (*s != '"')
             return nullptr;
@@ -207,31 +225,8 @@ char* parseVHDLConstant(const char* text, HDLanguage& language, Radix& radix, ch
         return nullptr;
 
     char* digits = copyOf(open, static_cast<std::size_t>(close - open));
-    bool valid = false;
-    switch (letter) {
-    case 'B':
-    case 'b':
-        radix = RadixBinary;
-        valid = isBinary(digits, bits);
-        break;
-    case 'O':
-    case 'o':
-        radix = RadixOctal;
-        valid = isOctal(digits, bits);
-        break;
-    case 'X':
-    case 'x':
-        radix = RadixHexadecimal;
-        valid = isHexadecimal(digits, bits, true);
-        break;
-    default:
-        // A bare quoted string is a decimal number, not a bit string.
-        radix = RadixDecimal;
-        valid = isDecimal(digits, bits);
-        break;
-    }
     upperCase = isLower(letter) ? 0 : 1;
-    if (!valid) {
+    if (!digitsPass(radix, digits, bits)) {
         delete[] digits;
         return nullptr;
     }
