@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <memory>
 #include <utility>
 
 namespace {
@@ -84,6 +85,26 @@ TEST(BigIntConstruction, FromDigitStringsOfEachRadix) {
         const BigInt value(c.text, c.radix, c.width);
         EXPECT_EQ(bslOf(value), c.representation);
         EXPECT_EQ(value.hasValue(), c.representation[0] != '<');
+    }
+}
+
+// What the application does with a constant a user typed: parse it, then build the value
+// from the digits, the radix and the declared size.
+TEST(BigIntConstruction, FromParsedConstants) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"8'hFF", "011111111"},    {"4'bx", "0XXXX"}, {"6'o7z", "0111ZZZ"},
+        {"'h1_0", "000010000"},    {"-3", "101"},     {"X\"1F\"", "000011111"},
+        {"\"300\"", "0100101100"}, {"3'd12", "0100"}, {"5'b1", "000001"},
+    };
+    for (const auto& [text, representation] : cases) {
+        HDLanguage language = HDLNone;
+        Radix radix = RadixNone;
+        char upperCase = 0;
+        unsigned size = 0, bits = 0;
+        std::unique_ptr<char[]> digits(
+            parseHDLConstant(text, language, radix, upperCase, size, bits));
+        ASSERT_NE(digits, nullptr) << text;
+        EXPECT_EQ(bslOf(BigInt(digits.get(), radix, size)), representation) << text;
     }
 }
 
