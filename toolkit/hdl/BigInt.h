@@ -249,10 +249,6 @@ private:
     char* groupedDigits(unsigned bitsPerDigit, unsigned width, unsigned group, bool upper) const;
     // A reduction result: the bit as sign character and as the only bit.
     static BigInt& reduction(char bit);
-    // The index of the first bit character from the top that does not hold the same 0 or 1 in
-    // both values, extended to the larger width as equality does; -1 when there is none.
-    static long long firstUndecided(const BigInt& left, const BigInt& right, char& leftBit,
-                                    char& rightBit);
 
     static constexpr int v_intermediateCount = 8;
     static BigInt v_intermediates[v_intermediateCount];

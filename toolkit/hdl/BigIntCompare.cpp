@@ -45,30 +45,40 @@ bool oppositeSigns(char a, char b) {
     return (a == '0' && b == '1') || (a == '1' && b == '0');
 }
 
-} // namespace
+const char* bitsOf(const BigInt& value) {
+    return value.bsl() != nullptr ? value.bsl() + 1 : "";
+}
 
-long long BigInt::firstUndecided(const BigInt& left, const BigInt& right, char& leftBit,
-                                 char& rightBit) {
-    const bool leftWider = left.m_width >= right.m_width;
+char signOf(const BigInt& value) {
+    return value.bsl() != nullptr ? value.bsl()[0] : '0';
+}
+
+// The index of the first bit from the top, both values extended to the larger width, that
+// does not hold the same 0 or 1 in both; -1 when there is none. Reports the two bits there.
+long long firstUndecided(const BigInt& left, const BigInt& right, char& leftBit, char& rightBit) {
+    const bool leftWider = left.size() >= right.size();
     const BigInt& wide = leftWider ? left : right;
     const BigInt& narrow = leftWider ? right : left;
-    const std::size_t extended = wide.m_width - narrow.m_width;
-    const char fill = comparisonFill(narrow.signCharacter(), narrow.m_width, narrow.bitChars());
+    const char* wideBits = bitsOf(wide);
+    const char* narrowBits = bitsOf(narrow);
+    const std::size_t extended = wide.size() - narrow.size();
+    const char fill = comparisonFill(signOf(narrow), narrow.size(), narrowBits);
 
-    std::size_t at = firstMismatch(wide.bitChars(), fill, extended);
-    char wideBit = 0, narrowBit = fill;
+    std::size_t at = firstMismatch(wideBits, fill, extended);
+    char narrowBit = fill;
     if (at == extended) {
-        at = extended + FourStateKernels::get().firstUndecided(wide.bitChars() + extended,
-                                                               narrow.bitChars(), narrow.m_width);
-        if (at == wide.m_width)
+        at = extended +
+             FourStateKernels::get().firstUndecided(wideBits + extended, narrowBits, narrow.size());
+        if (at == wide.size())
             return -1;
-        narrowBit = narrow.bitChars()[at - extended];
+        narrowBit = narrowBits[at - extended];
     }
-    wideBit = wide.bitChars()[at];
-    leftBit = leftWider ? wideBit : narrowBit;
-    rightBit = leftWider ? narrowBit : wideBit;
+    leftBit = leftWider ? wideBits[at] : narrowBit;
+    rightBit = leftWider ? narrowBit : wideBits[at];
     return static_cast<long long>(at);
 }
+
+} // namespace
 
 BIGINTBOOLEAN BigInt::operator==(const BigInt& other) const {
     if (m_width == 0 || other.m_width == 0)
