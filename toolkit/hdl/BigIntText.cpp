@@ -114,11 +114,10 @@ void BigInt::buildFromText(const char* text, Radix radix, unsigned width) {
     if (!hasDigit(text) && width == 0)
         return;
 
+    // No digits but a width gives that many 0 bits.
     std::string bits;
     bool negative = false;
-    if (!hasDigit(text)) {
-        // No digits but a width: that many 0 bits.
-    } else if (decimal) {
+    if (decimal && hasDigit(text)) {
         negative = *text == '-';
         const char* digits = negative ? text + 1 : text;
         BinaryMagnitude magnitude;
@@ -132,7 +131,7 @@ void BigInt::buildFromText(const char* text, Radix radix, unsigned width) {
         }
         bits.assign(std::max<std::size_t>(magnitude.bitLength(), 1), '0');
         magnitude.writeBits(bits.data(), bits.size());
-    } else {
+    } else if (!decimal) {
         bits = expandDigits(text, bitsPerDigit);
     }
 
