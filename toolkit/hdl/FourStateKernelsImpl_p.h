@@ -90,56 +90,80 @@ struct NandTable {
     }
 };
 
-// Runs block over n characters, lanes at a time; the last partial block goes through a
-// zero-padded copy, so that short values take the vector path too.
+// All ones where v holds the character c, for vectors and single characters alike.
+inline Bytes equalMask(const Bytes& v, char c) {
+    return Bytes(v == c);
+}
+inline signed char equalMask(signed char v, char c) {
+    return v == c ? -1 : 0;
+}
+
+template <typename T>
+T maskOf(bool set) {
+    return set ? static_cast<T>(~T{}) : T{};
+}
+
+// Runs block over n characters. Whole vectors first; a short value goes character by
+// character, a longer rest through a zero-padded copy, and the rest after whole vectors as
+// one more vector overlapping the last (recomputing a few characters is cheaper than copying).
 template <typename Block>
 void forBlocks(const char* a, const char* b, char* out, std::size_t n, Block block) {
+    auto loadB = [b](std::size_t at) { return b != nullptr ? load(b + at) : Bytes{}; };
     std::size_t i = 0;
     for (; i + lanes <= n; i += lanes)
-        store(out + i, block(load(a + i), b != nullptr ? load(b + i) : Bytes{}));
-    if (i < n) {
+        store(out + i, block(load(a + i), loadB(i)));
+    if (i == n)
+        return;
+    if (n >= lanes) {
+        store(out + n - lanes, block(load(a + n - lanes), loadB(n - lanes)));
+    } else if (n <= 8) {
+        for (; i < n; ++i)
+            out[i] = static_cast<char>(block(static_cast<signed char>(a[i]),
+                                             static_cast<signed char>(b != nullptr ? b[i] : 0)));
+    } else {
         char ta[lanes] = {}, tb[lanes] = {}, to[lanes];
-        std::memcpy(ta, a + i, n - i);
+        std::memcpy(ta, a, n);
         if (b != nullptr)
-            std::memcpy(tb, b + i, n - i);
+            std::memcpy(tb, b, n);
         store(to, block(load(ta), load(tb)));
-        std::memcpy(out + i, to, n - i);
+        std::memcpy(out, to, n);
     }
 }
 
 template <typename Table>
 void combineRuns(const char* a, const char* b, char* out, std::size_t n) {
-    forBlocks(a, b, out, n, [](const Bytes& va, const Bytes& vb) {
-        Bytes r0, r1;
-        Table::apply(Bytes(va == '0'), Bytes(va == '1'), Bytes(vb == '0'), Bytes(vb == '1'), r0,
-                     r1);
+    forBlocks(a, b, out, n, [](auto va, auto vb) {
+        decltype(va) r0, r1;
+        Table::apply(equalMask(va, '0'), equalMask(va, '1'), equalMask(vb, '0'), equalMask(vb, '1'),
+                     r0, r1);
         return select(r0, r1);
     });
 }
 
 template <typename Table>
 void combineWithFill(const char* a, char fill, char* out, std::size_t n) {
-    const Bytes z1 = fill == '0' ? ~Bytes{} : Bytes{};
-    const Bytes o1 = fill == '1' ? ~Bytes{} : Bytes{};
-    forBlocks(a, nullptr, out, n, [z1, o1](const Bytes& va, const Bytes&) {
-        Bytes r0, r1;
-        Table::apply(Bytes(va == '0'), Bytes(va == '1'), z1, o1, r0, r1);
+    forBlocks(a, nullptr, out, n, [fill](auto va, auto) {
+        using T = decltype(va);
+        T r0, r1;
+        Table::apply(equalMask(va, '0'), equalMask(va, '1'), maskOf<T>(fill == '0'),
+                     maskOf<T>(fill == '1'), r0, r1);
         return select(r0, r1);
     });
 }
 
 template <bool inverted>
 void decodeRun(const char* a, char* out, std::size_t n) {
-    forBlocks(a, nullptr, out, n, [](const Bytes& va, const Bytes&) {
-        const Bytes z = va == '0', o = va == '1';
+    forBlocks(a, nullptr, out, n, [](auto va, auto) {
+        const auto z = equalMask(va, '0'), o = equalMask(va, '1');
         return inverted ? select(o, z) : select(z, o);
     });
 }
 
 // Z and X (and z and x) differ in one bit.
 void copyZAsXRun(const char* a, char* out, std::size_t n) {
-    forBlocks(a, nullptr, out, n, [](const Bytes& va, const Bytes&) {
-        return va ^ (Bytes((va | 0x20) == 'z') & ('Z' ^ 'X'));
+    forBlocks(a, nullptr, out, n, [](auto va, auto) {
+        using T = decltype(va);
+        return static_cast<T>(va ^ (equalMask(static_cast<T>(va | 0x20), 'z') & ('Z' ^ 'X')));
     });
 }
 
