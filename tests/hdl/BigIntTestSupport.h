@@ -1,4 +1,4 @@
-// Helpers shared by the BigInt tests: values written as their representation string, heap
+// Helpers shared by the BigInt tests: values from their bits, representation strings, heap
 // text taken into a std::string, and random four-state bit strings.
 #pragma once
 

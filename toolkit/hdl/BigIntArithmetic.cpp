@@ -11,7 +11,7 @@
 
 namespace {
 
-// Word storage for the adder: on the stack up to 256 bits, else on the heap; not cleared.
+// Word storage for the adder: on the stack up to 2048 bits, else on the heap; not cleared.
 class WordBuffer {
 public:
     explicit WordBuffer(std::size_t count)
@@ -20,7 +20,7 @@ public:
     std::uint64_t* data() { return m_words; }
 
 private:
-    static constexpr std::size_t inlineWords = 4;
+    static constexpr std::size_t inlineWords = 32;
     std::uint64_t m_inline[inlineWords];
     std::unique_ptr<std::uint64_t[]> m_heap;
     std::uint64_t* m_words;

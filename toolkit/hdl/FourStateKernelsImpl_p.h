@@ -208,9 +208,27 @@ bool allDefiniteRun(const char* a, std::size_t n) {
     return true;
 }
 
-// 32 bit characters ending at end (the last the least significant) as a 32-bit number; sets
-// definite to false if one of them is not '0' or '1'.
-inline std::uint32_t pack32(const char* end, bool& definite) {
+// Packing gathers whether every character was '0' or '1' as it goes and looks once at the end.
+#if defined(__AVX2__)
+using DefiniteSoFar = __m256i;
+inline DefiniteSoFar allDefiniteSoFar() {
+    return _mm256_set1_epi8(-1);
+}
+inline bool wereAllDefinite(const DefiniteSoFar& soFar) {
+    return _mm256_movemask_epi8(soFar) == -1;
+}
+#else
+using DefiniteSoFar = bool;
+inline DefiniteSoFar allDefiniteSoFar() {
+    return true;
+}
+inline bool wereAllDefinite(const DefiniteSoFar& soFar) {
+    return soFar;
+}
+#endif
+
+// 32 bit characters ending at end (the last the least significant) as a 32-bit number.
+inline std::uint32_t pack32(const char* end, DefiniteSoFar& definite) {
 #if defined(__AVX2__)
     const __m256i reverse = _mm256_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0,
                                              15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
@@ -218,8 +236,7 @@ inline std::uint32_t pack32(const char* end, bool& definite) {
     v = _mm256_shuffle_epi8(v, reverse);
     v = _mm256_permute2x128_si256(v, v, 1);
     const __m256i zeroOrOne = _mm256_and_si256(v, _mm256_set1_epi8(~1));
-    definite =
-        definite && _mm256_movemask_epi8(_mm256_cmpeq_epi8(zeroOrOne, _mm256_set1_epi8('0'))) == -1;
+    definite = _mm256_and_si256(definite, _mm256_cmpeq_epi8(zeroOrOne, _mm256_set1_epi8('0')));
     return static_cast<std::uint32_t>(
         _mm256_movemask_epi8(_mm256_cmpeq_epi8(v, _mm256_set1_epi8('1'))));
 #else
@@ -250,20 +267,24 @@ inline void unpack32(char* end, std::uint32_t value) {
 }
 
 bool packBitsRun(const char* bits, std::size_t width, std::uint64_t* words) {
-    const std::size_t count = (width + 63) / 64;
-    std::memset(words, 0, count * sizeof(std::uint64_t));
-    bool definite = true;
+    DefiniteSoFar definite = allDefiniteSoFar();
     std::size_t position = 0;
-    for (; position + 32 <= width; position += 32) {
-        const std::uint64_t half = pack32(bits + width - position, definite);
-        words[position / 64] |= half << (position % 64);
+    for (; position + 64 <= width; position += 64) {
+        const std::uint64_t low = pack32(bits + width - position, definite);
+        const std::uint64_t high = pack32(bits + width - position - 32, definite);
+        words[position / 64] = low | high << 32;
     }
-    for (; position < width; ++position) {
-        const char c = bits[width - 1 - position];
-        definite = definite && isDefinite(c);
-        words[position / 64] |= std::uint64_t(c == '1') << (position % 64);
+    if (position == width)
+        return wereAllDefinite(definite);
+    bool restDefinite = true;
+    std::uint64_t last = 0;
+    for (std::size_t k = 0; position + k < width; ++k) {
+        const char c = bits[width - 1 - position - k];
+        restDefinite = restDefinite && isDefinite(c);
+        last |= std::uint64_t(c == '1') << k;
     }
-    return definite;
+    words[position / 64] = last;
+    return wereAllDefinite(definite) && restDefinite;
 }
 
 void unpackBitsRun(const std::uint64_t* words, std::size_t width, char* bits) {
