@@ -61,7 +61,10 @@ char* BinaryMagnitude::takeDecimal(bool negative) {
     std::vector<std::uint32_t> chunks; // least significant first
     chunks.reserve(m_limbs.size() * 32 / 29 + 1);
     while (!m_limbs.empty())
-        chunks.push_back(divideByChunk());
+        divideByChunks(chunks);
+    // The last passes may have divided a value that had already reached zero.
+    while (chunks.size() > 1 && chunks.back() == 0)
+        chunks.pop_back();
     if (chunks.empty())
         chunks.push_back(0);
 
@@ -93,15 +96,34 @@ void BinaryMagnitude::multiplyAdd(std::uint32_t factor, std::uint32_t addend) {
         m_limbs.push_back(static_cast<std::uint32_t>(carry));
 }
 
-std::uint32_t BinaryMagnitude::divideByChunk() {
-    std::uint64_t remainder = 0;
-    for (std::size_t i = m_limbs.size(); i-- > 0;) {
-        const std::uint64_t current = (remainder << 32) | m_limbs[i];
-        m_limbs[i] = static_cast<std::uint32_t>(current / decimalChunk);
-        remainder = current % decimalChunk;
-    }
+void BinaryMagnitude::divideByChunks(std::vector<std::uint32_t>& chunks) {
+    // Pass p handles limb i one step after pass p - 1 has left its quotient there, so the four
+    // remainder chains run side by side instead of one after the other.
+    constexpr std::size_t passes = 4;
+    std::uint64_t remainders[passes] = {};
+    const std::size_t count = m_limbs.size();
+    auto divide = [&](std::size_t step, std::size_t pass) {
+        std::uint32_t& limb = m_limbs[count - 1 - (step - pass)];
+        const std::uint64_t current = (remainders[pass] << 32) | limb;
+        limb = static_cast<std::uint32_t>(current / decimalChunk);
+        remainders[pass] = current % decimalChunk;
+    };
+    auto divideWhereStarted = [&](std::size_t step) {
+        for (std::size_t pass = 0; pass < passes; ++pass)
+            if (step >= pass && step - pass < count)
+                divide(step, pass);
+    };
+    std::size_t step = 0;
+    for (; step < passes - 1; ++step)
+        divideWhereStarted(step);
+    for (; step < count; ++step)
+        for (std::size_t pass = 0; pass < passes; ++pass)
+            divide(step, pass);
+    for (; step < count + passes - 1; ++step)
+        divideWhereStarted(step);
+    for (std::uint64_t remainder : remainders)
+        chunks.push_back(static_cast<std::uint32_t>(remainder));
     trim();
-    return static_cast<std::uint32_t>(remainder);
 }
 
 void BinaryMagnitude::trim() {

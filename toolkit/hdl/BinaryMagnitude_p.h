@@ -24,8 +24,9 @@ public:
 
 private:
     void multiplyAdd(std::uint32_t factor, std::uint32_t addend);
-    // Divides by 10^9 (a constant, so the compiler multiplies instead); returns the remainder.
-    std::uint32_t divideByChunk();
+    // Divides by 10^9 four times (a constant, so the compiler multiplies instead) and appends
+    // the four remainders, the first the least significant.
+    void divideByChunks(std::vector<std::uint32_t>& chunks);
     void trim();
 
     std::vector<std::uint32_t> m_limbs; // least significant first, no zero limb on top
