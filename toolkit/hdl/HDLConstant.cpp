@@ -176,11 +176,7 @@ bool isDecimal(const char* digits, unsigned& bits) {
 
 char* parseVerilogConstant(const char* text, HDLanguage& language, Radix& radix, char& upperCase,
                            unsigned& size, unsigned& bits) {
-    upperCase = 0;
-    radix = RadixNone;
-    size = 0;
-    bits = 0;
-    language = HDLNone;
+    clearOutputs(language, radix, upperCase, size, bits);
     if (text == nullptr)
         return nullptr;
     const char* s = readSize(text, size);
@@ -200,11 +196,7 @@ char* parseVerilogConstant(const char* text, HDLanguage& language, Radix& radix,
 
 char* parseVHDLConstant(const char* text, HDLanguage& language, Radix& radix, char& upperCase,
                         unsigned& size, unsigned& bits) {
-    upperCase = 0;
-    radix = RadixNone;
-    size = 0;
-    bits = 0;
-    language = HDLNone;
+    clearOutputs(language, radix, upperCase, size, bits);
     if (text == nullptr)
         return nullptr;
     const char* s = readSize(text, size);
