@@ -2,6 +2,7 @@
 // from the top that does not hold the same definite bit, and literal case equality.
 #include "hdl/BigInt.h"
 
+#include "hdl/BitChars_p.h"
 #include "hdl/FourStateKernels_p.h"
 
 #include <algorithm>
@@ -20,6 +21,19 @@ std::size_t firstMismatch(const char* a, char fill, std::size_t n) {
         return 0;
     std::size_t i = 0;
     while (i < n && a[i] == fill)
+        ++i;
+    return i;
+}
+
+// The index of the first of n positions where a and b do not hold the same 0 or 1, or n.
+// A short run is scanned here; a longer one is worth the vector kernel's call.
+std::size_t firstUndecidedRun(const char* a, const char* b, std::size_t n) {
+    if (n >= 32)
+        return FourStateKernels::get().firstUndecided(a, b, n);
+    std::size_t i = 0;
+    while (i + 8 <= n && bitchars::sameBinary8(a + i, b + i))
+        i += 8;
+    while (i < n && a[i] == b[i] && isDefinite(a[i]))
         ++i;
     return i;
 }
@@ -67,8 +81,7 @@ long long firstUndecided(const BigInt& left, const BigInt& right, char& leftBit,
     std::size_t at = firstMismatch(wideBits, fill, extended);
     char narrowBit = fill;
     if (at == extended) {
-        at = extended +
-             FourStateKernels::get().firstUndecided(wideBits + extended, narrowBits, narrow.size());
+        at = extended + firstUndecidedRun(wideBits + extended, narrowBits, narrow.size());
         if (at == wide.size())
             return -1;
         narrowBit = narrowBits[at - extended];

@@ -42,4 +42,12 @@ inline bool allBinary8(const char* chars) {
     return (word & 0xFEFEFEFEFEFEFEFEULL) == 0x3030303030303030ULL;
 }
 
+// True if the eight characters at a are those at b, and all '0' or '1'.
+inline bool sameBinary8(const char* a, const char* b) {
+    std::uint64_t wa, wb;
+    std::memcpy(&wa, a, 8);
+    std::memcpy(&wb, b, 8);
+    return wa == wb && (wa & 0xFEFEFEFEFEFEFEFEULL) == 0x3030303030303030ULL;
+}
+
 } // namespace bitchars

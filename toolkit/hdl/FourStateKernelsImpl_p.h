@@ -178,13 +178,8 @@ std::size_t firstUndecidedRun(const char* a, const char* b, std::size_t n) {
         if (!allSet(Bytes(va == vb) & Bytes((va & ~1) == '0')))
             break;
     }
-    for (; i + 8 <= n; i += 8) {
-        std::uint64_t wa, wb;
-        std::memcpy(&wa, a + i, 8);
-        std::memcpy(&wb, b + i, 8);
-        if (wa != wb || (wa & 0xFEFEFEFEFEFEFEFEULL) != 0x3030303030303030ULL)
-            break;
-    }
+    while (i + 8 <= n && bitchars::sameBinary8(a + i, b + i))
+        i += 8;
     for (; i < n; ++i)
         if (a[i] != b[i] || !isDefinite(a[i]))
             return i;
@@ -196,12 +191,9 @@ bool allDefiniteRun(const char* a, std::size_t n) {
     for (; i + lanes <= n; i += lanes)
         if (!allSet(Bytes((load(a + i) & ~1) == '0')))
             return false;
-    for (; i + 8 <= n; i += 8) {
-        std::uint64_t wa;
-        std::memcpy(&wa, a + i, 8);
-        if ((wa & 0xFEFEFEFEFEFEFEFEULL) != 0x3030303030303030ULL)
+    for (; i + 8 <= n; i += 8)
+        if (!bitchars::allBinary8(a + i))
             return false;
-    }
     for (; i < n; ++i)
         if (!isDefinite(a[i]))
             return false;
