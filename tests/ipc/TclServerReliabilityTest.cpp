@@ -55,8 +55,8 @@ TEST(TclServerReliability, TwoThousandConnectQuitCycles_LeaveDescriptorsAndThrea
         ASSERT_TRUE(warmUp.closedByServer());
     }
     ASSERT_TRUE(eventually([&] { return server.numConnections() == 0; }));
-    const int descriptorsBefore = openDescriptors();
     const int threadsBefore = settledThreads();
+    const int descriptorsBefore = openDescriptors();
     for (int cycle = 0; cycle < 2000; ++cycle) {
         RawClient client(server.port());
         ASSERT_TRUE(client.connected()) << cycle;
@@ -77,7 +77,6 @@ TEST(TclServerReliability, TwoThousandConnectQuitCycles_LeaveDescriptorsAndThrea
         << openDescriptors() << " descriptors, " << descriptorsBefore << " before";
     EXPECT_TRUE(eventually([&] { return threads() == threadsBefore; }))
         << threads() << " threads, " << threadsBefore << " before";
-    EXPECT_LE(server.numConnectionsAwaitingReaping(), 1);
 }
 
 TEST(TclServerReliability, ClientThatNeverReads_IsDroppedAndOthersAreStillServed) {

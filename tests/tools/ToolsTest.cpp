@@ -116,7 +116,12 @@ protected:
         const int status = client.wait();
         return {status, client.output()};
     }
-    static std::string temp(const char* name) { return ::testing::TempDir() + "tq_tools_" + name; }
+    // Per test and process, since ctest runs the tests side by side.
+    static std::string temp(const char* name) {
+        return ::testing::TempDir() + "tq_tools_" +
+               ::testing::UnitTest::GetInstance()->current_test_info()->name() + "_" +
+               std::to_string(::getpid()) + "_" + name;
+    }
 
     std::string portFile = temp("server.port");
     std::unique_ptr<Process> server;

@@ -40,7 +40,7 @@ TclConnectionWithClient::~TclConnectionWithClient() {
     for (TclServerCommand* command : m_commands)
         delete command;
     delete[] m_buffer;
-    piSocket::close(m_socket);
+    closeSocket();
     m_server->removeReference();
 }
 
@@ -103,7 +103,7 @@ void TclConnectionWithClient::evaluateQuit() {
 
 bool TclConnectionWithClient::receiveData() {
     if (!m_interp && !createTclInterp()) {
-        setDone(true);
+        m_server->removeConnection(this);
         return false;
     }
     IPCSocketSource source(m_socket);
@@ -212,7 +212,15 @@ void TclConnectionWithClient::deactivate() {
 }
 
 void TclConnectionWithClient::shutdownSocket() {
-    piSocket::shutdown(m_socket);
+    std::lock_guard lock(m_sendMutex);
+    if (m_socket != piSocket::invalid)
+        piSocket::shutdown(m_socket);
+}
+
+void TclConnectionWithClient::closeSocket() {
+    std::lock_guard lock(m_sendMutex);
+    piSocket::close(m_socket);
+    m_socket = piSocket::invalid;
 }
 
 void TclConnectionWithClient::vThreadMain() {
@@ -226,7 +234,8 @@ void TclConnectionWithClient::vThreadMain() {
         // The interpreter and Tcl's per-thread state belong to this thread: free them here.
         cleanupTclInterp();
         Tcl_FinalizeThread();
-        shutdownSocket();
+        // A connection that waits to be reaped holds no descriptor.
+        closeSocket();
     }
     deactivate();
 }

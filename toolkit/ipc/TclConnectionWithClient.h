@@ -74,6 +74,7 @@ public:
     static FrameResult readFrame(IPCByteSource& source, char* buffer, int capacity);
 
     TclCommandServer* server() const { return m_server; }
+    // The socket; piSocket::invalid once the connection's thread has ended.
     unsigned int socket() const { return m_socket; }
     Tcl_Interp* interp() const { return m_interp; }
     bool isEvaluating() const { return m_evaluating; }
@@ -92,6 +93,7 @@ protected:
 
 private:
     void evaluateQuit();
+    void closeSocket();
 
     TclCommandServer* m_server;
     unsigned int m_socket;
@@ -102,6 +104,7 @@ private:
     std::atomic<bool> m_broadcast{false};
     std::atomic<bool> m_done{false};
     SocketOStream m_ostrm;
-    std::mutex m_sendMutex; // broadcasts and replies may come from different threads
+    // Guards writes and the handle's end: broadcasts and replies come from different threads.
+    std::mutex m_sendMutex;
     std::vector<TclServerCommand*> m_commands;
 };
