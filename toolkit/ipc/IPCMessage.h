@@ -34,7 +34,7 @@ enum IPCMessageKind {
     IPC_ERROR_MESSAGE = 3,
 };
 
-enum IPC_STATUS_MSG_CODE {
+enum IPC_STATUS_MSG_CODE : int {
     FOUND_PORTFILE = 0,
     GO_TO_POLLING = 1,
     GO_TO_DISCONNECTING = 2,

@@ -118,28 +118,31 @@ void TclCommandServer::waitForCommand() {
         asyncWaitForCommand(true);
 }
 
-// The hand-over: one command at a time is current. A sender waits until the slot is free,
-// puts its command there and waits until the servicing thread marks it executed; the
-// servicing thread frees the slot and wakes the next sender. Every wait re-checks its own
-// condition, so a wake-up meant for another thread is harmless and none is lost.
+// The hand-over: a sender queues its command, wakes the servicing thread and waits on the
+// signal of its own connection until the command has run; the servicing thread runs the
+// queued commands one at a time and wakes exactly the sender whose command it ran. Every wait
+// re-checks its own condition, so no wake-up is lost and none is taken for another's.
 int TclCommandServer::syncSendCommand(TclServerCommand* command) {
     m_commandMutex.vAquire();
-    while (m_currentCommand && !done())
-        (void)m_idleSignal.vWait(-1);
     if (done()) {
         m_commandMutex.vRelease();
         return TCL_ERROR;
     }
     command->setExecuted(false);
-    m_currentCommand = command;
+    m_pending.push_back(command);
     m_requestSignal.vSend();
+    SyncSignal& finished = finishedSignalOf(command);
     while (!command->executed() && !done())
-        (void)m_doneSignal.vWait(-1);
-    const int result = command->executed() ? command->result() : TCL_ERROR;
-    if (m_currentCommand == command)
-        m_currentCommand = nullptr;
+        (void)finished.vWait(-1);
+    const bool executed = command->executed();
+    if (!executed)
+        m_pending.erase(std::remove(m_pending.begin(), m_pending.end(), command), m_pending.end());
     m_commandMutex.vRelease();
-    return result;
+    return executed ? command->result() : TCL_ERROR;
+}
+
+SyncSignal& TclCommandServer::finishedSignalOf(TclServerCommand* command) {
+    return command->connection() ? command->connection()->commandDoneSignal() : m_doneSignal;
 }
 
 int TclCommandServer::asyncSendCommand(TclServerCommand* command) {
@@ -156,15 +159,19 @@ int TclCommandServer::asyncSendCommand(TclServerCommand* command) {
 
 void TclCommandServer::syncWaitForCommand() {
     m_commandMutex.vAquire();
-    const auto pending = [this] { return m_currentCommand && !m_currentCommand->executed(); };
-    while (!pending() && !done())
+    while (m_pending.empty() && !done())
         (void)m_requestSignal.vWait(-1);
-    if (pending()) {
+    if (!done()) {
+        m_currentCommand = m_pending.front();
+        m_pending.pop_front();
         executeCurrentCommand();
-        m_currentCommand->setExecuted(true);
+        TclServerCommand* command = m_currentCommand;
         m_currentCommand = nullptr;
-        m_doneSignal.vSendAll();
-        m_idleSignal.vSend();
+        command->setExecuted(true);
+        if (command->connection())
+            finishedSignalOf(command).vSend();
+        else
+            m_doneSignal.vSendAll();
     }
     m_commandMutex.vRelease();
 }
@@ -225,7 +232,8 @@ void TclCommandServer::requestStop() {
     m_commandMutex.vAquire();
     m_requestSignal.vSendAll();
     m_doneSignal.vSendAll();
-    m_idleSignal.vSendAll();
+    for (TclServerCommand* command : m_pending)
+        finishedSignalOf(command).vSendAll();
     m_commandMutex.vRelease();
 }
 

@@ -10,6 +10,7 @@
 #include "ipc/TclServerCommand.h"
 
 #include <atomic>
+#include <deque>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -147,8 +148,10 @@ public:
     ProtectedResource& commandMutex() { return m_commandMutex; }
     SyncSignal& requestSignal() { return m_requestSignal; }
     SyncSignal& doneSignal() { return m_doneSignal; }
-    // The command handed to (or run by) the servicing thread; read under the command mutex.
+    // The command the servicing thread runs now; read under the command mutex.
     TclServerCommand* currentCommand() const { return m_currentCommand; }
+    // How many handed-over commands wait for the servicing thread; read under the mutex.
+    int pendingCommands() const { return static_cast<int>(m_pending.size()); }
     bool done() const { return m_done.load(); }
     void setDone(bool done) { m_done = done; }
     void setAsyncBreak(bool asyncBreak) { m_asyncBreak = asyncBreak; }
@@ -165,6 +168,7 @@ private:
     void acceptPending();
     void reapConnections(bool wait);
     void assertNotInHandler(const char* operation) const;
+    SyncSignal& finishedSignalOf(TclServerCommand* command);
 
     TclServerConnectionAcceptor* m_acceptor = nullptr;
     TclConnectionTimer* m_timer = nullptr;
@@ -177,9 +181,10 @@ private:
 
     ProtectedResource m_commandMutex{"TclCommandServer"};
     SyncSignal m_requestSignal{m_commandMutex};
+    // Tells the senders of commands without a connection (the timer) that theirs ran; a
+    // connection's sender waits on the connection's own signal, so only it is woken.
     SyncSignal m_doneSignal{m_commandMutex};
-    // Sent when the servicing thread takes no command, so the next sender may hand one over.
-    SyncSignal m_idleSignal{m_commandMutex};
+    std::deque<TclServerCommand*> m_pending; // handed over, in order of arrival
     TclServerCommand* m_currentCommand = nullptr;
     std::thread::id m_servicingThread;
     std::thread::id m_pollingThread; // the caller of asyncWaitForCommand, without threads

@@ -30,7 +30,7 @@ const char* const responseMarkers[] = {
 
 TclConnectionWithClient::TclConnectionWithClient(TclCommandServer* server, unsigned int socket)
     : ThreadMainObject(!server->usingThreads()), m_server(server), m_socket(socket),
-      m_ostrm(socket) {
+      m_ostrm(socket), m_commandDone(server->commandMutex()) {
     m_server->addReference();
 }
 

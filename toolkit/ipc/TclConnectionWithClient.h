@@ -4,6 +4,7 @@
 #pragma once
 
 #include "core/TqExport.h"
+#include "ipc/ProtectedResource.h"
 #include "ipc/SocketStreambuf.h"
 #include "ipc/TclServerCommand.h"
 #include "ipc/ThreadMainObject.h"
@@ -82,6 +83,9 @@ public:
     SocketOStream& ostrm() { return m_ostrm; }
     bool broadcastFlag() const { return m_broadcast.load(); }
     void setBroadcastFlag(bool broadcast) { m_broadcast = broadcast; }
+    // On the server's command mutex: sent when a command this connection handed to the
+    // servicing thread has run.
+    SyncSignal& commandDoneSignal() { return m_commandDone; }
     bool done() const { return m_done.load(); }
     void setDone(bool done) { m_done = done; }
     // Stops both directions of the socket so the client sees the end of the stream and a
@@ -104,6 +108,7 @@ private:
     std::atomic<bool> m_broadcast{false};
     std::atomic<bool> m_done{false};
     SocketOStream m_ostrm;
+    SyncSignal m_commandDone;
     // Guards writes and the handle's end: broadcasts and replies come from different threads.
     std::mutex m_sendMutex;
     std::vector<TclServerCommand*> m_commands;

@@ -11,7 +11,7 @@ class TclServerCommand;
 struct Tcl_Interp;
 struct Tcl_Obj;
 
-enum TclServerRespType {
+enum TclServerRespType : int {
     TCS_NONE = 0,
     TCS_ERROR = 1,
     TCS_RESULT = 2,
