@@ -132,7 +132,9 @@ int TclCommandServer::syncSendCommand(TclServerCommand* command) {
     m_pending.push_back(command);
     m_requestSignal.vSend();
     SyncSignal& finished = finishedSignalOf(command);
-    while (!command->executed() && !done())
+    // A stop releases the sender at once, unless its command is running: then the sender
+    // waits for it, since the command belongs to the sender's connection.
+    while (!command->executed() && !(done() && m_currentCommand != command))
         (void)finished.vWait(-1);
     const bool executed = command->executed();
     if (!executed)
@@ -157,22 +159,32 @@ int TclCommandServer::asyncSendCommand(TclServerCommand* command) {
     return command->result();
 }
 
+// The handler runs with the command mutex released, so senders queue their commands without
+// waiting for it; the servicing mutex keeps handlers one at a time even when several threads
+// service the server.
 void TclCommandServer::syncWaitForCommand() {
+    std::lock_guard servicing(m_servicingMutex);
     m_commandMutex.vAquire();
     while (m_pending.empty() && !done())
         (void)m_requestSignal.vWait(-1);
-    if (!done()) {
-        m_currentCommand = m_pending.front();
-        m_pending.pop_front();
-        executeCurrentCommand();
-        TclServerCommand* command = m_currentCommand;
-        m_currentCommand = nullptr;
-        command->setExecuted(true);
-        if (command->connection())
-            finishedSignalOf(command).vSend();
-        else
-            m_doneSignal.vSendAll();
+    if (done()) {
+        m_commandMutex.vRelease();
+        return;
     }
+    TclServerCommand* command = m_pending.front();
+    m_pending.pop_front();
+    m_currentCommand = command;
+    m_commandMutex.vRelease();
+
+    executeCurrentCommand();
+
+    m_commandMutex.vAquire();
+    m_currentCommand = nullptr;
+    command->setExecuted(true);
+    if (command->connection())
+        finishedSignalOf(command).vSend();
+    else
+        m_doneSignal.vSendAll();
     m_commandMutex.vRelease();
 }
 
@@ -219,7 +231,7 @@ int TclCommandServer::asyncWaitForCommand(bool block) {
 void TclCommandServer::executeCurrentCommand() {
     m_servicingThread = std::this_thread::get_id();
     executeCommand(m_currentCommand);
-    m_servicingThread = std::thread::id();
+    m_servicingThread = std::thread::id{};
 }
 
 void TclCommandServer::executeCommand(TclServerCommand* command) {

@@ -148,7 +148,8 @@ public:
     ProtectedResource& commandMutex() { return m_commandMutex; }
     SyncSignal& requestSignal() { return m_requestSignal; }
     SyncSignal& doneSignal() { return m_doneSignal; }
-    // The command the servicing thread runs now; read under the command mutex.
+    // The command the servicing thread runs now; read under the command mutex, or by the
+    // running handler itself.
     TclServerCommand* currentCommand() const { return m_currentCommand; }
     // How many handed-over commands wait for the servicing thread; read under the mutex.
     int pendingCommands() const { return static_cast<int>(m_pending.size()); }
@@ -185,8 +186,9 @@ private:
     // connection's sender waits on the connection's own signal, so only it is woken.
     SyncSignal m_doneSignal{m_commandMutex};
     std::deque<TclServerCommand*> m_pending; // handed over, in order of arrival
+    std::mutex m_servicingMutex;             // one servicing cycle at a time
     TclServerCommand* m_currentCommand = nullptr;
-    std::thread::id m_servicingThread;
+    std::atomic<std::thread::id> m_servicingThread{};
     std::thread::id m_pollingThread; // the caller of asyncWaitForCommand, without threads
 
     const bool m_usingThreads;

@@ -19,8 +19,12 @@ bool ThreadMainObject::activate() {
     join();
     m_active.store(true, std::memory_order_release);
     m_finished.store(false, std::memory_order_release);
+    // The new thread waits at the gate until m_thread is assigned: once it has run, whoever
+    // sees threadFinished() may destroy the object, and this function must be done with it.
+    std::unique_lock gate(m_startGate);
     try {
         m_thread = std::thread([this] {
+            { std::lock_guard passed(m_startGate); }
             vThreadMain();
             // The last touch of this object on the thread: after it the owner may delete it.
             m_finished.store(true, std::memory_order_release);
@@ -30,6 +34,7 @@ bool ThreadMainObject::activate() {
         m_finished.store(true, std::memory_order_release);
         return false;
     }
+    gate.unlock();
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include "core/TqExport.h"
 
 #include <atomic>
+#include <mutex>
 #include <thread>
 
 class TQ_EXPORT ThreadMainObject {
@@ -37,5 +38,6 @@ private:
     const bool m_isPsuedo;
     std::atomic<bool> m_active{false};
     std::atomic<bool> m_finished{true};
+    std::mutex m_startGate;
     std::thread m_thread;
 };
