@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <sys/socket.h>
 
 namespace {
 class Collector : public IPCMessageHandler {
@@ -40,30 +39,6 @@ private:
     std::vector<std::unique_ptr<IPCMessage>> m_messages;
     std::vector<IPCCommand*> m_commands;
 };
-
-struct SocketPair {
-    SocketPair() {
-        int pair[2];
-        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, pair), 0);
-        ours = static_cast<unsigned int>(pair[0]);
-        peer = static_cast<unsigned int>(pair[1]);
-    }
-    ~SocketPair() {
-        piSocket::close(ours);
-        piSocket::close(peer);
-    }
-    unsigned int ours;
-    unsigned int peer;
-};
-
-std::string replyFrame(const std::string& text) {
-    IPCHeader header;
-    header.length = static_cast<std::int32_t>(text.size());
-    header.value = header.length;
-    std::string bytes(IPCHeader::size, '\0');
-    header.encode(bytes.data());
-    return bytes + text;
-}
 
 // Reads one length-prefixed request from the peer side; "" at the end of the stream.
 std::string readRequest(unsigned int socket) {

@@ -9,37 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <sys/socket.h>
 
 namespace {
-std::string frameBytes(std::uint32_t magic, std::int32_t length, std::int32_t code,
-                       std::int32_t value, const std::string& payload) {
-    IPCHeader header;
-    header.start = magic;
-    header.length = length;
-    header.code = code;
-    header.value = value;
-    std::string bytes(IPCHeader::size, '\0');
-    header.encode(bytes.data());
-    return bytes + payload;
-}
-
-// A connected pair of local stream sockets, closed at the end of the test.
-struct SocketPair {
-    SocketPair() {
-        int pair[2];
-        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, pair), 0);
-        left = static_cast<unsigned int>(pair[0]);
-        right = static_cast<unsigned int>(pair[1]);
-    }
-    ~SocketPair() {
-        piSocket::close(left);
-        piSocket::close(right);
-    }
-    unsigned int left;
-    unsigned int right;
-};
-
 class CountingParser : public IPCMessageParser {
 public:
     int lastLength = -1;
@@ -249,12 +220,12 @@ TEST(IPCCommand, WriteOn_WritesTheLengthPrefixedRequest) {
 
 TEST(SocketStreams, OStreamAndIStream_CarryRequestsAndFramedReplies) {
     SocketPair pair;
-    SocketOStream out(pair.left);
+    SocketOStream out(pair.ours);
     out << "abc" << 12;
-    EXPECT_EQ(piSocket::waitReadable(pair.right, 20), 0) << "buffered until flushed";
+    EXPECT_EQ(piSocket::waitReadable(pair.peer, 20), 0) << "buffered until flushed";
     out.flush();
     char received[5];
-    ASSERT_EQ(piSocket::receiveAll(pair.right, received, 5), 5);
+    ASSERT_EQ(piSocket::receiveAll(pair.peer, received, 5), 5);
     EXPECT_EQ(std::string(received, 5), "abc12");
 
     const std::string replies = frameBytes(IPCHeader::magic, 5, 14, 5, "first") +
@@ -262,8 +233,8 @@ TEST(SocketStreams, OStreamAndIStream_CarryRequestsAndFramedReplies) {
                                 frameBytes(IPCHeader::magic, 6, 14, 6, "second") +
                                 frameBytes(IPCHeader::magic, 4, 14, 4, "skip") +
                                 frameBytes(0xBAD, 0, 0, 0, "");
-    ASSERT_EQ(piSocket::sendAll(pair.right, replies.data(), replies.size()), long(replies.size()));
-    IPCSocketIStream in(pair.left);
+    ASSERT_EQ(piSocket::sendAll(pair.peer, replies.data(), replies.size()), long(replies.size()));
+    IPCSocketIStream in(pair.ours);
     std::vector<std::string> texts;
     for (int i = 0; i < 3; ++i) {
         ASSERT_EQ(in.nextMessage(1000), IPCSocketStreambuf::MessageReady);
@@ -275,15 +246,15 @@ TEST(SocketStreams, OStreamAndIStream_CarryRequestsAndFramedReplies) {
     EXPECT_EQ(in.get(), 's');
     EXPECT_EQ(in.nextMessage(1000), IPCSocketStreambuf::StreamEnded) << "bad magic after a skip";
     EXPECT_EQ(in.nextMessage(20), IPCSocketStreambuf::NoMessage);
-    piSocket::shutdown(pair.right);
+    piSocket::shutdown(pair.peer);
     EXPECT_EQ(in.nextMessage(1000), IPCSocketStreambuf::StreamEnded);
 }
 
 TEST(SocketStreams, WriteToAClosedPeer_FailsTheStreamWithoutASignal) {
     SocketPair pair;
-    piSocket::close(pair.right);
-    pair.right = piSocket::invalid;
-    SocketOStream out(pair.left);
+    piSocket::close(pair.peer);
+    pair.peer = piSocket::invalid;
+    SocketOStream out(pair.ours);
     out << std::string(4096, 'x');
     out.flush();
     EXPECT_FALSE(out.good());

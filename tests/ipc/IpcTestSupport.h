@@ -18,6 +18,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <sys/socket.h>
 #include <thread>
 #include <vector>
 
@@ -58,6 +59,42 @@ private:
     int m_previousLevel;
     DebugPrintSink m_previousSink;
 };
+
+// A connected pair of local stream sockets, closed at the end of the test.
+struct SocketPair {
+    SocketPair() {
+        int pair[2];
+        if (::socketpair(AF_UNIX, SOCK_STREAM, 0, pair) == 0) {
+            ours = static_cast<unsigned int>(pair[0]);
+            peer = static_cast<unsigned int>(pair[1]);
+        }
+    }
+    ~SocketPair() {
+        piSocket::close(ours);
+        piSocket::close(peer);
+    }
+    unsigned int ours = piSocket::invalid;
+    unsigned int peer = piSocket::invalid;
+};
+
+// The bytes of one framed message: the header with the given fields, then the payload.
+inline std::string frameBytes(std::uint32_t magic, std::int32_t length, std::int32_t code,
+                              std::int32_t value, const std::string& payload) {
+    IPCHeader header;
+    header.start = magic;
+    header.length = length;
+    header.code = code;
+    header.value = value;
+    std::string bytes(IPCHeader::size, '\0');
+    header.encode(bytes.data());
+    return bytes + payload;
+}
+
+// A reply as the command server frames it.
+inline std::string replyFrame(const std::string& text) {
+    const auto length = static_cast<std::int32_t>(text.size());
+    return frameBytes(IPCHeader::magic, length, 14, length, text);
+}
 
 struct Reply {
     IPCHeader header;

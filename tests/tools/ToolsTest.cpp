@@ -238,3 +238,12 @@ TEST_F(ToolsTest, SafeServer_RefusesFileAccessInResultScripts) {
     EXPECT_EQ(send({"result {open /etc/hostname}"}).output, "Bad command\n");
     EXPECT_EQ(send({"result {llength {a b c}}"}).output, "3\n");
 }
+
+TEST_F(ToolsTest, FatalSignal_RemovesThePortFileAndStillEndsTheServer) {
+    for (const int signal : {SIGABRT, SIGSEGV}) {
+        startServer();
+        ::kill(server->pid(), signal);
+        EXPECT_EQ(server->wait(), 128 + signal) << "the signal keeps its default action";
+        EXPECT_FALSE(std::filesystem::exists(portFile)) << signal;
+    }
+}

@@ -13,8 +13,11 @@
 
 namespace {
 // The port file the signal handler deletes. Written only outside signal context, read by
-// the handler, which does nothing but unlink (async-signal-safe) and re-raise.
+// the handler, which does only async-signal-safe work: unlink, then hand the signal to the
+// disposition it replaced (the default one, or a handler such as a sanitizer's).
 char signalPath[4096];
+constexpr int handledSignals[] = {SIGINT, SIGABRT, SIGFPE, SIGILL, SIGSEGV, SIGTERM};
+struct sigaction previousActions[NSIG];
 bool handlerInstalled = false;
 
 void removePortFileOnSignal(int signal) {
@@ -22,7 +25,7 @@ void removePortFileOnSignal(int signal) {
         ::unlink(signalPath);
         signalPath[0] = '\0';
     }
-    // The handler was reset to the default on entry: let the signal do what it would have.
+    ::sigaction(signal, &previousActions[signal], nullptr);
     ::raise(signal);
 }
 
@@ -32,10 +35,9 @@ void installSignalHandler() {
     handlerInstalled = true;
     struct sigaction action {};
     action.sa_handler = removePortFileOnSignal;
-    action.sa_flags = SA_RESETHAND;
     sigemptyset(&action.sa_mask);
-    for (const int signal : {SIGINT, SIGABRT, SIGFPE, SIGILL, SIGSEGV, SIGTERM})
-        ::sigaction(signal, &action, nullptr);
+    for (const int signal : handledSignals)
+        ::sigaction(signal, &action, &previousActions[signal]);
 }
 
 void rememberForSignal(const char* path) {
