@@ -30,7 +30,7 @@ TclCommandServer::~TclCommandServer() {
     TclCommandServer::remove();
 }
 
-// --- Overridable operations ----------------------------------------------------------------------
+// --- Overridable operations ---
 
 void TclCommandServer::remove() {
     assertNotInHandler("remove()");
@@ -73,7 +73,7 @@ int TclCommandServer::acceptsConnection(unsigned int) {
     return 1;
 }
 
-// --- Serving -------------------------------------------------------------------------------------
+// --- Serving ---
 
 bool TclCommandServer::execute() {
     return lookForConnections(true);
@@ -266,7 +266,7 @@ void TclCommandServer::acceptPending() {
         removeConnection(connection);
 }
 
-// --- Connections ---------------------------------------------------------------------------------
+// --- Connections ---
 
 bool TclCommandServer::addConnection(TclConnectionWithClient* connection) {
     reapConnections(false);
@@ -355,7 +355,7 @@ int TclCommandServer::port() const {
     return m_acceptor ? m_acceptor->port() : 0;
 }
 
-// --- Responses -----------------------------------------------------------------------------------
+// --- Responses ---
 
 void TclCommandServer::sendResp(TclServerRespType type, const char* text) {
     if (m_currentCommand && m_currentCommand->connection())
@@ -392,7 +392,7 @@ bool TclCommandServer::getClientBroadcast(TclConnectionWithClient* connection) c
     return target && target->broadcastFlag();
 }
 
-// --- Built-in commands ---------------------------------------------------------------------------
+// --- Built-in commands ---
 
 int TclCommandServer::exitCmd(TclServerCommand* command) {
     if (command->connection())
@@ -410,8 +410,7 @@ int TclCommandServer::disconnectCmd(TclServerCommand* command) {
     return exitCmd(command);
 }
 
-// --- Settings and state
-// ----------------------------------------------------------------------------
+// --- Settings and state ---
 
 void TclCommandServer::removeIPCPortFile() {
     if (m_portFile)

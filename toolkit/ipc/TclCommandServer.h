@@ -31,7 +31,7 @@ public:
     TclCommandServer(const TclCommandServer&) = delete;
     TclCommandServer& operator=(const TclCommandServer&) = delete;
 
-    // --- Overridable operations, in slot order -------------------------------------------------
+    // --- Overridable operations, in slot order ---
     // Stops serving: the acceptor, the timer and every connection end, the servicing thread
     // and every waiting sender are released, and a port file the server wrote is removed.
     // Must not be called from a command handler (set done() there instead). Without threads
@@ -63,9 +63,8 @@ public:
 
     static const char* defaultServerName() { return "tclcmdserv"; }
 
-    // --- Serving
-    // ---------------------------------------------------------------------------------- Starts
-    // serving: lookForConnections(true). False when the socket could not be set up.
+    // --- Serving ---
+    // Starts serving: lookForConnections(true). False when the socket could not be set up.
     [[nodiscard]] bool execute();
     // Creates and starts the acceptor, and the connection timer when the application
     // asks for one. False when the listening socket could not be set up.
@@ -90,9 +89,8 @@ public:
     // from any thread and from signal-watching threads, but not from a command handler.
     void requestStop();
 
-    // --- Connections
-    // ------------------------------------------------------------------------------ Puts
-    // connection into the first free slot; false when all 16 are in use.
+    // --- Connections ---
+    // Puts connection into the first free slot; false when all 16 are in use.
     [[nodiscard]] bool addConnection(TclConnectionWithClient* connection);
     // Takes connection out of its slot, tells connectionHasBeenRemoved and queues it for
     // reaping; does nothing for a connection that is not in a slot.
@@ -108,9 +106,8 @@ public:
     // The listening port, or 0 before the server listens.
     int port() const;
 
-    // --- Responses
-    // --------------------------------------------------------------------------------- To the
-    // connection of the current command; nothing when there is none.
+    // --- Responses ---
+    // To the connection of the current command; nothing when there is none.
     void sendResp(TclServerRespType type, const char* text);
     void sendCmdResp(TclServerRespType type, const char* text, TclServerCommand* command);
     void sendStr(const char* text) { sendResp(TCS_RESULT, text); }
@@ -120,15 +117,13 @@ public:
     void setClientBroadcast(bool broadcast, TclConnectionWithClient* connection);
     bool getClientBroadcast(TclConnectionWithClient* connection) const;
 
-    // --- Built-in commands
-    // ------------------------------------------------------------------------
+    // --- Built-in commands ---
     int exitCmd(TclServerCommand* command);
     int beepCmd(TclServerCommand* command);
     int disconnectCmd(TclServerCommand* command);
 
-    // --- Settings and state
-    // ------------------------------------------------------------------------ The port file is not
-    // owned; it must outlive the server's listening.
+    // --- Settings and state ---
+    // The port file is not owned; it must outlive the server's listening.
     void setIPCPortFile(IPCPortFile* portFile) { m_portFile = portFile; }
     IPCPortFile* getIPCPortFile() const { return m_portFile; }
     // Deletes the port file and forgets it in the signal handler.
@@ -189,7 +184,7 @@ private:
     std::mutex m_servicingMutex;             // one servicing cycle at a time
     TclServerCommand* m_currentCommand = nullptr;
     std::atomic<std::thread::id> m_servicingThread{};
-    std::thread::id m_pollingThread; // the caller of asyncWaitForCommand, without threads
+    std::atomic<std::thread::id> m_pollingThread{}; // the caller of asyncWaitForCommand
 
     const bool m_usingThreads;
     std::atomic<bool> m_accepting{false};

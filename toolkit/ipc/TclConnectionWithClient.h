@@ -39,7 +39,8 @@ public:
     // One receiveData(), for the server's polling mode.
     void executeOneCommand();
     // Reads one script and evaluates it. A short header or an empty read evaluates "quit"
-    // and returns false; a script that fails in Tcl is answered "Bad command".
+    // and returns false; a script cut short by the client's hang-up is evaluated as far as
+    // it came; a script that fails in Tcl is answered "Bad command".
     bool receiveData();
     // 1 when a script (or the end of the stream) can be read, 0 after milliseconds, -1 on
     // failure.
@@ -80,6 +81,8 @@ public:
     Tcl_Interp* interp() const { return m_interp; }
     bool isEvaluating() const { return m_evaluating; }
     bool lastReadFailed() const { return m_lastReadFailed; }
+    // A stream on the socket, for the connection's own thread while it runs; replies from
+    // other threads go through sendResp, which serialises the writes.
     SocketOStream& ostrm() { return m_ostrm; }
     bool broadcastFlag() const { return m_broadcast.load(); }
     void setBroadcastFlag(bool broadcast) { m_broadcast = broadcast; }
