@@ -1,5 +1,7 @@
 // ThreadMainObject: an object whose activity runs on a thread of its own. activate() starts
 // the thread on vThreadMain(); a pseudo object runs no thread and is driven by its owner.
+// A derived class stops and joins its thread in its own destructor, while vThreadMain's
+// overrider still exists.
 #pragma once
 
 #include "core/TqExport.h"
