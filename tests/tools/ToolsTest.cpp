@@ -2,6 +2,7 @@
 // tarqclient package talking to it, and the ways the server stops.
 #include "core/TarqToolkit.h"
 #include "ipc/IPCPortFile.h"
+#include "ipc/platform/piSocket.h"
 
 #include <gtest/gtest.h>
 
@@ -230,6 +231,24 @@ TEST_F(ToolsTest, Timeout_StopsAServerNoClientUsed) {
         startServer(options);
         EXPECT_EQ(server->wait(), 0) << mode;
         EXPECT_FALSE(std::filesystem::exists(portFile)) << mode;
+    }
+}
+
+TEST_F(ToolsTest, Timeout_SparesAServerWithAClientConnected) {
+    for (const bool noThreads : {false, true}) {
+        std::vector<std::string> options{"--timeout-ms", "150"};
+        if (noThreads)
+            options.push_back("--no-threads");
+        startServer(options);
+        IPCPortFile file(portFile.c_str());
+        ASSERT_TRUE(file.readPortFile());
+        const unsigned int client = piSocket::connectLoopback(file.port());
+        ASSERT_NE(client, piSocket::invalid);
+        std::this_thread::sleep_for(400ms);
+        EXPECT_EQ(send({"beep"}).output, "Beep you back...\n") << noThreads;
+        piSocket::close(client);
+        EXPECT_EQ(send({"shutdown"}).status, 0);
+        EXPECT_EQ(server->wait(), 0);
     }
 }
 

@@ -74,15 +74,16 @@ sigset_t stopSignals() {
 }
 
 void serve(ToolServer& server) {
-    const auto start = std::chrono::steady_clock::now();
-    bool hadClient = false;
+    // Without threads there is no timer thread: the polling loop keeps the time itself and,
+    // like the timer, looks once, when the time is up, whether a client is connected.
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(options.timeoutMilliseconds);
+    bool timerPending = !server.usingThreads() && options.timeoutMilliseconds > 0;
     while (!server.done()) {
         server.waitForCommand();
-        // Without threads there is no timer thread: the polling loop keeps the time itself.
-        if (!server.usingThreads() && options.timeoutMilliseconds > 0 && !hadClient) {
-            hadClient = server.numConnections() > 0;
-            const auto waited = std::chrono::steady_clock::now() - start;
-            if (!hadClient && waited > std::chrono::milliseconds(options.timeoutMilliseconds))
+        if (timerPending && std::chrono::steady_clock::now() >= deadline) {
+            timerPending = false;
+            if (server.numConnections() == 0)
                 server.setDone(true);
         }
     }
