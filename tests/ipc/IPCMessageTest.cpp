@@ -52,65 +52,39 @@ TEST(IPCMessageParser, GetMessage_GivesEachOutcomeWithItsLogLines) {
         const char* record; // null: no text
         std::vector<std::string> logLines;
     };
+    const std::string parser = "\nIPCMessageParser";
+    // clang-format off
     const Case cases[] = {
-        {frameBytes(magic, 5, 7, 9, "hello"),
-         false,
-         true,
-         false,
-         "hello",
-         {"\nIPCMessageParser::getMessage got valid header on socket 0\n",
-          "\nIPCMessageParser go whole message of 5 bytes on socket 0\n",
-          "\nIPCMessageParser::getMessage received 'hello' on socket 0\n"}},
-        {frameBytes(magic, 0, 1, 2, ""),
-         false,
-         true,
-         false,
-         nullptr,
-         {"\nIPCMessageParser::getMessage received 'NULL' on socket 0\n"}},
+        {frameBytes(magic, 5, 7, 9, "hello"), false, true, false, "hello",
+         {parser + "::getMessage got valid header on socket 0\n",
+          parser + " go whole message of 5 bytes on socket 0\n",
+          parser + "::getMessage received 'hello' on socket 0\n"}},
+        {frameBytes(magic, 0, 1, 2, ""), false, true, false, nullptr,
+         {parser + "::getMessage received 'NULL' on socket 0\n"}},
         {frameBytes(magic, -4, 1, 2, "abcd"), false, true, false, nullptr, {"received 'NULL'"}},
-        {std::string(7, 'x'),
-         false,
-         false,
-         false,
-         nullptr,
-         {"\nIPCMessageParser got wrong number of bytes reading header, bytes read = '7' on "
-          "socket 0\n"}},
-        {"",
-         true,
-         false,
-         false,
-         nullptr,
+        {std::string(7, 'x'), false, false, false, nullptr,
+         {parser + " got wrong number of bytes reading header, bytes read = '7' on socket 0\n"}},
+        {"", true, false, false, nullptr,
          {"bytes read = '-1' on socket 0\n", "\tSocketError is 104 on socket 0\n"}},
-        {frameBytes(0xDEADBEEF, 0, 0, 0, ""),
-         false,
-         false,
-         false,
-         nullptr,
-         {"\nIPCMessageParser got invalid header, Ignoring on socket 0\n",
+        {frameBytes(0xDEADBEEF, 0, 0, 0, ""), false, false, false, nullptr,
+         {parser + " got invalid header, Ignoring on socket 0\n",
           "hdrBuf is00000000: de ad be ef"}},
-        {frameBytes(magic, 3, 0, 0, ""),
-         true,
-         true,
-         true,
-         nullptr,
-         {"\nIPCMessageParser bytes < 0 reading data errCode = '104' on socket 0\n"}},
-        {frameBytes(magic, 10, 0, 0, "abc"),
-         false,
-         true,
-         false,
-         "abc",
+        {frameBytes(magic, 3, 0, 0, ""), true, true, true, nullptr,
+         {parser + " bytes < 0 reading data errCode = '104' on socket 0\n"}},
+        {frameBytes(magic, 10, 0, 0, "abc"), false, true, false, "abc",
          {"go whole message of 3 bytes"}},
         {frameBytes(magic, 0x7FFFFFFF, 0, 0, "tiny"), false, true, false, "tiny", {}}};
+    // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.logLines.empty() ? "huge length" : c.logLines[0]);
         LogCapture log;
         IPCMemorySource source(c.bytes, c.failAtEnd);
-        IPCMessageParser parser;
+        IPCMessageParser reader;
         bool readError = false;
-        std::unique_ptr<IPCMessage> message(parser.getMessage(source, readError));
+        std::unique_ptr<IPCMessage> message(reader.getMessage(source, readError));
         EXPECT_EQ(message != nullptr, c.message);
         EXPECT_EQ(readError, c.readError);
-        EXPECT_STREQ(parser.record() ? parser.record() : "<null>", c.record ? c.record : "<null>");
+        EXPECT_STREQ(reader.record() ? reader.record() : "<null>", c.record ? c.record : "<null>");
         if (message && c.record) {
             EXPECT_STREQ(message->text(), c.record);
         }
@@ -144,24 +118,24 @@ TEST(IPCMessage, Dumps_PrintTheirExactTexts) {
         {std::make_shared<IPCMessage>(), IPC_MESSAGE, "Dumping IPCMessage.\n"},
         {std::make_shared<IPCCommand>("beep"), IPC_COMMAND, "Dumping IPCCommand.\n"},
         {std::make_shared<IPCErrorMessage>(errorText), IPC_ERROR_MESSAGE,
-         "Dumping IPCErrorMessage:disk full"},
-        {std::make_shared<IPCStatusMessage>(FOUND_PORTFILE), IPC_STATUS_MESSAGE,
-         "Dumping IPCStatusMessage:   v_code is 0 : Found portfile.\n"},
-        {std::make_shared<IPCStatusMessage>(GO_TO_POLLING), IPC_STATUS_MESSAGE,
-         "Dumping IPCStatusMessage:   v_code is 1 : Go to polling.\n"},
-        {std::make_shared<IPCStatusMessage>(GO_TO_DISCONNECTING), IPC_STATUS_MESSAGE,
-         "Dumping IPCStatusMessage:   v_code is 2 : Go to disconnecting.\n"},
-        {std::make_shared<IPCStatusMessage>(CONNECTED_TO_SE), IPC_STATUS_MESSAGE,
-         "Dumping IPCStatusMessage:   v_code is 3 : Connected to SE.\n"},
-        {std::make_shared<IPCStatusMessage>(DISCONNECTED_FROM_SE), IPC_STATUS_MESSAGE,
-         "Dumping IPCStatusMessage:   v_code is 4 : Disconnected from SE.\n"},
-        {std::make_shared<IPCStatusMessage>(static_cast<IPC_STATUS_MSG_CODE>(5)),
-         IPC_STATUS_MESSAGE, "Dumping IPCStatusMessage:   v_code is 5 :"}};
+         "Dumping IPCErrorMessage:disk full"}};
+
     for (const auto& [message, kind, dump] : cases) {
         LogCapture log;
         message->dump();
         EXPECT_EQ(log.captured(), dump);
         EXPECT_EQ(message->isa(), kind) << dump;
+    }
+    const char* const statusTexts[] = {" Found portfile.\n",       " Go to polling.\n",
+                                       " Go to disconnecting.\n",  " Connected to SE.\n",
+                                       " Disconnected from SE.\n", ""};
+    for (int code = FOUND_PORTFILE; code <= 5; ++code) {
+        LogCapture log;
+        IPCStatusMessage status(static_cast<IPC_STATUS_MSG_CODE>(code));
+        status.dump();
+        EXPECT_EQ(log.captured(), "Dumping IPCStatusMessage:   v_code is " + std::to_string(code) +
+                                      " :" + statusTexts[code]);
+        EXPECT_EQ(status.isa(), IPC_STATUS_MESSAGE);
     }
     IPCErrorMessage error;
     char replaced[] = "other";
