@@ -4,9 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <climits>
 #include <random>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -14,69 +16,50 @@ using bigint_test::bin;
 using bigint_test::randomBits;
 using bigint_test::take;
 
-struct TextCase {
-    const char* bits;
-    Radix radix;
-    unsigned width, group;
-    bool upper;
-    const char* text;
-};
-
+// Binary writes X and Z in the chosen case and the fill character as stored; hexadecimal and
+// octal write X unless every bit of the group is Z, and fill digits beyond the value; decimal
+// writes "#" for any unknown bit.
 TEST(BigIntText, ConvertsWithFillGroupingAndCase) {
-    const TextCase cases[] = {
-        // Binary: X and Z in the chosen case, the fill character as stored.
-        {"10xz", RadixBinary, 0, 0, true, "10XZ"},
-        {"10xz", RadixBinary, 0, 0, false, "10xz"},
-        {"10", RadixBinary, 6, 0, true, "000010"},
-        {"X1", RadixBinary, 4, 0, false, "XXx1"},
-        {"Z1", RadixBinary, 3, 0, true, "ZZ1"},
-        {"1101", RadixBinary, 2, 0, true, "01"},
-        {"110101", RadixBinary, 0, 4, true, "11_0101"},
-        {"110101", RadixBinary, 0, 2, true, "11_01_01"},
-        {"110101", RadixBinary, 0, 1, true, "1_1_0_1_0_1"},
-        {"110101", RadixBinary, 0, 6, true, "110101"},
-        {"110101", RadixBinary, 0, 9, true, "110101"},
-        // Hexadecimal: X unless every bit of the group is Z; digits beyond the value fill.
-        {"11111111", RadixHexadecimal, 0, 0, true, "FF"},
-        {"11111111", RadixHexadecimal, 0, 0, false, "ff"},
-        {"1010ZZZZ", RadixHexadecimal, 0, 0, false, "az"},
-        {"ZZZZXXXX", RadixHexadecimal, 0, 0, true, "ZX"},
-        {"XZZZ", RadixHexadecimal, 0, 0, true, "X"},
-        {"ZZZ0", RadixHexadecimal, 0, 0, false, "x"},
-        {"0X10", RadixHexadecimal, 0, 0, true, "X"},
-        {"1111", RadixHexadecimal, 12, 0, true, "00F"},
-        {"X0000", RadixHexadecimal, 12, 0, false, "Xx0"},
-        {"Z0000", RadixHexadecimal, 8, 0, false, "z0"},
-        {"10110", RadixHexadecimal, 0, 0, true, "16"},
-        {"1111", RadixHexadecimal, 3, 0, true, "7"},
-        {"10010001101000101", RadixHexadecimal, 0, 2, true, "1_23_45"},
-        {"1001000110100010101100111100010011010", RadixHexadecimal, 0, 0, false, "123456789a"},
-        // Octal: the same rules in groups of three.
-        {"111000101", RadixOctal, 0, 0, true, "705"},
-        {"ZZZ", RadixOctal, 0, 0, false, "z"},
-        {"Z01", RadixOctal, 0, 0, true, "X"},
-        {"11", RadixOctal, 6, 0, true, "03"},
-        {"111111", RadixOctal, 0, 1, true, "7_7"},
-        // Decimal: "#" for any unknown bit; the low width bits; plain decimal signs.
-        {"1010", RadixDecimal, 0, 0, true, "10"},
-        {"1010", RadixDecimal, 2, 0, true, "2"},
-        {"1010", RadixDecimal, 10, 3, true, "10"},
-        {"1X", RadixDecimal, 0, 0, true, "#"},
-        {"Z", RadixPlainDecimal, 0, 0, true, "#"},
-        {"0", RadixPlainDecimal, 0, 0, true, "0"},
-        {"1111111111111111111111111111111111111111111111111111111111111111", RadixDecimal, 0, 0,
-         true, "18446744073709551615"},
-        {"1", RadixNone, 0, 0, true, "<null>"},
-        {"1", static_cast<Radix>(6), 0, 0, true, "<null>"},
-    };
-    for (const TextCase& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.bits << " radix " << c.radix << " width " << c.width
-                                        << " group " << c.group << " upper " << c.upper);
-        EXPECT_EQ(take(bin(c.bits).asNumericString(c.radix, c.width, c.group, c.upper)), c.text);
+    // The radix as a letter, upper case for upper-case digits: b, o, h, d (decimal), p (plain
+    // decimal), - (none), 6 (not a radix).
+    // clang-format off
+    const std::tuple<const char*, char, unsigned, unsigned, const char*> cases[] = {
+        {"10xz", 'B', 0, 0, "10XZ"},          {"10xz", 'b', 0, 0, "10xz"},
+        {"10", 'B', 6, 0, "000010"},          {"X1", 'b', 4, 0, "XXx1"},
+        {"Z1", 'B', 3, 0, "ZZ1"},             {"1101", 'B', 2, 0, "01"},
+        {"110101", 'B', 0, 4, "11_0101"},     {"110101", 'B', 0, 2, "11_01_01"},
+        {"110101", 'B', 0, 1, "1_1_0_1_0_1"}, {"110101", 'B', 0, 6, "110101"},
+        {"110101", 'B', 0, 9, "110101"},      {"11111111", 'H', 0, 0, "FF"},
+        {"11111111", 'h', 0, 0, "ff"},        {"1010ZZZZ", 'h', 0, 0, "az"},
+        {"ZZZZXXXX", 'H', 0, 0, "ZX"},        {"XZZZ", 'H', 0, 0, "X"},
+        {"ZZZ0", 'h', 0, 0, "x"},             {"0X10", 'H', 0, 0, "X"},
+        {"1111", 'H', 12, 0, "00F"},          {"X0000", 'h', 12, 0, "Xx0"},
+        {"Z0000", 'h', 8, 0, "z0"},           {"10110", 'H', 0, 0, "16"},
+        {"1111", 'H', 3, 0, "7"},             {"111000101", 'O', 0, 0, "705"},
+        {"ZZZ", 'o', 0, 0, "z"},              {"Z01", 'O', 0, 0, "X"},
+        {"11", 'O', 6, 0, "03"},              {"111111", 'O', 0, 1, "7_7"},
+        {"1010", 'D', 0, 0, "10"},            {"1010", 'D', 2, 0, "2"},
+        {"1010", 'D', 10, 3, "10"},           {"1X", 'D', 0, 0, "#"},
+        {"Z", 'P', 0, 0, "#"},                {"0", 'P', 0, 0, "0"},
+        {"1", '-', 0, 0, "<null>"},           {"1", '6', 0, 0, "<null>"}};
+    // clang-format on
+    const std::string letters = "-bdhop6"; // in the order of the enumeration
+    for (const auto& [bits, letter, width, group, text] : cases) {
+        const auto radix = static_cast<Radix>(letters.find(std::tolower(letter)));
+        const bool upper = std::isupper(letter) || letter == '-' || letter == '6';
+        EXPECT_EQ(take(bin(bits).asNumericString(radix, width, group, upper)), text)
+            << bits << " " << letter << " width " << width << " group " << group;
     }
+    EXPECT_EQ(take(bin("10010001101000101").asNumericString(RadixHexadecimal, 0, 2, true)),
+              "1_23_45");
+    EXPECT_EQ(take(bin("1001000110100010101100111100010011010")
+                       .asNumericString(RadixHexadecimal, 0, 0, false)),
+              "123456789a");
+    EXPECT_EQ(take(bin(std::string(64, '1').c_str()).asNumericString(RadixDecimal, 0, 0, true)),
+              "18446744073709551615");
 }
 
-TEST(BigIntText, OnlyPlainDecimalShowsTheSign) {
+TEST(BigIntText, OnlyPlainDecimalShowsTheSignAndAValueWithoutWidthConvertsToNull) {
     const BigInt minusFive(-5L); // sign '1', bits 011
     EXPECT_EQ(take(minusFive.asNumericString(RadixDecimal, 0, 0, true)), "3");
     EXPECT_EQ(take(minusFive.asNumericString(RadixPlainDecimal, 0, 0, true)), "-5");
@@ -87,19 +70,14 @@ TEST(BigIntText, OnlyPlainDecimalShowsTheSign) {
               std::to_string(LONG_MAX));
     EXPECT_EQ(take(BigInt("-1", RadixDecimal, 70).BSLToHexadecimal(0, 4, false)),
               "3f_ffff_ffff_ffff_ffff");
-}
-
-TEST(BigIntText, AValueWithoutWidthConvertsToNull) {
     const BigInt empty;
-    EXPECT_EQ(empty.BSLToBinary(4, 0, true), nullptr);
-    EXPECT_EQ(empty.BSLToOctal(4, 0, true), nullptr);
-    EXPECT_EQ(empty.BSLToHexadecimal(4, 0, true), nullptr);
-    EXPECT_EQ(empty.BSLToDecimal(4, 0, true), nullptr);
+    for (char* text : {empty.BSLToBinary(4, 0, true), empty.BSLToOctal(4, 0, true),
+                       empty.BSLToHexadecimal(4, 0, true), empty.BSLToDecimal(4, 0, true)})
+        EXPECT_EQ(take(text), "<null>");
 }
 
 TEST(BigIntText, WideDecimalValues) {
-    const std::string twoTo200 = "1" + std::string(200, '0');
-    EXPECT_EQ(take(bin(twoTo200.c_str()).BSLToDecimal(0, 0, false)),
+    EXPECT_EQ(take(bin(("1" + std::string(200, '0')).c_str()).BSLToDecimal(0, 0, false)),
               "1606938044258990275541962092341162602522202993782792835301376");
     EXPECT_EQ(take(BigInt("1606938044258990275541962092341162602522202993782792835301376",
                           RadixDecimal, 0)

@@ -1,197 +1,156 @@
 #include "hdl/HDLConstant.h"
+#include "hdl/BigInt.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
+#include <tuple>
+#include <vector>
 
 namespace {
 
-struct Parsed {
-    std::unique_ptr<char[]> digits;
-    HDLanguage language = HDLNone;
-    Radix radix = RadixNone;
-    char upperCase = 0;
-    unsigned size = 0;
-    unsigned bits = 0;
-};
-
 using Parser = char* (*)(const char*, HDLanguage&, Radix&, char&, unsigned&, unsigned&);
 
-Parsed parse(Parser parser, const char* text, HDLanguage language = HDLNone) {
-    Parsed p;
-    p.language = language;
-    p.digits.reset(parser(text, p.language, p.radix, p.upperCase, p.size, p.bits));
-    return p;
-}
-
-struct ParseCase {
-    const char* text;
-    const char* digits; // null: rejected
+// The outputs of one parser call that starts from the given values.
+struct Parsed {
+    Parsed(Parser parser, const char* text, HDLanguage l = HDLNone, Radix r = RadixNone, char u = 0,
+           unsigned s = 0, unsigned b = 0)
+        : language(l), radix(r), upperCase(u), size(s), bits(b),
+          digits(parser(text, language, radix, upperCase, size, bits)) {}
     HDLanguage language;
     Radix radix;
     char upperCase;
-    unsigned size;
-    unsigned bits;
+    unsigned size, bits;
+    std::unique_ptr<char[]> digits;
+};
+
+struct ParseCase {
+    const char* text;
+    const char* digits;
+    HDLanguage language;
+    Radix radix;
+    char upperCase;
+    unsigned size, bits;
 };
 
 void expectParsed(const Parsed& p, const ParseCase& c) {
-    SCOPED_TRACE(c.text);
-    if (c.digits == nullptr) {
-        EXPECT_EQ(p.digits, nullptr);
-        EXPECT_EQ(p.language, HDLNone);
-        return;
-    }
-    ASSERT_NE(p.digits, nullptr);
-    EXPECT_STREQ(p.digits.get(), c.digits);
-    EXPECT_EQ(p.language, c.language);
-    EXPECT_EQ(p.radix, c.radix);
-    EXPECT_EQ(p.upperCase, c.upperCase);
-    EXPECT_EQ(p.size, c.size);
-    EXPECT_EQ(p.bits, c.bits);
+    ASSERT_NE(p.digits, nullptr) << c.text;
+    EXPECT_STREQ(p.digits.get(), c.digits) << c.text;
+    EXPECT_EQ(p.language, c.language) << c.text;
+    EXPECT_EQ(p.radix, c.radix) << c.text;
+    EXPECT_EQ(p.upperCase, c.upperCase) << c.text;
+    EXPECT_EQ(p.size, c.size) << c.text;
+    EXPECT_EQ(p.bits, c.bits) << c.text;
 }
 
 TEST(ParseHDLConstant, RecognisesPlainVerilogAndVHDLConstants) {
-    const ParseCase cases[] = {
-        {"8'hFF", "FF", HDLVerilog, RadixHexadecimal, 0, 8, 8},
-        {"'B10xz", "10xz", HDLVerilog, RadixBinary, 1, 0, 4},
-        {"4 'b1010", "1010", HDLVerilog, RadixBinary, 0, 4, 4},
-        {"4'b 1010", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"12", "12", HDLVerilog, RadixPlainDecimal, 0, 0, 4},
-        {"-3", "-3", HDLVerilog, RadixPlainDecimal, 0, 0, 2},
-        {" \t0", "0", HDLVerilog, RadixPlainDecimal, 0, 0, 1},
-        {"X\"1F\"", "1F", HDLVHDL, RadixHexadecimal, 1, 0, 8},
-        {"b \"0101\"", "0101", HDLVHDL, RadixBinary, 0, 0, 4},
-        {"b \"0101\" ", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"B\"01\"x", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"'hx_F", "x_F", HDLVerilog, RadixHexadecimal, 0, 0, 8},
-        {"16'D1_000", "1_000", HDLVerilog, RadixDecimal, 1, 16, 10},
-        {"3'o17", "17", HDLVerilog, RadixOctal, 0, 3, 6},
-        {"'O", "", HDLVerilog, RadixOctal, 1, 0, 0},
-        {"O\"\"", "", HDLVHDL, RadixOctal, 1, 0, 0},
-        {"o\"7z\"", "7z", HDLVHDL, RadixOctal, 0, 0, 6},
-        {"\"255\"", "255", HDLVHDL, RadixDecimal, 1, 0, 8},
-        {"\"0101\"", "0101", HDLVHDL, RadixDecimal, 1, 0, 7},
-        {"8x\"ff\"", "ff", HDLVHDL, RadixHexadecimal, 0, 8, 8},
-        {"'sb1", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"8'", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"'b", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"'b_1", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"'b1__0", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"'b1_", "1_", HDLVerilog, RadixBinary, 0, 0, 1},
-        {"'d1x", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"\"1F\"", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"X\"1F", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"H\"1F\"", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"", nullptr, HDLNone, RadixNone, 0, 0, 0},
-        {"99999999999'b1", "1", HDLVerilog, RadixBinary, 0, 2147483647, 1},
-    };
+    const ParseCase cases[] = {{"8'hFF", "FF", HDLVerilog, RadixHexadecimal, 0, 8, 8},
+                               {"'B10xz", "10xz", HDLVerilog, RadixBinary, 1, 0, 4},
+                               {"4 'b1010", "1010", HDLVerilog, RadixBinary, 0, 4, 4},
+                               {"12", "12", HDLVerilog, RadixPlainDecimal, 0, 0, 4},
+                               {"-3", "-3", HDLVerilog, RadixPlainDecimal, 0, 0, 2},
+                               {" \t0", "0", HDLVerilog, RadixPlainDecimal, 0, 0, 1},
+                               {"X\"1F\"", "1F", HDLVHDL, RadixHexadecimal, 1, 0, 8},
+                               {"b \"0101\"", "0101", HDLVHDL, RadixBinary, 0, 0, 4},
+                               {"'hx_F", "x_F", HDLVerilog, RadixHexadecimal, 0, 0, 8},
+                               {"16'D1_000", "1_000", HDLVerilog, RadixDecimal, 1, 16, 10},
+                               {"3'o17", "17", HDLVerilog, RadixOctal, 0, 3, 6},
+                               {"'O", "", HDLVerilog, RadixOctal, 1, 0, 0},
+                               {"O\"\"", "", HDLVHDL, RadixOctal, 1, 0, 0},
+                               {"o\"7z\"", "7z", HDLVHDL, RadixOctal, 0, 0, 6},
+                               {"\"255\"", "255", HDLVHDL, RadixDecimal, 1, 0, 8},
+                               {"\"0101\"", "0101", HDLVHDL, RadixDecimal, 1, 0, 7},
+                               {"8x\"ff\"", "ff", HDLVHDL, RadixHexadecimal, 0, 8, 8},
+                               {"'b1_", "1_", HDLVerilog, RadixBinary, 0, 0, 1},
+                               {"99999999999'b1", "1", HDLVerilog, RadixBinary, 0, 2147483647, 1}};
     for (const ParseCase& c : cases)
-        expectParsed(parse(parseHDLConstant, c.text), c);
+        expectParsed(Parsed(parseHDLConstant, c.text), c);
+    expectParsed(Parsed(parseVerilogConstant, "  2 'h1z"),
+                 {"", "1z", HDLVerilog, RadixHexadecimal, 0, 2, 8});
+    expectParsed(Parsed(parseVHDLConstant, " 4 B\t\"1_0\""),
+                 {"", "1_0", HDLVHDL, RadixBinary, 1, 4, 2});
 }
 
-TEST(ParseHDLConstant, NullTextClearsEveryOutput) {
-    Parsed p;
-    p.language = HDLVHDL;
-    p.radix = RadixOctal;
-    p.upperCase = 1;
-    p.size = 3;
-    p.bits = 9;
-    p.digits.reset(parseHDLConstant(nullptr, p.language, p.radix, p.upperCase, p.size, p.bits));
-    EXPECT_EQ(p.digits, nullptr);
-    EXPECT_EQ(p.language, HDLNone);
-    EXPECT_EQ(p.radix, RadixNone);
-    EXPECT_EQ(p.upperCase, 0);
-    EXPECT_EQ(p.size, 0u);
-    EXPECT_EQ(p.bits, 0u);
+// A failure clears the language a caller set; parseHDLConstant clears every other output too.
+TEST(ParseHDLConstant, RejectsMalformedTextAndClearsTheOutputs) {
+    const std::pair<Parser, std::vector<const char*>> cases[] = {
+        {parseHDLConstant,
+         {"4'b 1010", "b \"0101\" ", "B\"01\"x", "'sb1", "8'", "'b", "'b_1", "'b1__0", "'d1x",
+          "\"1F\"", "X\"1F", "H\"1F\"", "", "8'q1", nullptr}},
+        {parseVerilogConstant, {"12", "X\"1F\"", "4'b102", nullptr}},
+        {parseVHDLConstant, {"8'hFF", "\"1\"\"", nullptr}}};
+    for (const auto& [parser, texts] : cases)
+        for (const char* text : texts) {
+            const Parsed p(parser, text, HDLVHDL, RadixOctal, 1, 3, 9);
+            SCOPED_TRACE(text ? text : "null");
+            EXPECT_EQ(p.digits, nullptr);
+            EXPECT_EQ(p.language, HDLNone);
+            if (parser == parseHDLConstant) {
+                EXPECT_EQ(p.radix, RadixNone);
+                EXPECT_EQ(p.upperCase, 0);
+                EXPECT_EQ(p.size, 0u);
+                EXPECT_EQ(p.bits, 0u);
+            }
+        }
 }
 
 TEST(ParseHDLConstant, PlainDecimalKeepsACallersVHDLAndAddsToBits) {
-    Parsed p;
-    p.language = HDLVHDL;
-    p.bits = 5;
-    p.digits.reset(parseHDLConstant("8", p.language, p.radix, p.upperCase, p.size, p.bits));
+    const Parsed p(parseHDLConstant, "8", HDLVHDL, RadixNone, 0, 0, 5);
     ASSERT_NE(p.digits, nullptr);
     EXPECT_EQ(p.language, HDLVHDL);
     EXPECT_EQ(p.radix, RadixPlainDecimal);
     EXPECT_EQ(p.bits, 9u) << "the count is added, not assigned";
 }
 
-TEST(ParseHDLConstant, FailureClearsEveryOutput) {
-    Parsed p = parse(parseHDLConstant, "8'q1", HDLVHDL);
-    EXPECT_EQ(p.digits, nullptr);
-    EXPECT_EQ(p.language, HDLNone);
-    EXPECT_EQ(p.radix, RadixNone);
-    EXPECT_EQ(p.size, 0u);
-}
-
-TEST(ParseVerilogConstant, AcceptsOnlyTheVerilogForm) {
-    expectParsed(parse(parseVerilogConstant, "  2 'h1z"),
-                 {"", "1z", HDLVerilog, RadixHexadecimal, 0, 2, 8});
-    EXPECT_EQ(parse(parseVerilogConstant, "12").digits, nullptr);
-    EXPECT_EQ(parse(parseVerilogConstant, "X\"1F\"").digits, nullptr);
-    EXPECT_EQ(parse(parseVerilogConstant, nullptr).digits, nullptr);
-    Parsed failed = parse(parseVerilogConstant, "4'b102", HDLVHDL);
-    EXPECT_EQ(failed.language, HDLNone);
-}
-
-TEST(ParseVHDLConstant, AcceptsOnlyTheVHDLForm) {
-    expectParsed(parse(parseVHDLConstant, " 4 B\t\"1_0\""),
-                 {"", "1_0", HDLVHDL, RadixBinary, 1, 4, 2});
-    EXPECT_EQ(parse(parseVHDLConstant, "8'hFF").digits, nullptr);
-    EXPECT_EQ(parse(parseVHDLConstant, "\"1\"\"").digits, nullptr);
-    EXPECT_EQ(parse(parseVHDLConstant, nullptr).digits, nullptr);
-}
-
-struct PredicateCase {
-    const char* digits;
-    bool binary, octal, decimal, hexadecimal, hexadecimalXZ;
-    unsigned binaryBits, octalBits, decimalBits, hexadecimalBits;
-};
-
-TEST(DigitPredicates, CheckDigitsUnderscoresAndCountBits) {
-    const PredicateCase cases[] = {
-        // digits      bin    oct    dec    hex    hexXZ  bits: b   o   d   h
-        {"0", true, true, true, true, true, 1, 3, 1, 4},
-        {"5", false, true, true, true, true, 0, 3, 3, 4},
-        {"8", false, false, true, true, true, 0, 0, 4, 4},
-        {"1010", true, true, true, true, true, 4, 12, 10, 16},
-        {"10xz", true, true, false, false, true, 4, 12, 0, 16},
-        {"XZ", true, true, false, false, true, 2, 6, 0, 8},
-        {"1_0_", true, true, true, false, true, 2, 6, 4, 8},
-        {"_1", false, false, false, false, false, 0, 0, 0, 0},
-        {"1__0", false, false, false, false, false, 0, 0, 0, 0},
-        {"-12", false, false, true, false, false, 0, 0, 4, 0},
-        {"1-2", false, false, false, false, false, 0, 0, 0, 0},
-        {"-", false, false, false, false, false, 0, 0, 0, 0},
-        {"-_1", false, false, false, false, false, 0, 0, 0, 0},
-        {"fF", false, false, false, true, true, 0, 0, 0, 8},
-        {"2", false, true, true, true, true, 0, 3, 2, 4},
-        {"18446744073709551616", false, false, true, true, true, 0, 0, 65, 80},
-        {"", false, true, false, false, false, 0, 0, 0, 0},
-        {" 1", false, false, false, false, false, 0, 0, 0, 0},
-    };
-    for (const PredicateCase& c : cases) {
-        SCOPED_TRACE(c.digits);
-        unsigned bits = 0;
-        EXPECT_EQ(isBinary(c.digits, bits), c.binary);
-        EXPECT_EQ(bits, c.binaryBits);
-        bits = 0;
-        EXPECT_EQ(isOctal(c.digits, bits), c.octal);
-        EXPECT_EQ(bits, c.octalBits);
-        bits = 0;
-        EXPECT_EQ(isDecimal(c.digits, bits), c.decimal);
-        EXPECT_EQ(bits, c.decimalBits);
-        bits = 0;
-        EXPECT_EQ(isHexadecimal(c.digits, bits, false), c.hexadecimal);
-        EXPECT_EQ(bits, c.hexadecimal ? c.hexadecimalBits : 0);
-        bits = 0;
-        EXPECT_EQ(isHexadecimal(c.digits, bits, true), c.hexadecimalXZ);
-        EXPECT_EQ(bits, c.hexadecimalXZ ? c.hexadecimalBits : 0);
+// What the application does with a constant a user typed: parse it, then build the value
+// from the digits, the radix and the declared size.
+TEST(ParseHDLConstant, ResultsBuildTheBigIntOfTheConstant) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"8'hFF", "011111111"}, {"4'bx", "0XXXX"},
+        {"6'o7z", "0111ZZZ"},   {"'h1_0", "000010000"},
+        {"-3", "101"},          {"X\"1F\"", "000011111"},
+        {"3'd12", "0100"},      {"\"300\"", "0100101100"},
+        {"5'b1", "000001"}};
+    for (const auto& [text, representation] : cases) {
+        const Parsed p(parseHDLConstant, text);
+        ASSERT_NE(p.digits, nullptr) << text;
+        EXPECT_STREQ(BigInt(p.digits.get(), p.radix, p.size).bsl(), representation) << text;
     }
 }
 
-TEST(DigitPredicates, AddToBitsAndTreatNullAsTheirEmptyCase) {
+// Hexadecimal digits need allowXZ for X, Z and underscores; the counts are in bits.
+TEST(DigitPredicates, CheckDigitsUnderscoresAndCountBits) {
+    using Check = bool (*)(const char*, unsigned&);
+    const Check checks[] = {
+        isBinary, isOctal, isDecimal,
+        [](const char* digits, unsigned& bits) { return isHexadecimal(digits, bits, false); },
+        [](const char* digits, unsigned& bits) { return isHexadecimal(digits, bits, true); }};
+    struct Case {
+        const char* digits;
+        unsigned bits[5]; // binary, octal, decimal, hexadecimal, hexadecimal with X and Z
+        const char* accepted;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {"0", {1, 3, 1, 4, 4}, "11111"},      {"5", {0, 3, 3, 4, 4}, "01111"},
+        {"8", {0, 0, 4, 4, 4}, "00111"},      {"1010", {4, 12, 10, 16, 16}, "11111"},
+        {"10xz", {4, 12, 0, 0, 16}, "11001"}, {"XZ", {2, 6, 0, 0, 8}, "11001"},
+        {"x", {1, 3, 0, 0, 4}, "11001"},      {"1_0_", {2, 6, 4, 0, 8}, "11101"},
+        {"x_F", {0, 0, 0, 0, 8}, "00001"},    {"_1", {0, 0, 0, 0, 0}, "00000"},
+        {"1__0", {0, 0, 0, 0, 0}, "00000"},   {"-12", {0, 0, 4, 0, 0}, "00100"},
+        {"1-2", {0, 0, 0, 0, 0}, "00000"},    {"-", {0, 0, 0, 0, 0}, "00000"},
+        {"-_1", {0, 0, 0, 0, 0}, "00000"},    {"fF", {0, 0, 0, 8, 8}, "00011"},
+        {"2", {0, 3, 2, 4, 4}, "01111"},      {"18446744073709551616", {0, 0, 65, 80, 80}, "00111"},
+        {"", {0, 0, 0, 0, 0}, "01000"},       {" 1", {0, 0, 0, 0, 0}, "00000"}};
+    // clang-format on
+    for (const Case& c : cases)
+        for (int i = 0; i < 5; ++i) {
+            unsigned bits = 0;
+            EXPECT_EQ(checks[i](c.digits, bits), c.accepted[i] == '1') << c.digits << " " << i;
+            EXPECT_EQ(bits, c.bits[i]) << c.digits << " " << i;
+        }
+    // The counts add to bits; null is each check's empty case.
     unsigned bits = 10;
     EXPECT_TRUE(isBinary("11", bits));
     EXPECT_TRUE(isOctal("7", bits));
@@ -205,23 +164,14 @@ TEST(DigitPredicates, AddToBitsAndTreatNullAsTheirEmptyCase) {
     EXPECT_EQ(bits, 27u);
 }
 
-TEST(DigitPredicates, HexadecimalNeedsAllowXZForXZAndUnderscores) {
-    unsigned bits = 0;
-    EXPECT_FALSE(isHexadecimal("x", bits, false));
-    EXPECT_FALSE(isHexadecimal("F_F", bits, false));
-    EXPECT_TRUE(isHexadecimal("x_F", bits, true));
-    EXPECT_EQ(bits, 8u);
-}
-
 TEST(RadixCharacter, GivesTheLetterOfEachNotation) {
-    EXPECT_EQ(radixCharacter(RadixHexadecimal, HDLVerilog, 0), 'h');
-    EXPECT_EQ(radixCharacter(RadixHexadecimal, HDLVHDL, 1), 'X');
-    EXPECT_EQ(radixCharacter(RadixBinary, HDLNone, 1), 'B');
-    EXPECT_EQ(radixCharacter(RadixOctal, HDLVHDL, 0), 'o');
-    EXPECT_EQ(radixCharacter(RadixDecimal, HDLVerilog, 1), 'D');
-    EXPECT_EQ(radixCharacter(RadixPlainDecimal, HDLVerilog, 1), '\0');
-    EXPECT_EQ(radixCharacter(RadixNone, HDLVerilog, 0), '\0');
-    EXPECT_EQ(radixCharacter(static_cast<Radix>(9), HDLVerilog, 0), '\0');
+    const std::tuple<Radix, HDLanguage, char, char> cases[] = {
+        {RadixHexadecimal, HDLVerilog, 0, 'h'}, {RadixHexadecimal, HDLVHDL, 1, 'X'},
+        {RadixBinary, HDLNone, 1, 'B'},         {RadixOctal, HDLVHDL, 0, 'o'},
+        {RadixDecimal, HDLVerilog, 1, 'D'},     {RadixPlainDecimal, HDLVerilog, 1, '\0'},
+        {RadixNone, HDLVerilog, 0, '\0'},       {static_cast<Radix>(9), HDLVerilog, 0, '\0'}};
+    for (const auto& [radix, language, upper, letter] : cases)
+        EXPECT_EQ(radixCharacter(radix, language, upper), letter) << radix << " " << language;
 }
 
 TEST(FormatHDLString, WritesEachNotation) {
@@ -240,39 +190,30 @@ TEST(FormatHDLString, WritesEachNotation) {
 // formatHDLString and comes back through parseHDLConstant unchanged, except where the notation
 // fixes the flag (a plain decimal reads lower case, a VHDL decimal upper case).
 TEST(FormatHDLString, RoundTripsThroughTheParserForEveryCombination) {
-    struct Digits {
-        Radix radix;
-        const char* digits;
-    };
-    const Digits samples[] = {{RadixBinary, "10xz"},
-                              {RadixDecimal, "1234"},
-                              {RadixHexadecimal, "1aZ"},
-                              {RadixOctal, "17x"},
-                              {RadixPlainDecimal, "99"}};
-    for (const Digits& sample : samples)
+    const std::pair<Radix, const char*> samples[] = {{RadixBinary, "10xz"},
+                                                     {RadixDecimal, "1234"},
+                                                     {RadixHexadecimal, "1aZ"},
+                                                     {RadixOctal, "17x"},
+                                                     {RadixPlainDecimal, "99"}};
+    for (const auto& [radix, digits] : samples)
         for (HDLanguage language : {HDLVerilog, HDLVHDL})
             for (char upper : {0, 1})
                 for (unsigned size : {0u, 12u}) {
-                    SCOPED_TRACE(testing::Message()
-                                 << "radix " << sample.radix << " language " << language
-                                 << " upper " << int(upper) << " size " << size);
-                    const char letter = radixCharacter(sample.radix, language, upper);
-                    const char* text = formatHDLString(sample.digits, language, letter, size);
+                    const bool plain = radix == RadixPlainDecimal;
+                    const char* text = formatHDLString(
+                        digits, language, radixCharacter(radix, language, upper), size);
                     // Only a caller's language keeps a plain decimal VHDL.
-                    const HDLanguage given = sample.radix == RadixPlainDecimal ? language : HDLNone;
-                    Parsed p = parse(parseHDLConstant, text, given);
+                    const Parsed p(parseHDLConstant, text, plain ? language : HDLNone);
                     ASSERT_NE(p.digits, nullptr) << text;
-                    EXPECT_STREQ(p.digits.get(), sample.digits);
-                    EXPECT_EQ(p.radix, sample.radix);
-                    EXPECT_EQ(p.language, language);
-                    char expectedUpper = upper;
-                    if (sample.radix == RadixPlainDecimal)
-                        expectedUpper = 0;
-                    else if (sample.radix == RadixDecimal && language == HDLVHDL)
-                        expectedUpper = 1;
-                    EXPECT_EQ(p.upperCase, expectedUpper);
-                    if (sample.radix != RadixPlainDecimal) {
-                        EXPECT_EQ(p.size, size);
+                    EXPECT_STREQ(p.digits.get(), digits);
+                    EXPECT_EQ(p.radix, radix) << text;
+                    EXPECT_EQ(p.language, language) << text;
+                    EXPECT_EQ(p.upperCase, plain                                          ? 0
+                                           : radix == RadixDecimal && language == HDLVHDL ? 1
+                                                                                          : upper)
+                        << text;
+                    if (!plain) {
+                        EXPECT_EQ(p.size, size) << text;
                     }
                 }
 }

@@ -12,32 +12,32 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <vector>
 
 namespace {
 class Collector : public IPCMessageHandler {
 public:
     void handleMessage(IPCMessage* message, IPCCommand* command) override {
         std::lock_guard lock(m_mutex);
-        m_messages.emplace_back(message);
-        m_commands.push_back(command);
+        m_received.emplace_back(message, command);
     }
     int count() {
         std::lock_guard lock(m_mutex);
-        return static_cast<int>(m_messages.size());
+        return static_cast<int>(m_received.size());
     }
     IPCMessage* message(int i) {
         std::lock_guard lock(m_mutex);
-        return m_messages.at(i).get();
+        return m_received.at(i).first.get();
     }
     IPCCommand* command(int i) {
         std::lock_guard lock(m_mutex);
-        return m_commands.at(i);
+        return m_received.at(i).second;
     }
+    int statusCode(int i) { return static_cast<IPCStatusMessage*>(message(i))->v_code; }
 
 private:
     std::mutex m_mutex;
-    std::vector<std::unique_ptr<IPCMessage>> m_messages;
-    std::vector<IPCCommand*> m_commands;
+    std::vector<std::pair<std::unique_ptr<IPCMessage>, IPCCommand*>> m_received;
 };
 
 // Reads one length-prefixed request from the peer side; "" at the end of the stream.
@@ -49,6 +49,17 @@ std::string readRequest(unsigned int socket) {
     piSocket::receiveAll(socket, text.data(), text.size());
     return text;
 }
+
+// A socket pair whose first end a channel thread uses, with its parser and dispatcher.
+class ChannelTest : public ::testing::Test {
+protected:
+    SocketPair pair;
+    IPCMessageParser parser;
+    Collector collector;
+    IPCMessageDispatcher dispatcher;
+};
+using SyncCommandSenderTest = ChannelTest;
+using AsyncEventReceiverTest = ChannelTest;
 } // namespace
 
 TEST(IPCMessageDispatcher, SendMessage_GoesToTheHandlerOrIsKept) {
@@ -67,31 +78,23 @@ TEST(IPCMessageDispatcher, SendMessage_GoesToTheHandlerOrIsKept) {
     EXPECT_EQ(dispatcher.numCommands(), 1);
 }
 
-TEST(SyncCommandSender, SyncAndAsyncCommands_AreWrittenInOrderAndRepliesHandedBack) {
-    SocketPair pair;
-    IPCMessageParser parser;
-    IPCMessageDispatcher dispatcher;
+TEST_F(SyncCommandSenderTest, SyncAndAsyncCommands_AreWrittenInOrderAndRepliesHandedBack) {
     SyncCommandSender sender(&parser, &dispatcher);
     sender.setSocket(pair.ours);
     LogCapture log;
     ASSERT_TRUE(sender.activate());
     std::thread peer([&] {
         EXPECT_EQ(readRequest(pair.peer), "first");
-        const std::string reply = replyFrame("one");
-        piSocket::sendAll(pair.peer, reply.data(), reply.size());
+        sendAll(pair.peer, replyFrame("one"));
         EXPECT_EQ(readRequest(pair.peer), "async");
         EXPECT_EQ(readRequest(pair.peer), "second");
-        const std::string second = replyFrame("two");
-        piSocket::sendAll(pair.peer, second.data(), second.size());
+        sendAll(pair.peer, replyFrame("two"));
     });
-    IPCCommand first("first");
+    IPCCommand first("first"), async("async"), second("second");
     std::unique_ptr<IPCMessage> reply(sender.syncSendCommand(&first, nullptr));
     ASSERT_TRUE(reply);
     EXPECT_STREQ(reply->text(), "one");
-    IPCCommand async("async");
     sender.asyncSendCommand(&async);
-    Collector collector;
-    IPCCommand second("second");
     EXPECT_EQ(sender.syncSendCommand(&second, &collector), nullptr);
     ASSERT_EQ(collector.count(), 1);
     EXPECT_STREQ(collector.message(0)->text(), "two");
@@ -106,10 +109,7 @@ TEST(SyncCommandSender, SyncAndAsyncCommands_AreWrittenInOrderAndRepliesHandedBa
         EXPECT_TRUE(log.contains(line)) << line;
 }
 
-TEST(SyncCommandSender, UnansweredCommand_ReturnsNullAfterTheReplyTime) {
-    SocketPair pair;
-    IPCMessageParser parser;
-    IPCMessageDispatcher dispatcher;
+TEST_F(SyncCommandSenderTest, UnansweredCommand_ReturnsNullAfterTheReplyTime) {
     SyncCommandSender sender(&parser, &dispatcher);
     sender.setSocket(pair.ours);
     sender.setReplyTimeout(50);
@@ -119,13 +119,9 @@ TEST(SyncCommandSender, UnansweredCommand_ReturnsNullAfterTheReplyTime) {
     EXPECT_EQ(readRequest(pair.peer), "set x 1");
 }
 
-TEST(SyncCommandSender, ClosedPeer_TellsTheDispatcherAndReleasesTheWaiter) {
-    SocketPair pair;
-    piSocket::close(pair.peer);
-    pair.peer = piSocket::invalid;
-    IPCMessageParser parser;
-    Collector collector;
-    IPCMessageDispatcher dispatcher(&collector);
+TEST_F(SyncCommandSenderTest, ClosedPeer_TellsTheDispatcherAndReleasesTheWaiter) {
+    pair.closePeer();
+    dispatcher.setHandler(&collector);
     SyncCommandSender sender(&parser, &dispatcher);
     sender.setSocket(pair.ours);
     ASSERT_TRUE(sender.activate());
@@ -133,41 +129,34 @@ TEST(SyncCommandSender, ClosedPeer_TellsTheDispatcherAndReleasesTheWaiter) {
     EXPECT_EQ(sender.syncSendCommand(&command, nullptr), nullptr);
     ASSERT_TRUE(eventually([&] { return collector.count() == 1; }));
     EXPECT_EQ(collector.message(0)->isa(), IPC_STATUS_MESSAGE);
-    EXPECT_EQ(static_cast<IPCStatusMessage*>(collector.message(0))->v_code, DISCONNECTED_FROM_SE);
+    EXPECT_EQ(collector.statusCode(0), DISCONNECTED_FROM_SE);
     sender.join();
     EXPECT_FALSE(sender.getContinueFlag());
 }
 
-TEST(AsyncEventReceiver, PeerMessages_AreDispatchedUntilTheStreamEnds) {
-    SocketPair pair;
-    IPCMessageParser parser;
-    Collector collector;
-    IPCMessageDispatcher dispatcher(&collector);
+TEST_F(AsyncEventReceiverTest, PeerMessages_AreDispatchedUntilTheStreamEnds) {
+    dispatcher.setHandler(&collector);
     AsyncEventReceiver receiver(&parser, &dispatcher, nullptr);
     receiver.setSocket(pair.ours);
-    IPCCommand hello("hello");
-    IPCCommand context("context");
+    IPCCommand hello("hello"), context("context");
     receiver.setAERCommand(&hello);
     receiver.setCommand(&context);
     LogCapture log;
     ASSERT_TRUE(receiver.activate());
     EXPECT_EQ(readRequest(pair.peer), "hello") << "the start command goes out first";
-    const std::string events = replyFrame("event 1") + replyFrame("event 2");
-    piSocket::sendAll(pair.peer, events.data(), events.size());
+    sendAll(pair.peer, replyFrame("event 1") + replyFrame("event 2"));
     ASSERT_TRUE(eventually([&] { return collector.count() == 2; }));
     EXPECT_STREQ(collector.message(1)->text(), "event 2");
     EXPECT_EQ(collector.command(0), &context);
     piSocket::shutdown(pair.peer);
     receiver.join();
-    EXPECT_TRUE(log.contains("\nAsyncEventReceiver thread starting\n"));
-    EXPECT_TRUE(log.contains("\nAsyncEventReceiver calling getMessage with socket "));
-    EXPECT_TRUE(log.contains("\nAsyncEventReceiver thread terminating\n"));
+    for (const char* line : {"\nAsyncEventReceiver thread starting\n",
+                             "\nAsyncEventReceiver calling getMessage with socket ",
+                             "\nAsyncEventReceiver thread terminating\n"})
+        EXPECT_TRUE(log.contains(line)) << line;
 }
 
-TEST(AsyncEventReceiver, Stop_EndsAReceiverThatWaitsForData) {
-    SocketPair pair;
-    IPCMessageParser parser;
-    IPCMessageDispatcher dispatcher;
+TEST_F(AsyncEventReceiverTest, Stop_EndsAReceiverThatWaitsForData) {
     AsyncEventReceiver receiver(&parser, &dispatcher, nullptr);
     receiver.setSocket(pair.ours);
     ASSERT_TRUE(receiver.activate());
@@ -180,7 +169,7 @@ TEST(AsyncEventReceiver, Stop_EndsAReceiverThatWaitsForData) {
 TEST(AutoConnectPoller, PortFileThatAppears_IsReportedOnceAsFoundPortfile) {
     const std::string path = ::testing::TempDir() + "tq_poller.port";
     std::remove(path.c_str());
-    IPCPortFile portFile(path.c_str());
+    IPCPortFile portFile(path.c_str()), writer(path.c_str());
     Collector collector;
     IPCMessageDispatcher dispatcher(&collector);
     AutoConnectPoller poller(&portFile, 10, &dispatcher);
@@ -188,19 +177,17 @@ TEST(AutoConnectPoller, PortFileThatAppears_IsReportedOnceAsFoundPortfile) {
     ASSERT_TRUE(poller.activate());
     std::this_thread::sleep_for(std::chrono::milliseconds(40));
     EXPECT_EQ(collector.count(), 0);
-    IPCPortFile writer(path.c_str());
     writer.setOwner(2);
     writer.setPort(4242);
     ASSERT_TRUE(writer.writePortFile());
     ASSERT_TRUE(eventually([&] { return collector.count() == 1; }));
     poller.join();
-    EXPECT_EQ(static_cast<IPCStatusMessage*>(collector.message(0))->v_code, FOUND_PORTFILE);
+    EXPECT_EQ(collector.statusCode(0), FOUND_PORTFILE);
     EXPECT_EQ(collector.command(0), nullptr);
     EXPECT_EQ(portFile.port(), 4242);
-    const std::string text = log.captured();
-    EXPECT_NE(text.find("\nAuto Polling started\n"), std::string::npos);
-    EXPECT_NE(text.find("\nSending FOUND_PORTFILE to main thread\n\nAuto Poller terminating\n"),
-              std::string::npos);
+    EXPECT_TRUE(log.contains("\nAuto Polling started\n"));
+    EXPECT_TRUE(
+        log.contains("\nSending FOUND_PORTFILE to main thread\n\nAuto Poller terminating\n"));
     std::remove(path.c_str());
 }
 

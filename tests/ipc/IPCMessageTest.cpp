@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <tuple>
+#include <vector>
 
 namespace {
 class CountingParser : public IPCMessageParser {
@@ -21,6 +23,8 @@ protected:
         return IPCMessageParser::createMessage(length, code, value);
     }
 };
+
+const std::uint32_t magic = IPCHeader::magic;
 } // namespace
 
 TEST(IPCHeader, EncodeAndDecode_UseFiveBigEndianIntegers) {
@@ -29,110 +33,68 @@ TEST(IPCHeader, EncodeAndDecode_UseFiveBigEndianIntegers) {
     header.value = -2;
     char bytes[IPCHeader::size];
     header.encode(bytes);
-    EXPECT_EQ(std::string(bytes, IPCHeader::size),
-              std::string("\xC0\xCA\xC0\x1A\x01\x02\x03\x04\x00\x00\x00\x0C\x00\x00\x00\x0E"
-                          "\xFF\xFF\xFF\xFE",
-                          20));
+    EXPECT_EQ(
+        std::string(bytes, IPCHeader::size),
+        std::string("\xC0\xCA\xC0\x1A\x01\x02\x03\x04\0\0\0\x0C\0\0\0\x0E\xFF\xFF\xFF\xFE", 20));
     const IPCHeader back = IPCHeader::decode(bytes);
-    EXPECT_EQ(back.start, IPCHeader::magic);
+    EXPECT_EQ(back.start, magic);
     EXPECT_EQ(back.length, 0x01020304);
     EXPECT_EQ(back.reserved, 12);
     EXPECT_EQ(back.code, 14);
     EXPECT_EQ(back.value, -2);
 }
 
+// A claimed length beyond the bytes that arrive costs only those bytes.
 TEST(IPCMessageParser, GetMessage_GivesEachOutcomeWithItsLogLines) {
     struct Case {
-        const char* name;
         std::string bytes;
-        bool failAtEnd;
-        bool message;
+        bool failAtEnd, message, readError;
         const char* record; // null: no text
-        bool readError;
         std::vector<std::string> logLines;
-    } cases[] = {
-        {"whole message",
-         frameBytes(IPCHeader::magic, 5, 7, 9, "hello"),
-         false,
-         true,
-         "hello",
-         false,
-         {"\nIPCMessageParser::getMessage got valid header on socket 0\n",
-          "\nIPCMessageParser go whole message of 5 bytes on socket 0\n",
-          "\nIPCMessageParser::getMessage received 'hello' on socket 0\n"}},
-        {"no payload",
-         frameBytes(IPCHeader::magic, 0, 1, 2, ""),
-         false,
-         true,
-         nullptr,
-         false,
-         {"\nIPCMessageParser::getMessage received 'NULL' on socket 0\n"}},
-        {"negative length",
-         frameBytes(IPCHeader::magic, -4, 1, 2, "abcd"),
-         false,
-         true,
-         nullptr,
-         false,
-         {"received 'NULL'"}},
-        {"short header",
-         std::string(7, 'x'),
-         false,
-         false,
-         nullptr,
-         false,
-         {"\nIPCMessageParser got wrong number of bytes reading header, bytes read = '7' on "
-          "socket 0\n"}},
-        {"failed header",
-         "",
-         true,
-         false,
-         nullptr,
-         false,
-         {"bytes read = '-1' on socket 0\n", "\tSocketError is 104 on socket 0\n"}},
-        {"wrong magic",
-         frameBytes(0xDEADBEEF, 0, 0, 0, ""),
-         false,
-         false,
-         nullptr,
-         false,
-         {"\nIPCMessageParser got invalid header, Ignoring on socket 0\n",
-          "hdrBuf is00000000: de ad be ef"}},
-        {"payload missing",
-         frameBytes(IPCHeader::magic, 3, 0, 0, ""),
-         true,
-         true,
-         nullptr,
-         true,
-         {"\nIPCMessageParser bytes < 0 reading data errCode = '104' on socket 0\n"}},
-        {"payload cut short",
-         frameBytes(IPCHeader::magic, 10, 0, 0, "abc"),
-         false,
-         true,
-         "abc",
-         false,
-         {"go whole message of 3 bytes"}},
     };
+    const std::string parser = "\nIPCMessageParser";
+    // clang-format off
+    const Case cases[] = {
+        {frameBytes(magic, 5, 7, 9, "hello"), false, true, false, "hello",
+         {parser + "::getMessage got valid header on socket 0\n",
+          parser + " go whole message of 5 bytes on socket 0\n",
+          parser + "::getMessage received 'hello' on socket 0\n"}},
+        {frameBytes(magic, 0, 1, 2, ""), false, true, false, nullptr,
+         {parser + "::getMessage received 'NULL' on socket 0\n"}},
+        {frameBytes(magic, -4, 1, 2, "abcd"), false, true, false, nullptr, {"received 'NULL'"}},
+        {std::string(7, 'x'), false, false, false, nullptr,
+         {parser + " got wrong number of bytes reading header, bytes read = '7' on socket 0\n"}},
+        {"", true, false, false, nullptr,
+         {"bytes read = '-1' on socket 0\n", "\tSocketError is 104 on socket 0\n"}},
+        {frameBytes(0xDEADBEEF, 0, 0, 0, ""), false, false, false, nullptr,
+         {parser + " got invalid header, Ignoring on socket 0\n",
+          "hdrBuf is00000000: de ad be ef"}},
+        {frameBytes(magic, 3, 0, 0, ""), true, true, true, nullptr,
+         {parser + " bytes < 0 reading data errCode = '104' on socket 0\n"}},
+        {frameBytes(magic, 10, 0, 0, "abc"), false, true, false, "abc",
+         {"go whole message of 3 bytes"}},
+        {frameBytes(magic, 0x7FFFFFFF, 0, 0, "tiny"), false, true, false, "tiny", {}}};
+    // clang-format on
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.logLines.empty() ? "huge length" : c.logLines[0]);
         LogCapture log;
         IPCMemorySource source(c.bytes, c.failAtEnd);
-        IPCMessageParser parser;
+        IPCMessageParser reader;
         bool readError = false;
-        std::unique_ptr<IPCMessage> message(parser.getMessage(source, readError));
-        EXPECT_EQ(message != nullptr, c.message) << c.name;
-        EXPECT_EQ(readError, c.readError) << c.name;
-        EXPECT_STREQ(parser.record() ? parser.record() : "<null>", c.record ? c.record : "<null>")
-            << c.name;
+        std::unique_ptr<IPCMessage> message(reader.getMessage(source, readError));
+        EXPECT_EQ(message != nullptr, c.message);
+        EXPECT_EQ(readError, c.readError);
+        EXPECT_STREQ(reader.record() ? reader.record() : "<null>", c.record ? c.record : "<null>");
         if (message && c.record) {
-            EXPECT_STREQ(message->text(), c.record) << c.name;
+            EXPECT_STREQ(message->text(), c.record);
         }
         for (const std::string& line : c.logLines)
-            EXPECT_TRUE(log.contains(line)) << c.name << ": " << line << "\n" << log.captured();
+            EXPECT_TRUE(log.contains(line)) << line << "\n" << log.captured();
     }
 }
 
 TEST(IPCMessageParser, Factory_ReceivesLengthCodeAndSecondValue) {
-    const std::string bytes =
-        frameBytes(IPCHeader::magic, 2, 41, 42, "ok") + frameBytes(IPCHeader::magic, 0, 43, 44, "");
+    const std::string bytes = frameBytes(magic, 2, 41, 42, "ok") + frameBytes(magic, 0, 43, 44, "");
     IPCMemorySource source(bytes);
     CountingParser parser;
     bool readError = false;
@@ -150,58 +112,30 @@ TEST(IPCMessageParser, Factory_ReceivesLengthCodeAndSecondValue) {
     EXPECT_EQ(parser.lastHeaderBytes(), 0);
 }
 
-TEST(IPCMessageParser, HugeClaimedLength_CostsOnlyTheBytesThatArrive) {
-    const std::string bytes = frameBytes(IPCHeader::magic, 0x7FFFFFFF, 0, 0, "tiny");
-    IPCMemorySource source(bytes);
-    IPCMessageParser parser;
-    bool readError = false;
-    std::unique_ptr<IPCMessage> message(parser.getMessage(source, readError));
-    ASSERT_TRUE(message);
-    EXPECT_STREQ(message->text(), "tiny");
-}
-
-TEST(IPCMessageParser, SettersKeepSeparatorRecordAndDoneFlag) {
-    IPCMessageParser parser;
-    parser.setSeparater(';');
-    parser.setRecord("abc");
-    parser.setDone(true);
-    EXPECT_EQ(parser.separater(), ';');
-    EXPECT_STREQ(parser.record(), "abc");
-    EXPECT_TRUE(parser.done());
-    parser.setRecord(nullptr);
-    EXPECT_EQ(parser.record(), nullptr);
-}
-
 TEST(IPCMessage, Dumps_PrintTheirExactTexts) {
-    struct Case {
-        std::unique_ptr<IPCMessage> message;
-        IPCMessageKind kind;
-        const char* dump;
-    };
     char errorText[] = "disk full";
-    Case cases[] = {
-        {std::make_unique<IPCMessage>(), IPC_MESSAGE, "Dumping IPCMessage.\n"},
-        {std::make_unique<IPCCommand>("beep"), IPC_COMMAND, "Dumping IPCCommand.\n"},
-        {std::make_unique<IPCErrorMessage>(errorText), IPC_ERROR_MESSAGE,
-         "Dumping IPCErrorMessage:disk full"},
-        {std::make_unique<IPCStatusMessage>(FOUND_PORTFILE), IPC_STATUS_MESSAGE,
-         "Dumping IPCStatusMessage:   v_code is 0 : Found portfile.\n"},
-        {std::make_unique<IPCStatusMessage>(GO_TO_POLLING), IPC_STATUS_MESSAGE,
-         "Dumping IPCStatusMessage:   v_code is 1 : Go to polling.\n"},
-        {std::make_unique<IPCStatusMessage>(GO_TO_DISCONNECTING), IPC_STATUS_MESSAGE,
-         "Dumping IPCStatusMessage:   v_code is 2 : Go to disconnecting.\n"},
-        {std::make_unique<IPCStatusMessage>(CONNECTED_TO_SE), IPC_STATUS_MESSAGE,
-         "Dumping IPCStatusMessage:   v_code is 3 : Connected to SE.\n"},
-        {std::make_unique<IPCStatusMessage>(DISCONNECTED_FROM_SE), IPC_STATUS_MESSAGE,
-         "Dumping IPCStatusMessage:   v_code is 4 : Disconnected from SE.\n"},
-        {std::make_unique<IPCStatusMessage>(static_cast<IPC_STATUS_MSG_CODE>(5)),
-         IPC_STATUS_MESSAGE, "Dumping IPCStatusMessage:   v_code is 5 :"},
-    };
-    for (const Case& c : cases) {
+    const std::tuple<std::shared_ptr<IPCMessage>, IPCMessageKind, const char*> cases[] = {
+        {std::make_shared<IPCMessage>(), IPC_MESSAGE, "Dumping IPCMessage.\n"},
+        {std::make_shared<IPCCommand>("beep"), IPC_COMMAND, "Dumping IPCCommand.\n"},
+        {std::make_shared<IPCErrorMessage>(errorText), IPC_ERROR_MESSAGE,
+         "Dumping IPCErrorMessage:disk full"}};
+
+    for (const auto& [message, kind, dump] : cases) {
         LogCapture log;
-        c.message->dump();
-        EXPECT_EQ(log.captured(), c.dump);
-        EXPECT_EQ(c.message->isa(), c.kind) << c.dump;
+        message->dump();
+        EXPECT_EQ(log.captured(), dump);
+        EXPECT_EQ(message->isa(), kind) << dump;
+    }
+    const char* const statusTexts[] = {" Found portfile.\n",       " Go to polling.\n",
+                                       " Go to disconnecting.\n",  " Connected to SE.\n",
+                                       " Disconnected from SE.\n", ""};
+    for (int code = FOUND_PORTFILE; code <= 5; ++code) {
+        LogCapture log;
+        IPCStatusMessage status(static_cast<IPC_STATUS_MSG_CODE>(code));
+        status.dump();
+        EXPECT_EQ(log.captured(), "Dumping IPCStatusMessage:   v_code is " + std::to_string(code) +
+                                      " :" + statusTexts[code]);
+        EXPECT_EQ(status.isa(), IPC_STATUS_MESSAGE);
     }
     IPCErrorMessage error;
     char replaced[] = "other";
@@ -210,10 +144,9 @@ TEST(IPCMessage, Dumps_PrintTheirExactTexts) {
 }
 
 TEST(IPCCommand, WriteOn_WritesTheLengthPrefixedRequest) {
-    std::ostringstream out;
+    std::ostringstream out, empty;
     IPCCommand("beep").writeOn(out);
     EXPECT_EQ(out.str(), std::string("\0\0\0\4beep", 8));
-    std::ostringstream empty;
     IPCCommand(nullptr).writeOn(empty);
     EXPECT_EQ(empty.str(), std::string(4, '\0'));
 }
@@ -228,12 +161,8 @@ TEST(SocketStreams, OStreamAndIStream_CarryRequestsAndFramedReplies) {
     ASSERT_EQ(piSocket::receiveAll(pair.peer, received, 5), 5);
     EXPECT_EQ(std::string(received, 5), "abc12");
 
-    const std::string replies = frameBytes(IPCHeader::magic, 5, 14, 5, "first") +
-                                frameBytes(IPCHeader::magic, 0, 14, 0, "") +
-                                frameBytes(IPCHeader::magic, 6, 14, 6, "second") +
-                                frameBytes(IPCHeader::magic, 4, 14, 4, "skip") +
-                                frameBytes(0xBAD, 0, 0, 0, "");
-    ASSERT_EQ(piSocket::sendAll(pair.peer, replies.data(), replies.size()), long(replies.size()));
+    ASSERT_TRUE(sendAll(pair.peer, replyFrame("first") + replyFrame("") + replyFrame("second") +
+                                       replyFrame("skip") + frameBytes(0xBAD, 0, 0, 0, "")));
     IPCSocketIStream in(pair.ours);
     std::vector<std::string> texts;
     for (int i = 0; i < 3; ++i) {
@@ -252,8 +181,7 @@ TEST(SocketStreams, OStreamAndIStream_CarryRequestsAndFramedReplies) {
 
 TEST(SocketStreams, WriteToAClosedPeer_FailsTheStreamWithoutASignal) {
     SocketPair pair;
-    piSocket::close(pair.peer);
-    pair.peer = piSocket::invalid;
+    pair.closePeer();
     SocketOStream out(pair.ours);
     out << std::string(4096, 'x');
     out.flush();

@@ -13,6 +13,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -20,24 +21,22 @@
 #include <string>
 #include <sys/socket.h>
 #include <thread>
-#include <vector>
 
 // Captures the debug print at DBG_TRACE for its lifetime.
 class LogCapture {
 public:
-    LogCapture() {
-        text().clear();
-        m_previousLevel = debugPrintLevel();
+    LogCapture() : m_level(debugPrintLevel()), m_sink(setDebugPrintSink(&append)) {
+        std::lock_guard lock(s_mutex);
+        s_text.clear();
         setDebugPrintLevel(DBG_TRACE);
-        m_previousSink = setDebugPrintSink(&LogCapture::append);
     }
     ~LogCapture() {
-        setDebugPrintSink(m_previousSink);
-        setDebugPrintLevel(m_previousLevel);
+        setDebugPrintSink(m_sink);
+        setDebugPrintLevel(m_level);
     }
     std::string captured() const {
-        std::lock_guard lock(mutex());
-        return text();
+        std::lock_guard lock(s_mutex);
+        return s_text;
     }
     bool contains(const std::string& piece) const {
         return captured().find(piece) != std::string::npos;
@@ -45,19 +44,13 @@ public:
 
 private:
     static void append(const char* piece) {
-        std::lock_guard lock(mutex());
-        text() += piece;
+        std::lock_guard lock(s_mutex);
+        s_text += piece;
     }
-    static std::mutex& mutex() {
-        static std::mutex instance;
-        return instance;
-    }
-    static std::string& text() {
-        static std::string instance;
-        return instance;
-    }
-    int m_previousLevel;
-    DebugPrintSink m_previousSink;
+    static inline std::mutex s_mutex;
+    static inline std::string s_text;
+    int m_level;
+    DebugPrintSink m_sink;
 };
 
 // A connected pair of local stream sockets, closed at the end of the test.
@@ -73,9 +66,16 @@ struct SocketPair {
         piSocket::close(ours);
         piSocket::close(peer);
     }
-    unsigned int ours = piSocket::invalid;
-    unsigned int peer = piSocket::invalid;
+    void closePeer() {
+        piSocket::close(peer);
+        peer = piSocket::invalid;
+    }
+    unsigned int ours = piSocket::invalid, peer = piSocket::invalid;
 };
+
+inline bool sendAll(unsigned int socket, const std::string& bytes) {
+    return piSocket::sendAll(socket, bytes.data(), bytes.size()) == long(bytes.size());
+}
 
 // The bytes of one framed message: the header with the given fields, then the payload.
 inline std::string frameBytes(std::uint32_t magic, std::int32_t length, std::int32_t code,
@@ -96,6 +96,15 @@ inline std::string replyFrame(const std::string& text) {
     return frameBytes(IPCHeader::magic, length, 14, length, text);
 }
 
+inline std::string readText(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+inline void writeText(const std::string& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+}
+
 struct Reply {
     IPCHeader header;
     std::string text;
@@ -105,52 +114,49 @@ struct Reply {
 class RawClient {
 public:
     explicit RawClient(int port) : m_socket(piSocket::connectLoopback(port)) {}
-    ~RawClient() { piSocket::close(m_socket); }
+    ~RawClient() { close(); }
     RawClient(const RawClient&) = delete;
     RawClient& operator=(const RawClient&) = delete;
 
     bool connected() const { return m_socket != piSocket::invalid; }
     unsigned int socket() const { return m_socket; }
-    bool sendBytes(const std::string& bytes) {
-        return piSocket::sendAll(m_socket, bytes.data(), bytes.size()) ==
-               static_cast<long>(bytes.size());
-    }
-    static std::string frame(const std::string& script) {
-        return lengthPrefix(script.size()) + script;
-    }
+    bool sendBytes(const std::string& bytes) { return sendAll(m_socket, bytes); }
     static std::string lengthPrefix(std::size_t length) {
         char prefix[4];
         ipcWriteInt(prefix, static_cast<std::int32_t>(length));
         return std::string(prefix, 4);
     }
+    static std::string frame(const std::string& script) {
+        return lengthPrefix(script.size()) + script;
+    }
     bool sendScript(const std::string& script) { return sendBytes(frame(script)); }
     // The next reply, or nothing when none came within milliseconds or the stream ended.
     std::optional<Reply> readReply(long milliseconds = 5000) {
-        if (piSocket::waitReadable(m_socket, milliseconds) <= 0)
-            return std::nullopt;
         char header[IPCHeader::size];
-        if (piSocket::receiveAll(m_socket, header, sizeof header) != IPCHeader::size)
+        if (piSocket::waitReadable(m_socket, milliseconds) <= 0 ||
+            piSocket::receiveAll(m_socket, header, sizeof header) != IPCHeader::size)
             return std::nullopt;
         Reply reply{IPCHeader::decode(header), {}};
         reply.text.resize(static_cast<std::size_t>(std::max(reply.header.length, 0)));
         if (!reply.text.empty() &&
             piSocket::receiveAll(m_socket, reply.text.data(), reply.text.size()) !=
-                static_cast<long>(reply.text.size()))
+                long(reply.text.size()))
             return std::nullopt;
         return reply;
     }
-    std::string request(const std::string& script) {
-        if (!sendScript(script))
-            return "<send failed>";
-        const std::optional<Reply> reply = readReply();
+    // The text of the next reply, or "<no reply>".
+    std::string replyText(long milliseconds = 5000) {
+        const std::optional<Reply> reply = readReply(milliseconds);
         return reply ? reply->text : "<no reply>";
+    }
+    std::string request(const std::string& script) {
+        return sendScript(script) ? replyText() : "<send failed>";
     }
     // True when the server closed the stream within milliseconds.
     bool closedByServer(long milliseconds = 5000) {
-        if (piSocket::waitReadable(m_socket, milliseconds) <= 0)
-            return false;
         char byte;
-        return piSocket::receive(m_socket, &byte, 1) <= 0;
+        return piSocket::waitReadable(m_socket, milliseconds) > 0 &&
+               piSocket::receive(m_socket, &byte, 1) <= 0;
     }
     void close() {
         piSocket::close(m_socket);
@@ -161,13 +167,11 @@ private:
     unsigned int m_socket;
 };
 
-// A command server with test commands:
-//   "where"     answers an id of the thread its handler ran on; "here" the same, registered
-//               async, so it runs on the connection's own thread;
-//   "empty"     answers an empty text, "nulltext" a null text;
-//   "subscribe" sets the caller's broadcast flag; "announce TEXT" broadcasts TEXT;
-//   "count"     answers how many times the timeout command ran;
-//   "big"       answers 64 KiB of text.
+// A command server with test commands: "where" answers an id of the thread its handler ran
+// on, "here" the same registered async (so it runs on the connection's own thread); "empty"
+// answers an empty text, "nulltext" a null one; "subscribe" sets the caller's broadcast flag,
+// "announce TEXT" broadcasts TEXT; "count" answers how often the timeout command ran; "big"
+// answers 64 KiB.
 class TestServer : public TclCommandServer {
 public:
     explicit TestServer(bool withServicer = true) : m_withServicer(withServicer) {}
@@ -177,12 +181,9 @@ public:
     bool start() {
         if (!execute())
             return false;
-        if (m_withServicer && usingThreads()) {
+        if (m_withServicer && usingThreads())
             m_servicer = std::make_unique<TclCommandServicer>(this);
-            if (!m_servicer->activate())
-                return false;
-        }
-        return true;
+        return !m_servicer || m_servicer->activate();
     }
     void stop() {
         remove();
@@ -191,14 +192,14 @@ public:
 
     void addCommands(TclConnectionWithClient* connection) override {
         TclCommandServer::addCommands(connection);
-        add(connection, "where", &TestServer::whereCmd, false);
-        add(connection, "here", &TestServer::whereCmd, true);
-        add(connection, "empty", &TestServer::emptyCmd, false);
-        add(connection, "nulltext", &TestServer::nullCmd, false);
-        add(connection, "subscribe", &TestServer::subscribeCmd, false);
-        add(connection, "announce", &TestServer::announceCmd, false);
-        add(connection, "count", &TestServer::countCmd, false);
-        add(connection, "big", &TestServer::bigCmd, false);
+        const std::pair<const char*, Handler> commands[] = {
+            {"where", &TestServer::whereCmd},      {"empty", &TestServer::emptyCmd},
+            {"nulltext", &TestServer::nullCmd},    {"subscribe", &TestServer::subscribeCmd},
+            {"count", &TestServer::countCmd},      {"big", &TestServer::bigCmd},
+            {"announce", &TestServer::announceCmd}};
+        for (const auto& [name, handler] : commands)
+            connection->addCommand(name, static_cast<TclServerHandler>(handler), false);
+        connection->addCommand("here", static_cast<TclServerHandler>(&TestServer::whereCmd), true);
     }
     void connectionHasBeenRemoved(TclConnectionWithClient*) override { ++removed; }
     void serverIsListening(int port) override { listeningPort = port; }
@@ -210,23 +211,16 @@ public:
         m_lastError = errorText;
     }
     int connectionTimeoutMilliseconds() override { return timeoutMilliseconds; }
-
     std::string lastError() {
         std::lock_guard lock(m_mutex);
         return m_lastError;
     }
 
-    std::atomic<int> removed{0};
-    std::atomic<int> timeouts{0};
-    int listeningPort = 0;
-    int timeoutMilliseconds = 0;
+    std::atomic<int> removed{0}, timeouts{0};
+    int listeningPort = 0, timeoutMilliseconds = 0;
 
 private:
     using Handler = int (TestServer::*)(TclServerCommand*);
-    static void add(TclConnectionWithClient* connection, const char* name, Handler handler,
-                    bool async) {
-        connection->addCommand(name, static_cast<TclServerHandler>(handler), async);
-    }
     int reply(TclServerCommand* command, const std::string& text) {
         sendCmdResp(TCS_RESULT, text.c_str(), command);
         return 0;
@@ -245,9 +239,7 @@ private:
         return reply(command, getClientBroadcast(nullptr) ? "subscribed" : "not subscribed");
     }
     int announceCmd(TclServerCommand* command);
-    int countCmd(TclServerCommand* command) {
-        return reply(command, std::to_string(timeouts.load()));
-    }
+    int countCmd(TclServerCommand* command) { return reply(command, std::to_string(timeouts)); }
     int bigCmd(TclServerCommand* command) { return reply(command, std::string(64 * 1024, 'b')); }
     int timeoutCmd(TclServerCommand*) {
         ++timeouts;
@@ -265,7 +257,7 @@ private:
 // Counts the beeps instead of sounding them, for the lifetime of the object.
 class QuietSystem : public piSystem {
 public:
-    QuietSystem() { m_previous = piSystem::install(this); }
+    QuietSystem() : m_previous(piSystem::install(this)) {}
     ~QuietSystem() override { piSystem::install(m_previous); }
     void beep() const override { ++beeps; }
     mutable std::atomic<int> beeps{0};

@@ -10,7 +10,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <sys/stat.h>
 #include <tcl.h>
 
@@ -22,6 +21,8 @@ int TestServer::announceCmd(TclServerCommand* command) {
 }
 
 namespace {
+const std::string beeped = "Beep you back...";
+
 class TclCommandServerTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(server.start()); }
@@ -34,109 +35,75 @@ std::string beepScriptOfLength(std::size_t length) {
     script.resize(length, 'x');
     return script;
 }
+
+// A server on the port file at path, after the file was given text (none: no file).
+struct PortFileServer {
+    PortFileServer(const std::string& path, const char* text) : portFile(path.c_str()) {
+        std::remove(path.c_str());
+        if (text)
+            writeText(path, text);
+        server.setIPCPortFile(&portFile);
+    }
+    IPCPortFile portFile;
+    TestServer server;
+};
 } // namespace
 
 TEST_F(TclCommandServerTest, Beep_AnswersWithTheExactHeaderAndText) {
     RawClient client(server.port());
-    ASSERT_TRUE(client.connected());
     ASSERT_TRUE(client.sendScript("beep"));
     char raw[IPCHeader::size + 16];
     ASSERT_EQ(piSocket::waitReadable(client.socket(), 5000), 1);
     ASSERT_EQ(piSocket::receiveAll(client.socket(), raw, sizeof raw), long(sizeof raw));
-    const unsigned char expected[] = {0xC0, 0xCA, 0xC0, 0x1A, 0, 0,  0, 16, 0, 0,
-                                      0,    12,   0,    0,    0, 14, 0, 0,  0, 16};
-    EXPECT_EQ(std::string(raw, IPCHeader::size),
-              std::string(reinterpret_cast<const char*>(expected), sizeof expected));
-    EXPECT_EQ(std::string(raw + IPCHeader::size, 16), "Beep you back...");
+    const std::string header("\xC0\xCA\xC0\x1A\0\0\0\x10\0\0\0\x0C\0\0\0\x0E\0\0\0\x10", 20);
+    EXPECT_EQ(std::string(raw, sizeof raw), header + beeped);
     EXPECT_EQ(system.beeps.load(), 1);
 }
 
+// Empty and null texts are a bare header, which the next reply follows at once.
 TEST_F(TclCommandServerTest, Scripts_AnswerAsTheProtocolSays) {
-    struct Case {
-        const char* script;
-        const char* reply;
-    } cases[] = {
-        {"beep", "Beep you back..."},
-        {"no_such_command", "Bad command"},
-        {"set x 1", "<no reply>"}, // a script whose commands send nothing gets no reply
-        {"empty", ""},
-        {"nulltext", ""},
-        {"subscribe", "subscribed"},
-    };
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {"beep", {beeped}},
+        {"no_such_command", {"Bad command"}},
+        {"set x 1", {}}, // a script whose commands send nothing gets no reply
+        {"empty", {""}},
+        {"nulltext", {""}},
+        {"subscribe", {"subscribed"}},
+        {"beep; error boom", {beeped, "Bad command"}}, // both replies, in order
+        {"error {the reason}", {"Bad command"}}};
     RawClient client(server.port());
-    for (const Case& c : cases) {
-        ASSERT_TRUE(client.sendScript(c.script)) << c.script;
-        const std::optional<Reply> reply =
-            client.readReply(std::string(c.reply) == "<no reply>" ? 200 : 5000);
-        EXPECT_EQ(reply ? reply->text : "<no reply>", c.reply) << c.script;
-        if (reply) {
-            EXPECT_EQ(reply->header.length, reply->header.value) << c.script;
-            EXPECT_EQ(reply->header.reserved, 12);
-            EXPECT_EQ(reply->header.code, 14);
-        }
-    }
-    // A script that answered and then failed gets both replies, in order.
-    ASSERT_TRUE(client.sendScript("beep; error boom"));
-    for (const char* expected : {"Beep you back...", "Bad command"}) {
-        const std::optional<Reply> reply = client.readReply();
-        EXPECT_EQ(reply ? reply->text : "<no reply>", expected);
-    }
-}
-
-TEST_F(TclCommandServerTest, FailedScript_IsAnsweredBadCommandAndTheErrorGoesToTheApplication) {
-    RawClient client(server.port());
-    EXPECT_EQ(client.request("error {the reason}"), "Bad command");
-    EXPECT_EQ(server.lastError(), "the reason");
-}
-
-TEST_F(TclCommandServerTest, EmptyReply_IsABareHeaderWithBothLengthsZero) {
-    RawClient client(server.port());
-    for (const char* script : {"empty", "nulltext"}) {
+    for (const auto& [script, replies] : cases) {
         ASSERT_TRUE(client.sendScript(script));
-        const std::optional<Reply> reply = client.readReply();
-        ASSERT_TRUE(reply);
-        EXPECT_EQ(reply->header.length, 0);
-        EXPECT_EQ(reply->header.value, 0);
-        EXPECT_EQ(piSocket::waitReadable(client.socket(), 50), 0) << "nothing follows the header";
-    }
-}
-
-TEST_F(TclCommandServerTest, ScriptOf1023Bytes_IsReadWhole) {
-    RawClient client(server.port());
-    const std::string script = beepScriptOfLength(1022) + "\n";
-    ASSERT_EQ(script.size(), 1023u);
-    EXPECT_EQ(client.request(script), "Beep you back...");
-    EXPECT_EQ(client.request("beep"), "Beep you back...") << "no surplus was left behind";
-}
-
-TEST_F(TclCommandServerTest, ScriptOf1024BytesOrMore_IsCutAndItsSurplusReadAsTheNextHeader) {
-    struct Case {
-        std::size_t length;
-    } cases[] = {{1024}, {1027}, {1030}};
-    for (const Case& c : cases) {
-        RawClient client(server.port());
-        // 1023 bytes of script, then the surplus: the start of a length header for "beep",
-        // whose remaining header bytes and text are sent separately.
-        const std::string next = RawClient::frame("beep");
-        const std::size_t surplus = c.length - 1023;
-        ASSERT_LE(surplus, next.size());
-        std::string bytes = RawClient::lengthPrefix(c.length) + beepScriptOfLength(1023);
-        bytes += next.substr(0, surplus);
-        ASSERT_TRUE(client.sendBytes(bytes));
-        ASSERT_TRUE(client.sendBytes(next.substr(surplus)));
-        for (int reply = 0; reply < 2; ++reply) {
-            const std::optional<Reply> answer = client.readReply();
-            EXPECT_EQ(answer ? answer->text : "<no reply>", "Beep you back...")
-                << "length " << c.length << ", reply " << reply;
+        for (const std::string& expected : replies) {
+            const std::optional<Reply> reply = client.readReply();
+            EXPECT_EQ(reply ? reply->text : "<no reply>", expected) << script;
+            EXPECT_TRUE(reply && reply->header.length == reply->header.value) << script;
         }
+        EXPECT_FALSE(client.readReply(replies.empty() ? 200 : 20)) << script;
+    }
+    EXPECT_EQ(server.lastError(), "the reason") << "the error goes to the application";
+}
+
+// Up to 1023 bytes of script are read whole; of a longer one the first 1023 bytes run and the
+// surplus is read as the start of the next header.
+TEST_F(TclCommandServerTest, ScriptOver1023Bytes_IsCutAndItsSurplusReadAsTheNextHeader) {
+    const std::string next = RawClient::frame("beep");
+    for (const std::size_t length : {1023, 1024, 1027, 1030}) {
+        RawClient client(server.port());
+        const std::size_t surplus = length - 1023;
+        ASSERT_TRUE(client.sendBytes(RawClient::lengthPrefix(length) + beepScriptOfLength(1023) +
+                                     next.substr(0, surplus)));
+        ASSERT_TRUE(client.sendBytes(next.substr(surplus)));
+        EXPECT_EQ(client.replyText(), beeped) << length;
+        EXPECT_EQ(client.replyText(), beeped) << length;
+        EXPECT_FALSE(client.readReply(20)) << length;
     }
 }
 
 TEST_F(TclCommandServerTest, QuitCommands_CloseTheConnectionAndFreeItsSlot) {
     for (const char* script : {"quit", "exit", "disconnect"}) {
         RawClient client(server.port());
-        ASSERT_EQ(client.request("beep"), "Beep you back...");
-        ASSERT_TRUE(eventually([&] { return server.numConnections() == 1; }));
+        ASSERT_EQ(client.request("beep"), beeped);
         ASSERT_TRUE(client.sendScript(script));
         EXPECT_TRUE(client.closedByServer()) << script;
         EXPECT_TRUE(eventually([&] { return server.numConnections() == 0; })) << script;
@@ -145,40 +112,32 @@ TEST_F(TclCommandServerTest, QuitCommands_CloseTheConnectionAndFreeItsSlot) {
 }
 
 TEST_F(TclCommandServerTest, BrokenClients_AreTakenAsQuitWithTheirLogLines) {
-    struct Case {
-        const char* name;
-        std::string bytes;
-        const char* logLine;
-    } cases[] = {
-        {"closes mid-header", std::string("\0\0", 2),
-         "\nTclConnectionWithClient failed to read header, received = 2\n"},
-        {"closes at once", "", "\nTclConnectionWithClient failed to read header, received = 0\n"},
-        {"sends an empty script", RawClient::lengthPrefix(0),
-         "\nTclConnectionWithClient failed to read message, received 0 bytes out of 0\n"},
-        {"closes mid-script", RawClient::lengthPrefix(10) + "bee",
-         "\nTclConnectionWithClient received 'bee'\n"},
-    };
-    for (const Case& c : cases) {
+    const std::pair<std::string, const char*> cases[] = {
+        {std::string("\0\0", 2), "failed to read header, received = 2\n"}, // closes mid-header
+        {"", "failed to read header, received = 0\n"},                     // closes at once
+        {RawClient::lengthPrefix(0), "failed to read message, received 0 bytes out of 0\n"},
+        {RawClient::lengthPrefix(10) + "bee", "received 'bee'\n"}}; // closes mid-script
+    for (const auto& [bytes, logLine] : cases) {
         LogCapture log;
         {
             RawClient client(server.port());
-            ASSERT_TRUE(client.connected());
-            ASSERT_TRUE(eventually([&] { return server.numConnections() == 1; })) << c.name;
-            ASSERT_TRUE(c.bytes.empty() || client.sendBytes(c.bytes)) << c.name;
+            ASSERT_TRUE(eventually([&] { return server.numConnections() == 1; })) << logLine;
+            ASSERT_TRUE(bytes.empty() || client.sendBytes(bytes)) << logLine;
         }
-        EXPECT_TRUE(eventually([&] { return server.numConnections() == 0; })) << c.name;
-        EXPECT_TRUE(eventually([&] { return log.contains("thread terminating"); })) << c.name;
-        EXPECT_TRUE(log.contains(c.logLine)) << c.name << "\n" << log.captured();
+        EXPECT_TRUE(eventually([&] { return server.numConnections() == 0; })) << logLine;
+        EXPECT_TRUE(eventually([&] { return log.contains("thread terminating"); })) << logLine;
+        EXPECT_TRUE(log.contains(std::string("\nTclConnectionWithClient ") + logLine))
+            << log.captured();
     }
     RawClient survivor(server.port());
-    EXPECT_EQ(survivor.request("beep"), "Beep you back...");
+    EXPECT_EQ(survivor.request("beep"), beeped);
 }
 
 TEST_F(TclCommandServerTest, SendResp_LogsTheTextTheByteCountAndADump) {
     RawClient client(server.port());
     ASSERT_EQ(client.request("where"), client.request("where"));
     LogCapture log;
-    ASSERT_EQ(client.request("beep"), "Beep you back...");
+    ASSERT_EQ(client.request("beep"), beeped);
     // The lines of one response come from one thread, together; the reply may reach the
     // client before the last of them is written.
     const std::string expected = "\nTclConnectionWithClient::sendResp of 'Beep you back...'\n"
@@ -194,15 +153,11 @@ TEST_F(TclCommandServerTest, SendResp_LogsTheTextTheByteCountAndADump) {
 }
 
 TEST_F(TclCommandServerTest, HandOver_RunsSyncCommandsOnTheServicingThreadAndAsyncOnesOnTheirOwn) {
-    RawClient first(server.port());
-    RawClient second(server.port());
-    const std::string servicerOfFirst = first.request("where");
-    const std::string servicerOfSecond = second.request("where");
-    const std::string ownOfFirst = first.request("here");
-    const std::string ownOfSecond = second.request("here");
-    EXPECT_EQ(servicerOfFirst, servicerOfSecond) << "one servicing thread for every client";
-    EXPECT_NE(ownOfFirst, ownOfSecond) << "each client has its own thread";
-    EXPECT_NE(ownOfFirst, servicerOfFirst);
+    RawClient first(server.port()), second(server.port());
+    const std::string servicer = first.request("where"), ownOfFirst = first.request("here");
+    EXPECT_EQ(second.request("where"), servicer) << "one servicing thread for every client";
+    EXPECT_NE(second.request("here"), ownOfFirst) << "each client has its own thread";
+    EXPECT_NE(ownOfFirst, servicer);
 }
 
 TEST_F(TclCommandServerTest, SixteenClients_AreServedAtOnceAndASeventeenthIsRefused) {
@@ -215,29 +170,25 @@ TEST_F(TclCommandServerTest, SixteenClients_AreServedAtOnceAndASeventeenthIsRefu
     EXPECT_TRUE(refused.closedByServer()) << "the seventeenth gets the end of the stream";
     std::vector<std::thread> threads;
     std::atomic<int> answered{0};
-    for (auto& client : clients) {
+    for (auto& client : clients)
         threads.emplace_back([&answered, raw = client.get()] {
             for (int i = 0; i < 20; ++i)
-                answered += raw->request("beep") == "Beep you back...";
+                answered += raw->request("beep") == beeped;
         });
-    }
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(answered.load(), 16 * 20);
     clients.pop_back();
     ASSERT_TRUE(eventually([&] { return server.numConnections() == 15; }));
     RawClient seventeenth(server.port());
-    EXPECT_EQ(seventeenth.request("beep"), "Beep you back...") << "a freed slot is used again";
+    EXPECT_EQ(seventeenth.request("beep"), beeped) << "a freed slot is used again";
 }
 
 TEST_F(TclCommandServerTest, Broadcast_ReachesOnlySubscribedClients) {
-    RawClient listener(server.port());
-    RawClient bystander(server.port());
-    RawClient speaker(server.port());
+    RawClient listener(server.port()), bystander(server.port()), speaker(server.port());
     ASSERT_EQ(listener.request("subscribe"), "subscribed");
     ASSERT_TRUE(speaker.sendScript("announce hello"));
-    const std::optional<Reply> heard = listener.readReply();
-    EXPECT_EQ(heard ? heard->text : "<none>", "hello");
+    EXPECT_EQ(listener.replyText(), "hello");
     EXPECT_FALSE(bystander.readReply(100));
     EXPECT_FALSE(speaker.readReply(100));
 }
@@ -268,20 +219,18 @@ TEST(TclCommandServerSafety, SafeInterpreters_RefuseFileAccessThatNormalOnesAllo
         server.setSafeInterpreters(safe);
         ASSERT_TRUE(server.start());
         RawClient client(server.port());
-        EXPECT_EQ(client.request("close [open /dev/null]; beep"),
-                  safe ? "Bad command" : "Beep you back...");
+        EXPECT_EQ(client.request("close [open /dev/null]; beep"), safe ? "Bad command" : beeped);
     }
 }
 
 TEST(TclCommandServerTimer, TimeoutCommand_RunsWhenNoClientConnected) {
     QuietSystem system;
     LogCapture log;
-    TestServer server;
+    TestServer server, busy;
     server.timeoutMilliseconds = 50;
+    busy.timeoutMilliseconds = 200;
     ASSERT_TRUE(server.start());
     EXPECT_TRUE(eventually([&] { return server.timeouts.load() == 1; }));
-    TestServer busy;
-    busy.timeoutMilliseconds = 200;
     ASSERT_TRUE(busy.start());
     RawClient client(busy.port());
     std::this_thread::sleep_for(std::chrono::milliseconds(400));
@@ -305,72 +254,54 @@ TEST(TclCommandServerNoThreads, PollingMode_ServesClientsOnTheCallersThread) {
         Tcl_FinalizeThread();
     });
     {
-        RawClient first(server.port());
-        RawClient second(server.port());
-        EXPECT_EQ(first.request("beep"), "Beep you back...");
+        RawClient first(server.port()), second(server.port());
+        EXPECT_EQ(first.request("beep"), beeped);
         EXPECT_EQ(second.request("nonsense"), "Bad command");
         EXPECT_EQ(first.request("where"), second.request("here")) << "one thread does it all";
         ASSERT_TRUE(first.sendScript("quit"));
         EXPECT_TRUE(first.closedByServer());
-        EXPECT_EQ(second.request("beep"), "Beep you back...");
+        EXPECT_EQ(second.request("beep"), beeped);
     }
     EXPECT_TRUE(eventually([&] { return server.numConnections() == 0; }));
     stop = true;
     poller.join();
-    EXPECT_EQ(server.numConnections(), 0);
 }
 
 TEST(TclCommandServerPortFile, OwnerOne_ListensOnTheStoredPortAndLeavesTheFile) {
     const std::string path = ::testing::TempDir() + "tq_owner1.port";
-    // Find a free port by letting the system choose one for a server that then stops.
     int port;
     {
-        IPCPortFile probe(path.c_str());
-        TestServer server;
-        server.setIPCPortFile(&probe);
-        ASSERT_TRUE(server.start());
-        port = server.port();
+        PortFileServer probe(path, nullptr); // a free port, chosen by the system
+        ASSERT_TRUE(probe.server.start());
+        port = probe.server.port();
     }
-    {
-        std::ofstream out(path);
-        out << "port = " << port << "\nowner = 1\n";
-    }
-    IPCPortFile portFile(path.c_str());
+    const std::string text = "port = " + std::to_string(port) + "\nowner = 1\n";
     QuietSystem system;
-    TestServer server;
-    server.setIPCPortFile(&portFile);
-    ASSERT_TRUE(server.start());
-    EXPECT_EQ(server.port(), port);
+    PortFileServer owned(path, text.c_str());
+    ASSERT_TRUE(owned.server.start());
+    EXPECT_EQ(owned.server.port(), port);
     RawClient client(port);
-    EXPECT_EQ(client.request("beep"), "Beep you back...");
-    server.stop();
-    std::ifstream in(path);
-    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(text, "port = " + std::to_string(port) + "\nowner = 1\n") << "not rewritten";
+    EXPECT_EQ(client.request("beep"), beeped);
+    owned.server.stop();
+    EXPECT_EQ(readText(path), text) << "not rewritten";
     std::remove(path.c_str());
 }
 
 TEST(TclCommandServerPortFile, NoUsablePortFile_WritesOwnerTwoAndRemovesItOnStop) {
     const std::string path = ::testing::TempDir() + "tq_owner2.port";
-    for (const char* before : {"", "owner = 2\nport = 1\n", "port = 1\n"}) {
-        if (*before) {
-            std::ofstream out(path);
-            out << before;
-        }
-        IPCPortFile portFile(path.c_str());
-        TestServer server;
-        server.setIPCPortFile(&portFile);
+    for (const char* before :
+         {static_cast<const char*>(nullptr), "owner = 2\nport = 1\n", "port = 1\n"}) {
+        PortFileServer owned(path, before);
+        TestServer& server = owned.server;
         ASSERT_TRUE(server.start());
         EXPECT_EQ(server.listeningPort, server.port());
-        std::ifstream in(path);
-        std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-        EXPECT_EQ(text, "owner = 2\nport = " + std::to_string(server.port()) + "\n") << before;
+        EXPECT_EQ(readText(path), "owner = 2\nport = " + std::to_string(server.port()) + "\n");
         struct stat status {};
         ASSERT_EQ(::stat(path.c_str(), &status), 0);
         EXPECT_EQ(status.st_mode & 0777, 0600u) << "readable and writable by its owner only";
         EXPECT_STREQ(TclServerConnectionAcceptor::signalPortFilePath(), path.c_str());
         server.stop();
-        EXPECT_FALSE(std::filesystem::exists(path)) << before;
+        EXPECT_FALSE(std::filesystem::exists(path)) << (before ? before : "no file");
         EXPECT_STREQ(TclServerConnectionAcceptor::signalPortFilePath(), "");
     }
 }
@@ -380,37 +311,31 @@ TEST(TclCommandServerPortFile, UnusablePort_FailsWithTheBindMessage) {
     QuietSystem system;
     TestServer holder;
     ASSERT_TRUE(holder.start());
-    {
-        std::ofstream out(path);
-        out << "owner = 1\nport = " << holder.port() << "\n";
-    }
-    IPCPortFile portFile(path.c_str());
-    TestServer server;
-    server.setIPCPortFile(&portFile);
+    PortFileServer blocked(path,
+                           ("owner = 1\nport = " + std::to_string(holder.port()) + "\n").c_str());
     ::testing::internal::CaptureStderr();
-    EXPECT_FALSE(server.start());
+    EXPECT_FALSE(blocked.server.start());
     const std::string printed = ::testing::internal::GetCapturedStderr();
     EXPECT_EQ(printed.rfind("Communications error: bind(): Error = ", 0), 0u) << printed;
     std::remove(path.c_str());
 }
 
 TEST(TclConnectionWithClientStatic, EncodeRespAndWriteInt_GiveTheMarkersAndBigEndianBytes) {
-    struct Case {
-        TclServerRespType type;
-        const char* marker;
-    } cases[] = {{TCS_NONE, ""},
-                 {TCS_ERROR, "__TCS__ERROR__"},
-                 {TCS_RESULT, "__TCS__RESULT__"},
-                 {TCS_START_RESULT, "__TCS__START__RESULT__"},
-                 {TCS_END, "__TCS__END__"},
-                 {TCS_STATUS, "__TCS__STATUS__"},
-                 {TCS_PROMPT, "__TCS__PROMPT__"},
-                 {TCS_DISCONNECT, "__TCS__DISCONNECT__"},
-                 {static_cast<TclServerRespType>(8), ""}};
-    for (const Case& c : cases)
-        EXPECT_STREQ(TclConnectionWithClient::encodeResp(c.type), c.marker) << c.type;
+    // TCS_NONE to TCS_DISCONNECT, then a value that is no type
+    const char* const markers[] = {"",
+                                   "__TCS__ERROR__",
+                                   "__TCS__RESULT__",
+                                   "__TCS__START__RESULT__",
+                                   "__TCS__END__",
+                                   "__TCS__STATUS__",
+                                   "__TCS__PROMPT__",
+                                   "__TCS__DISCONNECT__",
+                                   ""};
+    for (int type = 0; type < 9; ++type) {
+        const auto respType = static_cast<TclServerRespType>(type);
+        EXPECT_STREQ(TclConnectionWithClient::encodeResp(respType), markers[type]) << type;
+    }
     char buffer[8] = {};
-    char* end = TclConnectionWithClient::writeInt(buffer, static_cast<int>(0xC0CAC01A));
-    EXPECT_EQ(end, buffer + 4);
+    EXPECT_EQ(TclConnectionWithClient::writeInt(buffer, static_cast<int>(0xC0CAC01A)), buffer + 4);
     EXPECT_EQ(std::string(buffer, 4), "\xC0\xCA\xC0\x1A");
 }

@@ -5,42 +5,20 @@
 
 #include <gtest/gtest.h>
 
-#include <dirent.h>
-#include <fstream>
+#include <filesystem>
 
 namespace {
 int openDescriptors() {
-    int count = 0;
-    DIR* directory = ::opendir("/proc/self/fd");
-    while (directory && ::readdir(directory))
-        ++count;
-    if (directory)
-        ::closedir(directory);
-    return count;
+    const std::filesystem::directory_iterator entries("/proc/self/fd");
+    return static_cast<int>(std::distance(begin(entries), end(entries)));
 }
 
 int threads() {
     std::ifstream status("/proc/self/status");
-    std::string line;
-    while (std::getline(status, line)) {
+    for (std::string line; std::getline(status, line);)
         if (line.rfind("Threads:", 0) == 0)
             return std::stoi(line.substr(8));
-    }
     return -1;
-}
-
-// The thread count once it has stopped changing: threads of connections that just ended
-// may take a moment to go.
-int settledThreads() {
-    int previous = threads();
-    for (int i = 0; i < 100; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        const int now = threads();
-        if (now == previous)
-            return now;
-        previous = now;
-    }
-    return previous;
 }
 } // namespace
 
@@ -55,7 +33,11 @@ TEST(TclServerReliability, TwoThousandConnectQuitCycles_LeaveDescriptorsAndThrea
         ASSERT_TRUE(warmUp.closedByServer());
     }
     ASSERT_TRUE(eventually([&] { return server.numConnections() == 0; }));
-    const int threadsBefore = settledThreads();
+    // The thread count once it stops changing: threads of connections that just ended may
+    // take a moment to go.
+    int threadsBefore = threads();
+    for (int i = 0; i < 100 && eventually([&] { return threads() != threadsBefore; }, 20); ++i)
+        threadsBefore = threads();
     const int descriptorsBefore = openDescriptors();
     for (int cycle = 0; cycle < 2000; ++cycle) {
         RawClient client(server.port());
@@ -63,11 +45,10 @@ TEST(TclServerReliability, TwoThousandConnectQuitCycles_LeaveDescriptorsAndThrea
         if (cycle % 4 == 0) {
             ASSERT_EQ(client.request("beep"), "Beep you back...") << cycle;
         }
-        if (cycle % 2 == 0) {
+        if (cycle % 2 == 0) { // odd cycles just hang up, which the server takes as quit
             ASSERT_TRUE(client.sendScript("quit"));
             ASSERT_TRUE(client.closedByServer()) << cycle;
         }
-        // Odd cycles just hang up, which the server takes as quit.
     }
     RawClient after(server.port());
     EXPECT_EQ(after.request("beep"), "Beep you back...") << "the server still answers";
@@ -106,8 +87,7 @@ TEST(TclServerReliability, ClientsThatCloseWithoutReading_DoNotDisturbTheServer)
     // Few enough that the listen backlog of 5 does not make the clients' connects retry.
     for (int i = 0; i < 12; ++i) {
         RawClient client(server.port());
-        ASSERT_TRUE(client.sendScript("beep"));
-        ASSERT_TRUE(client.sendScript("beep"));
+        ASSERT_TRUE(client.sendScript("beep") && client.sendScript("beep"));
     }
     RawClient last(server.port());
     EXPECT_EQ(last.request("beep"), "Beep you back...");

@@ -24,12 +24,35 @@ protected:
     }
 };
 
-using Clock = std::chrono::steady_clock;
+class SyncSignalTest : public ::testing::Test {
+protected:
+    // Runs waiters threads that each wait up to milliseconds, sends with send once they all
+    // wait, and returns how many woke by a send.
+    int wakeWaiters(int waiters, long milliseconds, void (SyncSignal::*send)()) {
+        std::atomic<int> waiting{0}, woken{0};
+        std::vector<std::thread> threads;
+        for (int i = 0; i < waiters; ++i)
+            threads.emplace_back([&] {
+                resource.vAquire();
+                ++waiting;
+                woken += signal.vWait(milliseconds);
+                resource.vRelease();
+            });
+        while (waiting < waiters)
+            std::this_thread::yield();
+        resource.vAquire(); // taken once the last waiter waits
+        (signal.*send)();
+        resource.vRelease();
+        for (std::thread& thread : threads)
+            thread.join();
+        return woken;
+    }
+    ProtectedResource resource{"test"};
+    SyncSignal signal{resource};
+};
 } // namespace
 
-TEST(SyncSignal, SendBeforeWait_IsKeptAndConsumedByOneWait) {
-    ProtectedResource resource("test");
-    SyncSignal signal(resource);
+TEST_F(SyncSignalTest, SendBeforeWait_IsKeptAndConsumedByOneWait) {
     resource.vAquire();
     signal.vSend();
     EXPECT_TRUE(signal.vWait(-1));
@@ -45,16 +68,14 @@ TEST(SyncSignal, TimedWait_ReturnsFalseAfterItsLimitWithTheMutexHeld) {
     SyncSignal signal(resource);
     EXPECT_STREQ(resource.name(), "");
     resource.vAquire();
-    const auto start = Clock::now();
+    const auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(signal.vWait(30));
-    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(30));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(30));
     EXPECT_FALSE(resource.mutex().try_lock()) << "held again on return";
     resource.vRelease();
 }
 
-TEST(SyncSignal, SendFromAnotherThread_WakesAnUnlimitedWait) {
-    ProtectedResource resource("test");
-    SyncSignal signal(resource);
+TEST_F(SyncSignalTest, SendFromAnotherThread_WakesAnUnlimitedWait) {
     for (int round = 0; round < 200; ++round) {
         std::thread sender([&] {
             resource.vAquire();
@@ -68,54 +89,15 @@ TEST(SyncSignal, SendFromAnotherThread_WakesAnUnlimitedWait) {
     }
 }
 
-TEST(SyncSignal, SendAll_WakesEveryWaiterAndLeavesNoSendBehind) {
-    ProtectedResource resource("test");
-    SyncSignal signal(resource);
-    std::atomic<int> waiting{0};
-    std::atomic<int> woken{0};
-    std::vector<std::thread> waiters;
-    for (int i = 0; i < 4; ++i) {
-        waiters.emplace_back([&] {
-            resource.vAquire();
-            ++waiting;
-            if (signal.vWait(5000))
-                ++woken;
-            resource.vRelease();
-        });
-    }
-    while (waiting < 4)
-        std::this_thread::yield();
-    resource.vAquire();
-    signal.vSendAll();
-    resource.vRelease();
-    for (std::thread& waiter : waiters)
-        waiter.join();
-    EXPECT_EQ(woken.load(), 4);
+TEST_F(SyncSignalTest, SendAll_WakesEveryWaiterAndLeavesNoSendBehind) {
+    EXPECT_EQ(wakeWaiters(4, 5000, &SyncSignal::vSendAll), 4);
     resource.vAquire();
     EXPECT_FALSE(signal.vWait(0));
     resource.vRelease();
 }
 
-TEST(SyncSignal, OneSendWithManyWaiters_WakesExactlyOne) {
-    ProtectedResource resource("test");
-    SyncSignal signal(resource);
-    std::atomic<int> woken{0};
-    std::vector<std::thread> waiters;
-    for (int i = 0; i < 3; ++i) {
-        waiters.emplace_back([&] {
-            resource.vAquire();
-            if (signal.vWait(300))
-                ++woken;
-            resource.vRelease();
-        });
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    resource.vAquire();
-    signal.vSend();
-    resource.vRelease();
-    for (std::thread& waiter : waiters)
-        waiter.join();
-    EXPECT_EQ(woken.load(), 1);
+TEST_F(SyncSignalTest, OneSendWithManyWaiters_WakesExactlyOne) {
+    EXPECT_EQ(wakeWaiters(3, 300, &SyncSignal::vSend), 1);
 }
 
 TEST(ThreadMainObject, Activate_RunsTheThreadOnceAndFinishes) {

@@ -16,6 +16,7 @@
 #include <string>
 #include <sys/wait.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -32,26 +33,18 @@ std::string readFile(const std::string& path) {
 // A child process whose standard output goes to a file; ended by its pid if it overstays.
 class Process {
 public:
-    Process(std::vector<std::string> arguments, const std::string& outputPath,
-            std::vector<std::string> extraEnvironment = {})
+    Process(std::vector<std::string> arguments, const std::string& outputPath)
         : m_outputPath(outputPath) {
         std::vector<char*> argv;
         for (std::string& argument : arguments)
             argv.push_back(argument.data());
         argv.push_back(nullptr);
-        std::vector<std::string> environment(extraEnvironment);
-        for (char** variable = environ; *variable; ++variable)
-            environment.emplace_back(*variable);
-        std::vector<char*> envp;
-        for (std::string& variable : environment)
-            envp.push_back(variable.data());
-        envp.push_back(nullptr);
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, 1, outputPath.c_str(),
                                          O_WRONLY | O_CREAT | O_TRUNC, 0600);
         posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-        if (posix_spawn(&m_pid, argv[0], &actions, nullptr, argv.data(), envp.data()) != 0)
+        if (posix_spawn(&m_pid, argv[0], &actions, nullptr, argv.data(), environ) != 0)
             m_pid = -1;
         posix_spawn_file_actions_destroy(&actions);
     }
@@ -131,26 +124,20 @@ protected:
 
 TEST_F(ToolsTest, Tqsend_PrintsEachReplyAndExitsWithTheProtocolsOutcome) {
     startServer();
-    struct Case {
-        std::vector<std::string> scripts;
-        const char* output;
-        int status;
-    } cases[] = {
-        {{"beep"}, "Beep you back...\n", 0},
-        {{"version"}, nullptr, 0},
+    const std::string beeped = "Beep you back...\n", version = tqVersionString();
+    const std::tuple<std::vector<std::string>, std::string, int> cases[] = {
+        {{"beep"}, beeped, 0},
+        {{"version"}, version + "\n", 0},
         {{"result {expr 6*7}", "result {string toupper abc}"}, "42\nABC\n", 0},
         {{"nonsense"}, "Bad command\n", 1},
         {{"result {error x}"}, "Bad command\n", 1},
-        {{"set x 1", "beep"}, "Beep you back...\n", 0},
-        {{"beep; beep"}, "Beep you back...\nBeep you back...\n", 0},
-        {{"quit", "beep"}, "", 0},
-    };
-    for (const Case& c : cases) {
-        const Result result = send(c.scripts, 300);
-        EXPECT_EQ(result.status, c.status) << c.scripts[0];
-        EXPECT_EQ(result.output,
-                  c.output ? std::string(c.output) : std::string(tqVersionString()) + "\n")
-            << c.scripts[0];
+        {{"set x 1", "beep"}, beeped, 0},
+        {{"beep; beep"}, beeped + beeped, 0},
+        {{"quit", "beep"}, "", 0}};
+    for (const auto& [scripts, output, status] : cases) {
+        const Result result = send(scripts, 300);
+        EXPECT_EQ(result.status, status) << scripts[0];
+        EXPECT_EQ(result.output, output) << scripts[0];
     }
 }
 
@@ -162,83 +149,61 @@ TEST_F(ToolsTest, Tqsend_ExitsTwoWhenTheServerCannotBeReached) {
     stale.setPort(1); // nothing listens on port 1 of this machine's loopback
     ASSERT_TRUE(stale.writePortFile());
     EXPECT_EQ(send({"beep"}).status, 2) << "nobody listening";
-    Process usage({TQ_TQSEND, "--port-file", portFile}, temp("usage.out"));
-    EXPECT_EQ(usage.wait(), 2) << "no script";
+    EXPECT_EQ(Process({TQ_TQSEND, "--port-file", portFile}, temp("usage.out")).wait(), 2)
+        << "no script";
     std::remove(portFile.c_str());
 }
 
 TEST_F(ToolsTest, TclClient_DrivesTheServerFromARealTclsh) {
     startServer();
-    const std::string script = temp("client.tcl");
-    {
-        std::ofstream out(script);
-        out << "package require tarqclient\n"
-               "set chan [tarqclient::connect {"
-            << portFile
-            << "}]\n"
-               "puts [tarqclient::send $chan beep]\n"
-               "puts [tarqclient::send $chan {result {string length [string repeat x 2000]}}]\n"
-               "puts [tarqclient::send $chan nonsense]\n"
-               "puts [catch {tarqclient::send $chan {set y 1} 200} message]:$message\n"
-               "puts [tarqclient::send $chan {result {encoding convertto utf-8 \u00e9}}]\n"
-               "tarqclient::close $chan\n"
-               "source [file join {" TQ_TCL_PACKAGE_DIR "} tarqclient tarqclient.tcl]\n"
-               "set again [tarqclient::connect {"
-            << portFile
-            << "}]\n"
-               "puts [tarqclient::send $again {result {expr 2+3}}]\n"
-               "tarqclient::send $again quit 200\n";
-    }
-    Process tclsh({TQ_TCLSH, script}, temp("tclsh.out"), {"TCLLIBPATH=" TQ_TCL_PACKAGE_DIR});
+    const std::string script = temp("client.tcl"),
+                      connect = "tarqclient::connect {" + portFile + "}";
+    std::ofstream(script)
+        << "package require tarqclient\nset chan [" << connect << "]\n"
+        << "puts [tarqclient::send $chan beep]\n"
+           "puts [tarqclient::send $chan {result {string length [string repeat x 2000]}}]\n"
+           "puts [tarqclient::send $chan nonsense]\n"
+           "puts [catch {tarqclient::send $chan {set y 1} 200} message]:$message\n"
+           "puts [tarqclient::send $chan {result {encoding convertto utf-8 \u00e9}}]\n"
+           "tarqclient::close $chan\n"
+           "source [file join {" TQ_TCL_PACKAGE_DIR "} tarqclient tarqclient.tcl]\n"
+        << "set again [" << connect << "]\n"
+        << "puts [tarqclient::send $again {result {expr 2+3}}]\n"
+           "tarqclient::send $again quit 200\n";
+    ::setenv("TCLLIBPATH", TQ_TCL_PACKAGE_DIR, 1);
+    Process tclsh({TQ_TCLSH, script}, temp("tclsh.out"));
     ASSERT_EQ(tclsh.wait(), 1) << "the last send ends with the closed connection: "
                                << tclsh.output();
-    EXPECT_EQ(tclsh.output(), "Beep you back...\n"
-                              "2000\n"
-                              "Bad command\n"
-                              "1:tarqclient: no reply within 200 ms\n"
-                              "\u00c3\u00a9\n"
-                              "5\n");
+    EXPECT_EQ(tclsh.output(), "Beep you back...\n2000\nBad command\n"
+                              "1:tarqclient: no reply within 200 ms\n\u00c3\u00a9\n5\n");
     std::remove(script.c_str());
 }
 
 TEST_F(ToolsTest, Shutdown_StopsTheServerAndRemovesThePortFile) {
-    struct Case {
-        std::vector<std::string> options;
-        const char* how;
-    } cases[] = {
-        {{}, "shutdown"},
-        {{"--no-threads"}, "shutdown"},
-        {{}, "SIGTERM"},
-        {{"--no-threads", "--safe"}, "SIGTERM"},
-    };
-    for (const Case& c : cases) {
-        startServer(c.options);
+    const std::pair<std::vector<std::string>, bool> cases[] = {
+        {{}, true}, {{"--no-threads"}, true}, {{}, false}, {{"--no-threads", "--safe"}, false}};
+    for (const auto& [options, byCommand] : cases) {
+        startServer(options);
         EXPECT_EQ(send({"beep"}).output, "Beep you back...\n");
-        if (std::string(c.how) == "shutdown")
+        if (byCommand)
             EXPECT_EQ(send({"shutdown"}).status, 0);
         else
             ::kill(server->pid(), SIGTERM);
-        EXPECT_EQ(server->wait(), 0) << c.how;
-        EXPECT_FALSE(std::filesystem::exists(portFile)) << c.how;
+        EXPECT_EQ(server->wait(), 0) << (byCommand ? "shutdown" : "SIGTERM");
+        EXPECT_FALSE(std::filesystem::exists(portFile));
     }
 }
 
-TEST_F(ToolsTest, Timeout_StopsAServerNoClientUsed) {
-    for (const char* mode : {"--timeout-ms", "--no-threads"}) {
-        std::vector<std::string> options{"--timeout-ms", "100"};
-        if (std::string(mode) == "--no-threads")
-            options.push_back(mode);
-        startServer(options);
-        EXPECT_EQ(server->wait(), 0) << mode;
-        EXPECT_FALSE(std::filesystem::exists(portFile)) << mode;
-    }
-}
-
-TEST_F(ToolsTest, Timeout_SparesAServerWithAClientConnected) {
+// The timer stops a server that no client used, and spares one with a client connected.
+TEST_F(ToolsTest, Timeout_StopsOnlyAServerNoClientUses) {
     for (const bool noThreads : {false, true}) {
-        std::vector<std::string> options{"--timeout-ms", "150"};
+        std::vector<std::string> options{"--timeout-ms", "100"};
         if (noThreads)
             options.push_back("--no-threads");
+        startServer(options);
+        EXPECT_EQ(server->wait(), 0) << noThreads;
+        EXPECT_FALSE(std::filesystem::exists(portFile)) << noThreads;
+        options[1] = "150";
         startServer(options);
         IPCPortFile file(portFile.c_str());
         ASSERT_TRUE(file.readPortFile());
@@ -258,15 +223,14 @@ TEST_F(ToolsTest, SafeServer_RefusesFileAccessInResultScripts) {
     EXPECT_EQ(send({"result {llength {a b c}}"}).output, "3\n");
 }
 
+// The signal goes on to the disposition the server replaced: the default action, or a
+// sanitizer's report (which ends the process with its own status) in sanitized builds.
 TEST_F(ToolsTest, FatalSignal_RemovesThePortFileAndStillEndsTheServer) {
-    // The signal goes on to the disposition the server replaced: the default action, or a
-    // sanitizer's report (which ends the process with its own status) in sanitized builds.
     for (const int signal : {SIGABRT, SIGSEGV}) {
         startServer();
         ::kill(server->pid(), signal);
         const int status = server->wait();
-        EXPECT_NE(status, 0) << signal;
-        EXPECT_NE(status, -1) << "the server ended";
+        EXPECT_TRUE(status != 0 && status != -1) << signal << ": " << status;
         if (signal == SIGABRT) {
             EXPECT_EQ(status, 128 + SIGABRT);
         }
