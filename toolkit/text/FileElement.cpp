@@ -29,6 +29,17 @@ FileElement& FileElement::emptyElement() {
     return empty;
 }
 
+SingleFileElement::SingleFileElement(const Token& token, unsigned textSize)
+    : m_token(reinterpret_cast<char*>(this + 1), textSize) {
+    m_token.setValue(token.text(), token.length());
+    m_token.setType(token.type());
+}
+
+SingleFileElement* SingleFileElement::make(const Token& token) {
+    unsigned textSize = token.length() + 1;
+    return new (textSize) SingleFileElement(token, textSize);
+}
+
 std::ostream& SingleFileElement::printOn(std::ostream& out) const {
     return out << m_token.text();
 }
@@ -77,7 +88,7 @@ std::ostream& MultipleFileElement::printOn(std::ostream& out) const {
 }
 
 void MultipleFileElement::addToken(const Token& token) {
-    m_children.add(new SingleFileElement(token));
+    m_children.add(SingleFileElement::make(token));
 }
 
 void MultipleFileElement::addFileElement(FileElement& element) {

@@ -4,6 +4,7 @@
 #include "core/TarqToolkit.h"
 #include "core/iTaskDescription.h"
 
+#include <cassert>
 #include <cstring>
 #include <iostream>
 #include <sstream>
@@ -79,6 +80,7 @@ void Scanner::shutDown() {
 }
 
 void Scanner::setType(int c, ScanType t, ScanType* table) {
+    assert(t >= 0 && t < ST_COUNT && "Scanner::setType: not a ScanType");
     if (table && c >= 0 && c < 256)
         table[c] = t;
 }
@@ -156,6 +158,7 @@ void Scanner::init(ScanType* table) {
     m_token = new Token(m_buffer, bufferSize);
     m_token->setType(ST_NONE);
     m_table = table ? table : defaultTypeTable();
+    updateWordMask();
     setInput(&std::cin);
 }
 
@@ -182,12 +185,14 @@ void Scanner::copySettings(const Scanner& other) {
     m_negativeNumber = other.m_negativeNumber;
     m_allowSlashDotInWords = other.m_allowSlashDotInWords;
     m_allowSquareBracketsInWords = other.m_allowSquareBracketsInWords;
+    updateWordMask();
     m_numRead = other.m_numRead;
     m_endCounted = other.m_endCounted;
     m_task = other.m_task;
     m_keywords = other.m_keywords;
     m_pushed = other.m_pushed;
     std::memcpy(m_pushback, other.m_pushback, sizeof m_pushback);
+    refreshInput();
 }
 
 void Scanner::freeOwned() {
@@ -200,6 +205,7 @@ void Scanner::setInput(std::istream* in) {
     m_buf = in->rdbuf();
     m_pushed = 0;
     m_endCounted = false;
+    refreshInput();
 }
 
 void Scanner::setString(const char* text) {
@@ -214,26 +220,51 @@ void Scanner::setString(const char* text) {
 // The stream's state is checked once per character and the bytes are taken straight from its
 // buffer: going through istream::get would pay a sentry per character.
 inline int Scanner::nextChar() {
-    if (m_pushed > 0)
-        return static_cast<unsigned char>(m_pushback[--m_pushed]);
-    if (!m_in->good() || !m_buf) {
-        if (m_in->eof() && !m_endCounted) {
-            m_endCounted = true;
-            ++m_numRead;
-        }
-        return -1;
-    }
-    int c = m_buf->sbumpc();
-    ++m_numRead;
-    if (c == std::char_traits<char>::eof()) {
+    if (m_fast) [[likely]] {
+        int c = m_buf->sbumpc();
+        ++m_numRead;
+        if (c != std::char_traits<char>::eof()) [[likely]]
+            return c;
         m_in->setstate(std::ios_base::eofbit);
+        m_fast = false;
         m_endCounted = true;
         return -1;
     }
+    return slowNextChar();
+}
+
+inline void Scanner::refreshInput() {
+    m_fast = m_pushed == 0 && m_buf && m_in->good();
+}
+
+int Scanner::slowNextChar() {
+    if (m_pushed > 0) {
+        int c = static_cast<unsigned char>(m_pushback[--m_pushed]);
+        refreshInput();
+        return c;
+    }
+    refreshInput();
+    if (m_fast)
+        return nextChar();
+    if (m_in->eof() && !m_endCounted) {
+        m_endCounted = true;
+        ++m_numRead;
+    }
+    return -1;
+}
+
+// The next character without consuming it, -1 at end of input.
+inline int Scanner::peekNext() {
+    if (m_fast) {
+        int c = m_buf->sgetc();
+        return c == std::char_traits<char>::eof() ? -1 : c;
+    }
+    int c = nextChar();
+    unread(c);
     return c;
 }
 
-void Scanner::unread(int c) {
+inline void Scanner::unread(int c) {
     if (c < 0) {
         if (m_endCounted) {
             m_endCounted = false;
@@ -243,14 +274,15 @@ void Scanner::unread(int c) {
     }
     --m_numRead;
     char ch = static_cast<char>(c);
-    if (m_pushed == 0 && m_in->good() && m_buf &&
-        m_buf->sputbackc(ch) != std::char_traits<char>::eof())
+    if (m_fast && m_buf->sputbackc(ch) != std::char_traits<char>::eof())
         return;
     if (m_pushed < static_cast<int>(sizeof m_pushback))
         m_pushback[m_pushed++] = ch;
+    m_fast = false;
 }
 
 bool Scanner::getChar(char& c) {
+    refreshInput();
     bool wasAtEnd = m_in->eof();
     int read = nextChar();
     if (read >= 0) {
@@ -265,6 +297,7 @@ bool Scanner::getChar(char& c) {
 }
 
 bool Scanner::peekChar(char& c) {
+    refreshInput();
     bool wasAtEnd = m_in->eof();
     int read = nextChar();
     unread(read);
@@ -275,6 +308,7 @@ bool Scanner::peekChar(char& c) {
 }
 
 void Scanner::putback(char c) {
+    refreshInput();
     unread(c == '\0' && m_in->eof() && m_pushed == 0 ? -1 : static_cast<unsigned char>(c));
 }
 
@@ -282,7 +316,7 @@ bool Scanner::testGood() const {
     return m_pushed > 0 || m_in->good() || (m_in->eof() && !m_in->bad() && !m_in->fail());
 }
 
-void Scanner::setEndToken() {
+inline void Scanner::setEndToken() {
     if (m_token->text() != m_buffer)
         m_token->layOver(m_buffer, bufferSize);
     m_buffer[0] = '\0';
@@ -295,9 +329,16 @@ void Scanner::setEndToken() {
 // over one character per rescan. A table that gives NUL the class `space` skips whole runs.
 // Existing parsers depend on both behaviours.
 void Scanner::skipwhite() {
+    skipWhiteRun();
+}
+
+inline void Scanner::skipWhiteRun() {
     int c = 0;
-    while ((m_pushed > 0 || m_in->good()) && (typeOf(static_cast<char>(c)) == ST_SPACE ||
-                                              typeOf(static_cast<char>(c)) == ST_NEWLINE)) {
+    auto isWhite = [this](int c) {
+        ScanType type = typeOf(static_cast<char>(c));
+        return type == ST_SPACE || type == ST_NEWLINE;
+    };
+    while (isWhite(c) && testGood()) {
         c = nextChar();
         if (c < 0)
             return;
@@ -307,6 +348,7 @@ void Scanner::skipwhite() {
 }
 
 long Scanner::skipComment(long max) {
+    refreshInput();
     int c = nextChar();
     if (c < 0) {
         unread(c);
@@ -336,26 +378,14 @@ long Scanner::skipComment(long max) {
 
 // --- Tokens -----------------------------------------------------------------------------------
 
-bool Scanner::isAllowableInWord(ScanType type) const {
-    switch (type) {
-    case ST_LETTER:
-    case ST_NUMBER:
-    case ST_BASE_HEX:
-    case ST_BASE_DEC:
-    case ST_BASE_BIN:
-    case ST_BASE_OCT:
-        return true;
-    case ST_POINT:
-    case ST_LBRACKET:
-    case ST_RBRACKET:
-    case ST_DOUBLEQUOTE:
-        return m_allowSlashDotInWords != 0;
-    case ST_SLASH2:
-    case ST_BACKSLASH:
-        return m_allowSquareBracketsInWords != 0;
-    default:
-        return false;
-    }
+void Scanner::updateWordMask() {
+    auto bit = [](ScanType t) { return std::uint64_t{1} << t; };
+    m_wordMask = bit(ST_LETTER) | bit(ST_NUMBER) | bit(ST_BASE_HEX) | bit(ST_BASE_DEC) |
+                 bit(ST_BASE_BIN) | bit(ST_BASE_OCT);
+    if (m_allowSlashDotInWords)
+        m_wordMask |= bit(ST_POINT) | bit(ST_LBRACKET) | bit(ST_RBRACKET) | bit(ST_DOUBLEQUOTE);
+    if (m_allowSquareBracketsInWords)
+        m_wordMask |= bit(ST_SLASH2) | bit(ST_BACKSLASH);
 }
 
 bool Scanner::checkKeyword() const {
@@ -366,56 +396,116 @@ bool Scanner::checkKeyword() const {
     return m_keywords->find(key.c_str()) != nullptr;
 }
 
-void Scanner::finish(ScanType type) {
+inline void Scanner::finish(ScanType type) {
     m_buffer[m_stored] = '\0';
     m_token->m_length = m_stored;
     m_token->m_type = type;
 }
 
-void Scanner::scanWord() {
-    for (;;) {
-        int c = nextChar();
-        if (c < 0) {
-            unread(c);
-            break;
+// Stores characters while their class is in mask and returns the first one that is not,
+// consumed (-1 at end of input). With dropCR a carriage return is read and dropped. The loop
+// works on local copies, since every character stored could otherwise alias the scanner's
+// members and force them to be reloaded.
+template <bool dropCR>
+inline int Scanner::takeRun(std::uint64_t mask) {
+    if (!m_fast) {
+        for (;;) {
+            int c = nextChar();
+            if (c < 0)
+                return c;
+            ScanType type = typeOf(static_cast<char>(c));
+            if (dropCR && type == ST_CR)
+                continue;
+            if (!((mask >> (type & 63)) & 1))
+                return c;
+            store(static_cast<char>(c));
         }
-        ScanType type = typeOf(static_cast<char>(c));
-        if (type == ST_CR)
-            continue;
-        if (!isAllowableInWord(type)) {
-            unread(c);
-            break;
-        }
-        store(static_cast<char>(c));
     }
+    // Characters are gathered in a local chunk first: a store into the scanner's buffer
+    // could alias the stream buffer's read pointer and force it out of its register.
+    std::streambuf* buf = m_buf;
+    const ScanType* table = m_table;
+    unsigned long read = 0;
+    constexpr int chunkSize = 64;
+    char chunk[chunkSize];
+    int inChunk = 0;
+    int c;
+    for (;;) {
+        c = buf->sbumpc();
+        if (c == std::char_traits<char>::eof())
+            break;
+        ++read;
+        ScanType type = c >= 128 ? ST_LETTER : table[c];
+        if (!((mask >> (type & 63)) & 1)) [[unlikely]] {
+            if (dropCR && type == ST_CR)
+                continue;
+            break;
+        }
+        chunk[inChunk++] = static_cast<char>(c);
+        if (inChunk == chunkSize) [[unlikely]] {
+            storeChunk(chunk, inChunk);
+            inChunk = 0;
+        }
+    }
+    storeChunk(chunk, inChunk);
+    m_numRead += read;
+    if (c == std::char_traits<char>::eof()) {
+        m_in->setstate(std::ios_base::eofbit);
+        m_fast = false;
+        m_endCounted = true;
+        ++m_numRead;
+        return -1;
+    }
+    return c;
+}
+
+inline void Scanner::storeChunk(const char* chunk, int count) {
+    unsigned room = v_maxTokenLength - m_stored;
+    unsigned taken = static_cast<unsigned>(count) < room ? static_cast<unsigned>(count) : room;
+    std::memcpy(m_buffer + m_stored, chunk, taken);
+    m_stored += taken;
+}
+
+inline void Scanner::scanWord() {
+    unread(takeRun<true>(m_wordMask));
     finish(ST_WORD);
-    if (checkKeyword())
+    if (m_keywords && checkKeyword())
         m_token->m_type = ST_KEYWORD;
 }
 
-void Scanner::scanNumber() {
+namespace {
+
+constexpr std::uint64_t classBit(ScanType type) {
+    return std::uint64_t{1} << type;
+}
+
+constexpr std::uint64_t letterClasses = classBit(ST_LETTER) | classBit(ST_BASE_HEX) |
+                                        classBit(ST_BASE_DEC) | classBit(ST_BASE_BIN) |
+                                        classBit(ST_BASE_OCT);
+
+} // namespace
+
+inline void Scanner::scanNumber() {
     bool pointSeen = m_stored > 0 && m_buffer[m_stored - 1] == '.';
     bool exponentSeen = false;
     bool afterExponentLetter = false;
     bool isWord = false;
     for (;;) {
-        int c = nextChar();
+        int c = isWord                ? takeRun<true>(m_wordMask)
+                : afterExponentLetter ? nextChar()
+                                      : takeRun<true>(classBit(ST_NUMBER));
         if (c < 0) {
             unread(c);
             break;
         }
         char ch = static_cast<char>(c);
         ScanType type = typeOf(ch);
-        bool letter = type == ST_LETTER || scanTypeIsBase(type);
+        bool letter = (classBit(static_cast<ScanType>(type & 63)) & letterClasses) != 0;
         if (type == ST_CR)
             continue;
         if (isWord) {
-            if (!isAllowableInWord(type)) {
-                unread(c);
-                break;
-            }
-            store(ch);
-            continue;
+            unread(c);
+            break;
         }
         if (afterExponentLetter) {
             afterExponentLetter = false;
@@ -429,11 +519,8 @@ void Scanner::scanNumber() {
                 continue;
             }
         }
-        if (type == ST_NUMBER) {
-            store(ch);
-        } else if (type == ST_POINT && !pointSeen && !exponentSeen) {
-            int after = nextChar();
-            unread(after);
+        if (type == ST_POINT && !pointSeen && !exponentSeen) {
+            int after = peekNext();
             if (after >= 0 && typeOf(static_cast<char>(after)) == ST_POINT) {
                 unread(c);
                 break;
@@ -455,36 +542,34 @@ void Scanner::scanNumber() {
     finish(isWord ? ST_WORD : ST_NUMBER);
 }
 
-void Scanner::scanString() {
+inline void Scanner::scanString() {
     bool keepQuotes = isAllowableInWord(ST_DOUBLEQUOTE);
     if (keepQuotes)
         store('"');
+    constexpr std::uint64_t inside = ~(classBit(ST_DOUBLEQUOTE) | classBit(ST_BACKSLASH));
     for (;;) {
-        int c = nextChar();
+        int c = takeRun<false>(inside);
         if (c < 0)
             break;
         char ch = static_cast<char>(c);
-        ScanType type = typeOf(ch);
-        if (type == ST_DOUBLEQUOTE) {
+        if (typeOf(ch) == ST_DOUBLEQUOTE) {
             if (keepQuotes)
                 store(ch);
             break;
         }
         store(ch);
-        if (type == ST_BACKSLASH) {
-            c = nextChar();
-            if (c < 0)
-                break;
-            store(static_cast<char>(c));
-        }
+        c = nextChar();
+        if (c < 0)
+            break;
+        store(static_cast<char>(c));
     }
     finish(ST_STRING);
 }
 
 Token& Scanner::scanToken() {
+    if (m_token->text() != m_buffer)
+        m_token->layOver(m_buffer, bufferSize);
     for (;;) {
-        if (m_token->text() != m_buffer)
-            m_token->layOver(m_buffer, bufferSize);
         m_stored = 0;
         if (m_task && m_task->isCancelled()) {
             setEndToken();
@@ -497,19 +582,26 @@ Token& Scanner::scanToken() {
         }
         char ch = static_cast<char>(c);
         ScanType type = typeOf(ch);
-        bool rescan = false;
-        switch (type) {
-        case ST_LETTER:
+        if (type == ST_SPACE || type == ST_CR) {
+            if (type == ST_SPACE)
+                skipWhiteRun();
+            // A rescan goes through the virtual scanToken so that a subclass sees it; within
+            // that nested call further white space is passed over here, so that a long run of
+            // white space cannot exhaust the stack.
+            if (m_rescanDepth == 0) {
+                ++m_rescanDepth;
+                Token& next = scanToken();
+                --m_rescanDepth;
+                return next;
+            }
+            continue;
+        }
+        if (type == ST_LETTER) {
             store(ch);
             scanWord();
-            break;
-        case ST_SPACE:
-            skipwhite();
-            rescan = true;
-            break;
-        case ST_CR:
-            rescan = true;
-            break;
+            return *m_token;
+        }
+        switch (type) {
         case ST_QUOTE: {
             store(ch);
             int base = nextChar();
@@ -576,16 +668,6 @@ Token& Scanner::scanToken() {
             finish(type);
             break;
         }
-        if (!rescan)
-            return *m_token;
-        // A rescan goes through the virtual scanToken so that a subclass sees it; within that
-        // nested call further white space is passed over here, so that a long run of white
-        // space cannot exhaust the stack.
-        if (m_rescanDepth == 0) {
-            ++m_rescanDepth;
-            Token& next = scanToken();
-            --m_rescanDepth;
-            return next;
-        }
+        return *m_token;
     }
 }

@@ -8,6 +8,7 @@
 #include "text/ScanType.h"
 #include "text/Token.h"
 
+#include <cstdint>
 #include <iosfwd>
 
 class iTaskDescription;
@@ -71,9 +72,15 @@ public:
     // Lets a long scan be cancelled through the task (the scanner does not own it).
     void setTask(iTaskDescription& task) { m_task = &task; }
     iTaskDescription* task() const { return m_task; }
-    void setAllowSlashDotInWords(char allow) { m_allowSlashDotInWords = allow; }
+    void setAllowSlashDotInWords(char allow) {
+        m_allowSlashDotInWords = allow;
+        updateWordMask();
+    }
     char allowSlashDotInWords() const { return m_allowSlashDotInWords; }
-    void setAllowSquareBracketsInWords(char allow) { m_allowSquareBracketsInWords = allow; }
+    void setAllowSquareBracketsInWords(char allow) {
+        m_allowSquareBracketsInWords = allow;
+        updateWordMask();
+    }
     char allowSquareBracketsInWords() const { return m_allowSquareBracketsInWords; }
     // Characters read so far; characters put back are not counted.
     unsigned long numRead() const { return m_numRead; }
@@ -83,7 +90,9 @@ public:
     // point, both square brackets and the double quote; with allow-square-brackets-in-words
     // also for the second slash class and the backslash. The flags' names do not match the
     // classes they admit; existing tables rely on exactly this set.
-    bool isAllowableInWord(ScanType type) const;
+    bool isAllowableInWord(ScanType type) const {
+        return type >= 0 && type < 64 && ((m_wordMask >> type) & 1) != 0;
+    }
     // True if the current token's text, in upper case, is one of the keywords.
     bool checkKeyword() const;
     // The class of c in this scanner's table; bytes of 128 and above are always letters.
@@ -124,6 +133,16 @@ private:
     // The next byte (0..255), or -1 at end of input or on a read failure. The read that
     // first meets end of file counts as one character, as getChar's NUL does.
     inline int nextChar();
+    int slowNextChar();
+    int peekNext();
+    void storeChunk(const char* chunk, int count);
+    void skipWhiteRun();
+    template <bool dropCR>
+    int takeRun(std::uint64_t mask);
+    // Whether nextChar may read straight from the stream buffer: nothing is pushed back and
+    // the stream was good when the scanner was last entered.
+    void refreshInput();
+    void updateWordMask();
     // Puts back what nextChar returned and un-counts it.
     void unread(int c);
     void copySettings(const Scanner& other);
@@ -157,6 +176,9 @@ private:
     char m_pushback[4] = {};
     int m_pushed = 0;
     bool m_endCounted = false;
+    bool m_fast = false;
+    // Bit t set when isAllowableInWord(t).
+    std::uint64_t m_wordMask = 0;
     bool m_privateTable = false;
     unsigned m_stored = 0;
     int m_rescanDepth = 0;
