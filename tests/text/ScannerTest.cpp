@@ -1,5 +1,7 @@
 #include "text/Scanner.h"
 
+#include "core/iTaskDescription.h"
+
 #include "../support/ToolkitCycle.h"
 
 #include <gtest/gtest.h>
@@ -288,6 +290,16 @@ TEST(Scanner, ReadFailureEndsWithFalseAndAnEndToken) {
     EXPECT_EQ(scanner.token().type(), ST_END);
     EXPECT_FALSE(scanner.testGood());
     EXPECT_EQ(scanner.scanToken().type(), ST_END);
+}
+
+TEST(Scanner, CancelledTaskEndsTheTokenStream) {
+    iTaskDescription task;
+    Scanner scanner("one two", nullptr);
+    scanner.setTask(task);
+    EXPECT_STREQ(scanner.scanToken().text(), "one");
+    task.cancel();
+    EXPECT_EQ(scanner.scanToken().type(), ST_END);
+    EXPECT_EQ(scanner.numRead(), 3u) << "nothing is read once the task is cancelled";
 }
 
 class CountingScanner : public Scanner {

@@ -45,11 +45,13 @@ std::ostream& SingleFileElement::printOn(std::ostream& out) const {
 }
 
 MultipleFileElement::~MultipleFileElement() {
-    m_children.deleteContents();
+    for (FileElement* child : m_children)
+        delete child;
 }
 
 const FileElement* MultipleFileElement::child(short index) const {
-    return index >= 0 && index < m_children.size() ? m_children.at(index) : nullptr;
+    return index >= 0 && index < childCount() ? m_children[static_cast<std::size_t>(index)]
+                                              : nullptr;
 }
 
 ScanType MultipleFileElement::type(short index) const {
@@ -68,31 +70,40 @@ const Token& MultipleFileElement::token(short index) const {
 }
 
 short MultipleFileElement::numberOfElements() const {
-    return static_cast<short>(m_children.size() > 32767 ? 32767 : m_children.size());
+    return static_cast<short>(childCount() > 32767 ? 32767 : childCount());
 }
 
 FileElement& MultipleFileElement::element(int index) {
-    return index >= 0 && index < m_children.size() ? *m_children.at(index) : emptyElement();
+    return index >= 0 && index < childCount() ? *m_children[static_cast<std::size_t>(index)]
+                                              : emptyElement();
 }
 
 std::ostream& MultipleFileElement::printOn(std::ostream& out) const {
     if (key())
         out << key();
     out << '(';
-    for (int i = 0; i < m_children.size(); ++i) {
+    for (std::size_t i = 0; i < m_children.size(); ++i) {
         if (i > 0)
             out << ',';
-        m_children.at(i)->printOn(out);
+        m_children[i]->printOn(out);
     }
     return out << ')';
 }
 
 void MultipleFileElement::addToken(const Token& token) {
-    m_children.add(SingleFileElement::make(token));
+    adopt(SingleFileElement::make(token));
 }
 
 void MultipleFileElement::addFileElement(FileElement& element) {
-    m_children.add(&element);
+    adopt(&element);
+}
+
+// Most lists hold a few items (a keyword's arguments), so the first addition makes room for
+// four at once rather than growing one by one.
+void MultipleFileElement::adopt(FileElement* element) {
+    if (m_children.empty())
+        m_children.reserve(4);
+    m_children.push_back(element);
 }
 
 bool FileSection::badSectionNotifier(const char* message, short number) {

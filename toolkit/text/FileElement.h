@@ -3,13 +3,13 @@
 // keywords and sections a parser knows.
 #pragma once
 
-#include "core/Collections.h"
 #include "core/TqExport.h"
 #include "core/TqObject.h"
 #include "text/Token.h"
 
 #include <cstddef>
 #include <new>
+#include <vector>
 
 // A keyword or bracket a parser knows; tables of them end with a record whose name is null.
 struct KeywordDescriptor {
@@ -124,9 +124,11 @@ public:
 
 private:
     const FileElement* child(short index) const;
+    int childCount() const { return static_cast<int>(m_children.size()); }
+    void adopt(FileElement* element);
 
     const KeywordDescriptor* m_descriptor;
-    OC_<FileElement> m_children;
+    std::vector<FileElement*> m_children;
 };
 
 // A whole section of a file: its items and its descriptor.
