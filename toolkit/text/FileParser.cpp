@@ -12,14 +12,6 @@
 
 namespace {
 
-const char* keyOfKeyword(const KeywordDescriptor& descriptor) {
-    return descriptor.name;
-}
-
-const char* keyOfSection(const SectionDescriptor& descriptor) {
-    return descriptor.name;
-}
-
 const KeywordDescriptor* bracketDescriptor(ScanType open) {
     switch (open) {
     case ST_LPAREN:
@@ -62,15 +54,13 @@ private:
 
 FileParser::FileParser(std::istream& in, void* owner, SectionDescriptor** sections,
                        KeywordDescriptor* keywords)
-    : BasicParser(in, nullptr), m_owner(owner), m_sections(sections), m_keywords(keyOfKeyword),
-      m_sectionNames(keyOfSection) {
+    : BasicParser(in, nullptr), m_owner(owner), m_sections(sections) {
     loadTables(keywords);
 }
 
 FileParser::FileParser(const char* text, void* owner, SectionDescriptor** sections,
                        KeywordDescriptor* keywords)
-    : BasicParser(text, nullptr), m_owner(owner), m_sections(sections), m_keywords(keyOfKeyword),
-      m_sectionNames(keyOfSection) {
+    : BasicParser(text, nullptr), m_owner(owner), m_sections(sections) {
     loadTables(keywords);
 }
 
@@ -82,18 +72,22 @@ FileParser::~FileParser() {
 // A name listed twice keeps its first descriptor.
 void FileParser::loadTables(KeywordDescriptor* keywords) {
     for (KeywordDescriptor* keyword = keywords; keyword && keyword->name; ++keyword)
-        m_keywords.add(keyword);
+        m_keywords.emplace(keyword->name, keyword);
     for (SectionDescriptor** section = m_sections; section && *section; ++section)
         if ((*section)->name)
-            m_sectionNames.add(*section);
+            m_sectionNames.emplace((*section)->name, *section);
 }
 
 SectionDescriptor* FileParser::sectionDescriptor(const char* name) const {
-    return m_sectionNames.find(name);
+    if (!name)
+        return nullptr;
+    auto found = m_sectionNames.find(name);
+    return found == m_sectionNames.end() ? nullptr : found->second;
 }
 
 const KeywordDescriptor* FileParser::keywordDescriptor(const Token& token) const {
-    return m_keywords.find(token.text());
+    auto found = m_keywords.find(std::string_view(token.text(), token.length()));
+    return found == m_keywords.end() ? nullptr : found->second;
 }
 
 bool FileParser::enterNesting() {

@@ -3,12 +3,13 @@
 // writers write the same syntax:  Name( keyword(1,"2") word -3 [a b] <c> ) ...
 #pragma once
 
-#include "core/Collections.h"
 #include "core/TqExport.h"
 #include "text/BasicParser.h"
 #include "text/FileElement.h"
 
 #include <iosfwd>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 class TqObject;
@@ -94,8 +95,10 @@ private:
 
     void* m_owner;
     SectionDescriptor** m_sections;
-    HC_<KeywordDescriptor> m_keywords;
-    HC_<SectionDescriptor> m_sectionNames;
+    // Keyed by views of the descriptors' names, which outlive the parser: a lookup per word
+    // then copies nothing.
+    std::unordered_map<std::string_view, KeywordDescriptor*> m_keywords;
+    std::unordered_map<std::string_view, SectionDescriptor*> m_sectionNames;
     std::vector<FileSection*> m_kept;
     int m_nesting = 0;
 };
