@@ -323,6 +323,20 @@ TEST_F(FileParserTest, BadSectionNotifierAppendsTheNumberAndCutsAt255) {
     }
 }
 
+TEST_F(FileParserTest, ElementsOfEverySizeKeepTheirTextThroughRecycling) {
+    for (int round = 0; round < 3; ++round) {
+        MultipleFileElement list;
+        for (unsigned length = 0; length < 600; length += 7)
+            list.addToken(
+                Token(ST_WORD, std::string(length, static_cast<char>('a' + round)).c_str()));
+        list.addFileElement(*new MultipleFileElement(&FileElement::squareBracketDescriptor));
+        for (short i = 0; i + 1 < list.numberOfElements(); ++i)
+            ASSERT_EQ(std::string(list.value(i)),
+                      std::string(i * 7u, static_cast<char>('a' + round)));
+        EXPECT_STREQ(list.element(list.numberOfElements() - 1).key(), "[");
+    }
+}
+
 TEST_F(FileParserTest, ModelParserKeepsItsOwner) {
     int model = 0;
     ModelParser parser("x", &model, nullptr);

@@ -47,6 +47,11 @@ private:
 // empty list, so readers check numberOfElements() where the shape matters.
 class TQ_EXPORT FileElement : public TqObject {
 public:
+    // Elements come from small per-thread pools of recycled blocks: a large read builds and
+    // frees millions of them, which the general heap serves much more slowly.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* block);
+
     static const KeywordDescriptor parenBracketDescriptor;  // "(", -1
     static const KeywordDescriptor angleBracketDescriptor;  // "<", -2
     static const KeywordDescriptor squareBracketDescriptor; // "[", -3
@@ -75,12 +80,10 @@ public:
     // the allocations of a large read; the caller deletes it as any other element.
     static SingleFileElement* make(const Token& token);
 
-    static void* operator new(std::size_t size) { return ::operator new(size); }
-    static void* operator new(std::size_t size, unsigned extra) {
-        return ::operator new(size + extra);
-    }
-    static void operator delete(void* block) { ::operator delete(block); }
-    static void operator delete(void* block, unsigned) { ::operator delete(block); }
+    using FileElement::operator new;
+    using FileElement::operator delete;
+    static void* operator new(std::size_t size, unsigned extra);
+    static void operator delete(void* block, unsigned extra);
 
     const char* key() const override { return nullptr; }
     short id() const override { return 0; }
