@@ -7,6 +7,7 @@
 #include "core/TqExport.h"
 #include "core/TqObject.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 

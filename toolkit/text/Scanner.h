@@ -48,7 +48,9 @@ public:
 
     // --- Scanning ------------------------------------------------------------------------------
     // Reads the next token into the current token and returns it; at end of input, and while
-    // the task is cancelled, the token is `end` with empty text.
+    // the task is cancelled, the token is `end` with empty text. After a white-space character
+    // the scan starts again through this virtual function, once per run of white space, so
+    // that an override sees the rescan.
     virtual Token& scanToken();
     // The current token (its text lives in the scanner's buffer until the next scan).
     Token& token() { return *m_token; }
@@ -82,7 +84,8 @@ public:
         updateWordMask();
     }
     char allowSquareBracketsInWords() const { return m_allowSquareBracketsInWords; }
-    // Characters read so far; characters put back are not counted.
+    // Characters read so far; characters put back are not counted, and the end of input
+    // counts as one character once it has been read (as the NUL that getChar returns).
     unsigned long numRead() const { return m_numRead; }
 
     // --- Classes -------------------------------------------------------------------------------
