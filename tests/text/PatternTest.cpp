@@ -1,0 +1,231 @@
+#include "text/Pattern.h"
+#include "WildcardPattern.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <map>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <typeinfo>
+
+namespace {
+
+constexpr int kNoMatch = -1;
+
+// Where longestMatch ends, as an offset into s, or kNoMatch.
+int longestOffset(const Pattern& pattern, const char* s) {
+    const char* end = pattern.longestMatch(s);
+    return end != nullptr ? static_cast<int>(end - s) : kNoMatch;
+}
+
+TEST(PatternMatch, EachElementKindFollowsTheLongestMatchRules) {
+    struct Case {
+        const char* pattern;
+        const char* subject;
+        int longest;
+    } cases[] = {
+        {"*", "", 0},
+        {"*", "any text", 8},
+        {"ab*", "ab", 2},
+        {"ab*", "abcd", 4},
+        {"ab*", "a", kNoMatch},
+        {"ab*", "xab", kNoMatch},
+        {"ab", "AB", kNoMatch},
+        {"ab", "abc", 2},
+        {"a*b", "abab", 4},
+        {"a*b", "abbax", 3},
+        {"a?", "a", 1},
+        {"a?", "abc", 2},
+        {"a?b", "ab", 2},
+        {"a?b", "axb", 3},
+        {"a?b", "axxb", kNoMatch},
+        {"??", "abc", 2},
+        {"?", "", 0},
+        {"[,;]", "ab;c", 2},
+        {"[,;]", "abc", 3},
+        {"[,;]", ";", 0},
+        {"[,;],", "ab,c", 3},
+        {"[,]b", "a,b", kNoMatch},
+        {"[,]*", "a,b", 3},
+        {"^,", "ab,c", 2},
+        {"^,", "abc", 3},
+        {"^,,*", "ab,c", 4},
+        {"^,x", "abx,", 3},
+        {"ab|-", "ab", 2},
+        {"ab|-", "ab---", 5},
+        {"ab|-", "ab-c", 3},
+        {"ab|-", "abc", kNoMatch},
+        {"ab|-c", "ab--c", 5},
+        {"|-", "x", kNoMatch},
+        {"a*a*a*b", "aaaaaaaa", kNoMatch},
+        {"a*a*a", "aaaaaaaa", 8},
+    };
+    for (const Case& c : cases) {
+        const WildcardPattern pattern(c.pattern);
+        EXPECT_EQ(longestOffset(pattern, c.subject), c.longest)
+            << c.pattern << " against \"" << c.subject << '"';
+        EXPECT_EQ(pattern.completeMatch(c.subject),
+                  c.longest == static_cast<int>(std::strlen(c.subject)))
+            << c.pattern << " against \"" << c.subject << '"';
+    }
+}
+
+TEST(PatternMatch, EmptyArgumentsStopOnlyAtTheEnd) {
+    WildcardPattern pattern("a");
+    pattern.addElement(new StringPatternElement(""));
+    pattern.addElement(new NCharsNotCharPatternElement(nullptr));
+    EXPECT_TRUE(pattern.completeMatch("abc"));
+    WildcardPattern separated("a");
+    separated.addElement(new SeparatorOrEndStrPatternElement(""));
+    EXPECT_TRUE(separated.completeMatch("a"));
+    EXPECT_FALSE(separated.completeMatch("ab"));
+}
+
+TEST(PatternMatch, WithoutElementsOrTextNothingMatches) {
+    const Pattern empty;
+    const Pattern textOnly("ab*");
+    WildcardPattern elementsOnly("ab*");
+    elementsOnly.setPattern(nullptr);
+    elementsOnly.addElement(new AnyNCharsPatternElement());
+    for (const Pattern* pattern : {&empty, &textOnly, static_cast<const Pattern*>(&elementsOnly)}) {
+        for (const char* s : {"", "ab", "abc"}) {
+            EXPECT_FALSE(pattern->completeMatch(s)) << s;
+            EXPECT_EQ(pattern->longestMatch(s), s) << "returned unchanged";
+        }
+    }
+    EXPECT_FALSE(WildcardPattern("*").completeMatch(nullptr));
+    EXPECT_EQ(WildcardPattern("*").longestMatch(nullptr), nullptr);
+}
+
+TEST(PatternMatch, AgreesWithPlainBacktrackingOnRandomPatterns) {
+    std::mt19937 random(20261122);
+    const std::string patternAlphabet = "ab-*?*[-]^a|-ab";
+    const std::string subjectAlphabet = "aab-";
+    for (int round = 0; round < 3000; ++round) {
+        std::string text, subject;
+        for (int i = std::uniform_int_distribution<>(1, 10)(random); i > 0; --i) {
+            text += patternAlphabet[random() % patternAlphabet.size()];
+        }
+        for (int i = std::uniform_int_distribution<>(0, 12)(random); i > 0; --i) {
+            subject += subjectAlphabet[random() % subjectAlphabet.size()];
+        }
+        const WildcardPattern pattern(text.c_str());
+        for (const PatternElement* e = pattern.firstElement(); e != nullptr; e = e->next()) {
+            ASSERT_EQ(e->match(subject.c_str()), reference::match(e, subject.c_str()))
+                << "pattern " << text << " from element " << typeid(*e).name() << " against "
+                << subject;
+        }
+    }
+}
+
+TEST(PatternMatch, ManyWildcardsOnLongStringsStayExact) {
+    const std::string as(3000, 'a');
+    EXPECT_EQ(WildcardPattern("a*a*a*a*a*a*a*a*a*b").longestMatch(as.c_str()), nullptr);
+    EXPECT_TRUE(WildcardPattern("a*a*a*a*a*a*a*a*a").completeMatch(as.c_str()));
+    EXPECT_EQ(longestOffset(WildcardPattern("?a?a?[b]"), as.c_str()), 3000);
+}
+
+TEST(PatternChain, RemoveLeadingPatternsDropsElementsFromTheFront) {
+    struct Case {
+        int remove;
+        const char* subject;
+        bool complete;
+        bool hasElements;
+    } cases[] = {{-1, "abxcd", true, true}, {0, "abxcd", true, true}, {1, "xxcd", true, true},
+                 {2, "cd", true, true},     {3, "", false, false},    {9, "", false, false}};
+    for (const Case& c : cases) {
+        WildcardPattern pattern("ab*cd");
+        pattern.removeLeadingPatterns(c.remove);
+        EXPECT_EQ(pattern.completeMatch(c.subject), c.complete) << c.remove;
+        EXPECT_EQ(pattern.firstElement() != nullptr, c.hasElements) << c.remove;
+        pattern.addElement(new StringPatternElement("!"));
+        EXPECT_EQ(pattern.completeMatch((std::string(c.subject) + "!").c_str()),
+                  c.complete || !c.hasElements)
+            << c.remove << ": appends after the remaining chain";
+    }
+}
+
+TEST(PatternChain, CopiesOwnTheirElementsAndMatchTheSame) {
+    auto original = std::make_unique<WildcardPattern>("x[,]^;|-?*");
+    const Pattern copied(*original);
+    Pattern assigned;
+    assigned = *original;
+    Pattern self(*original);
+    const Pattern& alias = self;
+    self = alias;
+    Pattern source(*original);
+    const Pattern moved(std::move(source));
+    const Pattern* copies[] = {&copied, &assigned, &self, &moved};
+    const char* subject = "xab;--c";
+    ASSERT_TRUE(original->completeMatch(subject));
+    for (const Pattern* copy : copies) {
+        EXPECT_STREQ(copy->pattern(), original->pattern());
+        const PatternElement* a = original->firstElement();
+        const PatternElement* b = copy->firstElement();
+        for (; a != nullptr && b != nullptr; a = a->next(), b = b->next()) {
+            EXPECT_NE(a, b);
+            EXPECT_EQ(typeid(*a), typeid(*b));
+            EXPECT_STREQ(a->string(), b->string());
+        }
+        EXPECT_EQ(a, b) << "chains of the same length";
+    }
+    original.reset();
+    for (const Pattern* copy : copies) {
+        EXPECT_TRUE(copy->completeMatch(subject));
+    }
+}
+
+TEST(PatternChain, ElementCopyKeepsKindAndArgumentButNotTheRest) {
+    const WildcardPattern pattern("ab*?[,;]^;|-");
+    for (const PatternElement* e = pattern.firstElement(); e != nullptr; e = e->next()) {
+        std::unique_ptr<PatternElement> copy(e->copy());
+        EXPECT_EQ(typeid(*copy), typeid(*e));
+        EXPECT_TRUE(e->string() == nullptr ? copy->string() == nullptr
+                                           : std::strcmp(e->string(), copy->string()) == 0);
+        EXPECT_EQ(copy->next(), nullptr);
+    }
+}
+
+TEST(PatternChain, SetPatternDropsTheChainAndKeepsTheText) {
+    WildcardPattern pattern("a*");
+    pattern.setPattern("b?");
+    EXPECT_EQ(pattern.firstElement(), nullptr);
+    EXPECT_STREQ(pattern.pattern(), "b?");
+    EXPECT_STREQ(pattern.asString(), "b?");
+    EXPECT_FALSE(pattern.completeMatch("a"));
+}
+
+TEST(PatternChain, VeryLongChainsMatchAndDeleteWithoutDeepRecursion) {
+    WildcardPattern pattern("");
+    for (int i = 0; i < 200000; ++i) {
+        pattern.addElement(new AnyOneCharPatternElement());
+    }
+    EXPECT_TRUE(pattern.completeMatch("abc"));
+    pattern.removeLeadingPatterns(100000);
+    EXPECT_TRUE(pattern.completeMatch(""));
+}
+
+TEST(CharCompareTest, OrdersByCharactersWithNullFirst) {
+    const CharCompare less;
+    EXPECT_TRUE(less("abc", "abd"));
+    EXPECT_TRUE(less("ab", "abc"));
+    EXPECT_FALSE(less("abc", "abc"));
+    EXPECT_FALSE(less("B", "A"));
+    EXPECT_TRUE(less(nullptr, ""));
+    EXPECT_FALSE(less(nullptr, nullptr));
+    EXPECT_FALSE(less("", nullptr));
+    std::string key = "beta";
+    std::map<const char*, int, CharCompare> byName{{"gamma", 3}, {"alpha", 1}};
+    byName[key.c_str()] = 2;
+    EXPECT_EQ(byName.count("beta"), 1u) << "found by contents, not by address";
+    std::ostringstream order;
+    for (const auto& [name, value] : byName) {
+        order << name << value;
+    }
+    EXPECT_EQ(order.str(), "alpha1beta2gamma3");
+}
+
+} // namespace

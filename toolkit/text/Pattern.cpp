@@ -1,0 +1,113 @@
+#include "text/Pattern.h"
+
+#include "core/StringFunctions.h"
+
+#include <cassert>
+#include <cstring>
+#include <ostream>
+#include <utility>
+
+Pattern::Pattern() = default;
+
+Pattern::Pattern(const char* text) : m_text(mem_strdup(text)) {}
+
+Pattern::Pattern(const Pattern& other) : TqObject(other), m_text(mem_strdup(other.m_text)) {
+    copyChainFrom(other);
+}
+
+Pattern& Pattern::operator=(const Pattern& other) {
+    if (this != &other) {
+        Pattern copy(other);
+        *this = std::move(copy);
+    }
+    return *this;
+}
+
+Pattern::Pattern(Pattern&& other) noexcept
+    : TqObject(other), m_first(std::exchange(other.m_first, nullptr)),
+      m_last(std::exchange(other.m_last, nullptr)), m_text(std::exchange(other.m_text, nullptr)) {}
+
+Pattern& Pattern::operator=(Pattern&& other) noexcept {
+    if (this != &other) {
+        cleanup();
+        m_first = std::exchange(other.m_first, nullptr);
+        m_last = std::exchange(other.m_last, nullptr);
+        m_text = std::exchange(other.m_text, nullptr);
+    }
+    return *this;
+}
+
+Pattern::~Pattern() {
+    cleanup();
+}
+
+void Pattern::copyChainFrom(const Pattern& other) {
+    for (const PatternElement* element = other.m_first; element != nullptr;
+         element = element->m_next) {
+        addElement(element->copy());
+    }
+}
+
+void Pattern::setPattern(const char* text) {
+    char* copy = mem_strdup(text);
+    cleanup();
+    m_text = copy;
+}
+
+void Pattern::addElement(PatternElement* element) {
+    assert(element != nullptr && "Pattern::addElement needs an element");
+    if (m_last != nullptr) {
+        m_last->m_next = element;
+    } else {
+        m_first = element;
+    }
+    m_last = element;
+    while (m_last->m_next != nullptr) {
+        m_last = m_last->m_next;
+    }
+}
+
+void Pattern::cleanup() {
+    delete m_first; // an element deletes the rest of its chain
+    m_first = nullptr;
+    m_last = nullptr;
+    delete[] m_text;
+    m_text = nullptr;
+}
+
+void Pattern::removeLeadingPatterns(int n) {
+    for (; n > 0 && m_first != nullptr; --n) {
+        PatternElement* first = std::exchange(m_first, m_first->m_next);
+        first->m_next = nullptr;
+        delete first;
+    }
+    if (m_first == nullptr) {
+        m_last = nullptr;
+    }
+}
+
+bool Pattern::completeMatch(const char* s) const {
+    if (m_first == nullptr || m_text == nullptr || s == nullptr) {
+        return false;
+    }
+    const char* end = m_first->match(s);
+    return end != nullptr && *end == '\0';
+}
+
+const char* Pattern::longestMatch(const char* s) const {
+    if (m_first == nullptr || m_text == nullptr) {
+        return s;
+    }
+    return m_first->match(s);
+}
+
+std::ostream& Pattern::printOn(std::ostream& out) const {
+    return out << (m_text != nullptr ? m_text : "");
+}
+
+bool CharCompare::operator()(const char* a, const char* b) const {
+    if (a == nullptr || b == nullptr) {
+        return a == nullptr && b != nullptr;
+    }
+    return std::strcmp(a, b) < 0;
+}
