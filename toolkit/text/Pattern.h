@@ -37,11 +37,11 @@ public:
     // --- Matching ----------------------------------------------------------------------------
     // True only if the whole of s matches the chain; false without elements, without text,
     // or for a null s.
-    bool completeMatch(const char* s) const;
+    [[nodiscard]] bool completeMatch(const char* s) const;
     // The end of the longest match of the chain at the start of s, as a pointer into s, or
     // null when the chain does not match there (or s is null). Without elements or text the
     // pattern matches nothing and s is returned unchanged.
-    const char* longestMatch(const char* s) const;
+    [[nodiscard]] const char* longestMatch(const char* s) const;
 
     // Writes the pattern text.
     std::ostream& printOn(std::ostream& out) const override;

@@ -39,6 +39,25 @@ void matchUpToStop(std::string_view text, std::span<const char* const> rest,
     }
 }
 
+// A scratch array on the stack when it is small (the usual case: short names, short
+// patterns), on the heap otherwise.
+template <typename T, std::size_t InlineSize>
+class ScratchArray {
+public:
+    explicit ScratchArray(std::size_t size) : m_size(size) {
+        if (size > InlineSize) {
+            m_heap.resize(size);
+        }
+    }
+    std::span<T> span() { return {m_size > InlineSize ? m_heap.data() : m_inline.data(), m_size}; }
+    T& operator[](std::size_t i) { return span()[i]; }
+
+private:
+    std::size_t m_size;
+    std::array<T, InlineSize> m_inline;
+    std::vector<T> m_heap;
+};
+
 } // namespace
 
 // --- PatternElement --------------------------------------------------------------------------
@@ -66,18 +85,26 @@ const char* PatternElement::match(const char* s) const {
         return nullptr;
     }
     const std::string_view text(s);
-    std::vector<const PatternElement*> chain;
+    std::size_t chainLength = 0;
     for (const PatternElement* element = this; element != nullptr; element = element->m_next) {
-        chain.push_back(element);
+        ++chainLength;
     }
-    // Past the last element the "rest" matches the empty chain: every position is its own end.
-    std::vector<const char*> rest(text.size() + 1);
-    std::vector<const char*> result(text.size() + 1);
-    for (std::size_t q = 0; q <= text.size(); ++q) {
+    ScratchArray<const PatternElement*, 32> chain(chainLength);
+    std::size_t index = 0;
+    for (const PatternElement* element = this; element != nullptr; element = element->m_next) {
+        chain[index++] = element;
+    }
+    // Two rows, swapped after each element. Past the last element the rest is the empty
+    // chain: every position is its own end.
+    const std::size_t positions = text.size() + 1;
+    ScratchArray<const char*, 2 * 128> rows(2 * positions);
+    std::span<const char*> rest = rows.span().first(positions);
+    std::span<const char*> result = rows.span().last(positions);
+    for (std::size_t q = 0; q < positions; ++q) {
         rest[q] = s + q;
     }
-    for (auto element = chain.rbegin(); element != chain.rend(); ++element) {
-        (*element)->matchEverywhere(text, rest, result);
+    while (index-- > 0) {
+        chain[index]->matchEverywhere(text, rest, result);
         std::swap(rest, result);
     }
     return rest[0];

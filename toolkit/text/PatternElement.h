@@ -27,11 +27,11 @@ public:
     // front, one row of results per element over every position of s (a table over element
     // and position), so a match takes O(elements x length) steps plus the literal
     // comparisons, never exponential time, and recurses nowhere.
-    virtual const char* match(const char* s) const;
+    [[nodiscard]] virtual const char* match(const char* s) const;
 
     // A new element of the same kind with the same argument and no next element; the caller
     // owns it.
-    virtual PatternElement* copy() const = 0;
+    [[nodiscard]] virtual PatternElement* copy() const = 0;
 
     // The rest of the chain (owned by this element), or null at the end.
     const PatternElement* next() const { return m_next; }
@@ -91,8 +91,9 @@ protected:
                          std::span<const char*> result) const override;
 };
 
-// Consumes characters up to, not including, the first one that is in its set (or up to the
-// end). The rest of the chain is tried at every position up to and including that stop.
+// Consumes characters up to, not including, the first one that is in its set, or up to the
+// end. The rest of the chain is tried at every position up to and including that stop (the
+// end of the string included), so the stop character itself is left for the rest.
 class TQ_EXPORT NCharsNotInStrPatternElement : public PatternElement {
 public:
     explicit NCharsNotInStrPatternElement(const char* set);
