@@ -3,11 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <memory>
 #include <random>
-#include <sstream>
 #include <string>
 #include <typeinfo>
 
@@ -178,17 +178,6 @@ TEST(PatternChain, CopiesOwnTheirElementsAndMatchTheSame) {
     }
 }
 
-TEST(PatternChain, ElementCopyKeepsKindAndArgumentButNotTheRest) {
-    const WildcardPattern pattern("ab*?[,;]^;|-");
-    for (const PatternElement* e = pattern.firstElement(); e != nullptr; e = e->next()) {
-        std::unique_ptr<PatternElement> copy(e->copy());
-        EXPECT_EQ(typeid(*copy), typeid(*e));
-        EXPECT_TRUE(e->string() == nullptr ? copy->string() == nullptr
-                                           : std::strcmp(e->string(), copy->string()) == 0);
-        EXPECT_EQ(copy->next(), nullptr);
-    }
-}
-
 TEST(PatternChain, SetPatternDropsTheChainAndKeepsTheText) {
     WildcardPattern pattern("a*");
     pattern.setPattern("b?");
@@ -209,23 +198,18 @@ TEST(PatternChain, VeryLongChainsMatchAndDeleteWithoutDeepRecursion) {
 }
 
 TEST(CharCompareTest, OrdersByCharactersWithNullFirst) {
+    const char* ascending[] = {nullptr, "", "B", "a", "ab", "abc", "abd"};
     const CharCompare less;
-    EXPECT_TRUE(less("abc", "abd"));
-    EXPECT_TRUE(less("ab", "abc"));
-    EXPECT_FALSE(less("abc", "abc"));
-    EXPECT_FALSE(less("B", "A"));
-    EXPECT_TRUE(less(nullptr, ""));
-    EXPECT_FALSE(less(nullptr, nullptr));
-    EXPECT_FALSE(less("", nullptr));
-    std::string key = "beta";
-    std::map<const char*, int, CharCompare> byName{{"gamma", 3}, {"alpha", 1}};
-    byName[key.c_str()] = 2;
-    EXPECT_EQ(byName.count("beta"), 1u) << "found by contents, not by address";
-    std::ostringstream order;
-    for (const auto& [name, value] : byName) {
-        order << name << value;
+    for (const char* a : ascending) {
+        for (const char* b : ascending) {
+            const bool aFirst = std::find(std::begin(ascending), std::end(ascending), a) <
+                                std::find(std::begin(ascending), std::end(ascending), b);
+            EXPECT_EQ(less(a, b), aFirst) << (a ? a : "null") << " < " << (b ? b : "null");
+        }
     }
-    EXPECT_EQ(order.str(), "alpha1beta2gamma3");
+    std::string key = "beta";
+    std::map<const char*, int, CharCompare> byName{{key.c_str(), 2}};
+    EXPECT_EQ(byName.count("beta"), 1u) << "found by contents, not by address";
 }
 
 } // namespace

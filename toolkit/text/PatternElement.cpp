@@ -25,10 +25,10 @@ char firstCharacter(const char* argument) {
     return argument != nullptr ? argument[0] : '\0';
 }
 
-// The step shared by the two "characters up to a stop" elements: at each position the rest
-// is tried there and at every later position up to and including the first stop character
-// (or the end), keeping the furthest result. Filled from the end, so each position reuses the
-// result of the one after it.
+// The step shared by the elements that consume characters up to a stop (any-characters never
+// stops): at each position the rest is tried there and at every later position up to and
+// including the first stop character or the end, keeping the furthest result. Filled from the
+// end, so each position reuses the result of the one after it instead of walking again.
 template <typename IsStop>
 void matchUpToStop(std::string_view text, std::span<const char* const> rest,
                    std::span<const char*> result, IsStop isStop) {

@@ -26,7 +26,8 @@ public:
     // The result is exactly that of backtracking over the chain, but it is computed back to
     // front, one row of results per element over every position of s (a table over element
     // and position), so a match takes O(elements x length) steps plus the literal
-    // comparisons, never exponential time, and recurses nowhere.
+    // comparisons, never exponential time, and recurses nowhere. Element kinds implement
+    // matchEverywhere; match calls that on every element of the chain.
     [[nodiscard]] virtual const char* match(const char* s) const;
 
     // A new element of the same kind with the same argument and no next element; the caller
