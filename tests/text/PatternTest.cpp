@@ -1,229 +1,215 @@
 #include "text/Pattern.h"
+#include "WildcardPattern.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <random>
 #include <string>
-#include <vector>
+#include <typeinfo>
 
 namespace {
 
-enum Kind { Literal, AnyN, AnyOne, NotInSet, NotChar, Separator };
+constexpr int kNoMatch = -1;
 
-struct Spec {
-    Kind kind;
-    std::string arg;
-};
-
-PatternElement* makeElement(const Spec& spec) {
-    const char* arg = spec.arg.c_str();
-    switch (spec.kind) {
-    case Literal:
-        return new StringPatternElement(arg);
-    case AnyN:
-        return new AnyNCharsPatternElement();
-    case AnyOne:
-        return new AnyOneCharPatternElement();
-    case NotInSet:
-        return new NCharsNotInStrPatternElement(arg);
-    case NotChar:
-        return new NCharsNotCharPatternElement(arg);
-    case Separator:
-        return new SeparatorOrEndStrPatternElement(arg);
-    }
-    return nullptr;
+// Where longestMatch ends, as an offset into s, or kNoMatch.
+int longestOffset(const Pattern& pattern, const char* s) {
+    const char* end = pattern.longestMatch(s);
+    return end != nullptr ? static_cast<int>(end - s) : kNoMatch;
 }
 
-class ChainPattern : public Pattern {
-public:
-    explicit ChainPattern(const std::vector<Spec>& specs, const char* text = "p") : Pattern(text) {
-        for (const Spec& spec : specs)
-            addElement(makeElement(spec));
-    }
-    using Pattern::cleanup;
-};
-
-// Plain backtracking over the chain, straight from the definitions of the elements: the
-// oracle that the memoised matcher must agree with.
-const char* reference(const std::vector<Spec>& specs, size_t i, const char* s, const char* end) {
-    auto rest = [&](const char* p) {
-        return i + 1 < specs.size() ? reference(specs, i + 1, p, end) : p;
+TEST(PatternMatch, EachElementKindFollowsTheLongestMatchRules) {
+    struct Case {
+        const char* pattern;
+        const char* subject;
+        int longest;
+    } cases[] = {
+        {"*", "", 0},
+        {"*", "any text", 8},
+        {"ab*", "ab", 2},
+        {"ab*", "abcd", 4},
+        {"ab*", "a", kNoMatch},
+        {"ab*", "xab", kNoMatch},
+        {"ab", "AB", kNoMatch},
+        {"ab", "abc", 2},
+        {"a*b", "abab", 4},
+        {"a*b", "abbax", 3},
+        {"a?", "a", 1},
+        {"a?", "abc", 2},
+        {"a?b", "ab", 2},
+        {"a?b", "axb", 3},
+        {"a?b", "axxb", kNoMatch},
+        {"??", "abc", 2},
+        {"?", "", 0},
+        {"[,;]", "ab;c", 2},
+        {"[,;]", "abc", 3},
+        {"[,;]", ";", 0},
+        {"[,;],", "ab,c", 3},
+        {"[,]b", "a,b", kNoMatch},
+        {"[,]*", "a,b", 3},
+        {"^,", "ab,c", 2},
+        {"^,", "abc", 3},
+        {"^,,*", "ab,c", 4},
+        {"^,x", "abx,", 3},
+        {"ab|-", "ab", 2},
+        {"ab|-", "ab---", 5},
+        {"ab|-", "ab-c", 3},
+        {"ab|-", "abc", kNoMatch},
+        {"ab|-c", "ab--c", 5},
+        {"|-", "x", kNoMatch},
+        {"a*a*a*b", "aaaaaaaa", kNoMatch},
+        {"a*a*a", "aaaaaaaa", 8},
     };
-    auto later = [](const char* a, const char* b) { return !a ? b : !b ? a : a > b ? a : b; };
-    const Spec& spec = specs[i];
-    switch (spec.kind) {
-    case Literal: {
-        if (static_cast<size_t>(end - s) < spec.arg.size() ||
-            std::memcmp(s, spec.arg.data(), spec.arg.size()) != 0)
-            return nullptr;
-        return rest(s + spec.arg.size());
+    for (const Case& c : cases) {
+        const WildcardPattern pattern(c.pattern);
+        EXPECT_EQ(longestOffset(pattern, c.subject), c.longest)
+            << c.pattern << " against \"" << c.subject << '"';
+        EXPECT_EQ(pattern.completeMatch(c.subject),
+                  c.longest == static_cast<int>(std::strlen(c.subject)))
+            << c.pattern << " against \"" << c.subject << '"';
     }
-    case AnyN: {
-        const char* best = nullptr;
-        for (const char* p = s; p <= end; ++p) {
-            best = later(best, rest(p));
-            if (best == end)
-                break;
+}
+
+TEST(PatternMatch, EmptyArgumentsStopOnlyAtTheEnd) {
+    WildcardPattern pattern("a");
+    pattern.addElement(new StringPatternElement(""));
+    pattern.addElement(new NCharsNotCharPatternElement(nullptr));
+    EXPECT_TRUE(pattern.completeMatch("abc"));
+    WildcardPattern separated("a");
+    separated.addElement(new SeparatorOrEndStrPatternElement(""));
+    EXPECT_TRUE(separated.completeMatch("a"));
+    EXPECT_FALSE(separated.completeMatch("ab"));
+}
+
+TEST(PatternMatch, WithoutElementsOrTextNothingMatches) {
+    const Pattern empty;
+    const Pattern textOnly("ab*");
+    WildcardPattern elementsOnly("ab*");
+    elementsOnly.setPattern(nullptr);
+    elementsOnly.addElement(new AnyNCharsPatternElement());
+    for (const Pattern* pattern : {&empty, &textOnly, static_cast<const Pattern*>(&elementsOnly)}) {
+        for (const char* s : {"", "ab", "abc"}) {
+            EXPECT_FALSE(pattern->completeMatch(s)) << s;
+            EXPECT_EQ(pattern->longestMatch(s), s) << "returned unchanged";
         }
-        return best;
     }
-    case AnyOne: {
-        const char* without = rest(s);
-        if (s == end || without == end)
-            return without;
-        return later(without, rest(s + 1));
-    }
-    case NotInSet:
-    case NotChar: {
-        const char* best = nullptr;
-        for (const char* p = s;; ++p) {
-            best = later(best, rest(p));
-            bool stops = p == end || (spec.kind == NotInSet ? spec.arg.find(*p) != std::string::npos
-                                                            : *p == spec.arg[0]);
-            if (stops || best == end)
-                break;
+    EXPECT_FALSE(WildcardPattern("*").completeMatch(nullptr));
+    EXPECT_EQ(WildcardPattern("*").longestMatch(nullptr), nullptr);
+}
+
+TEST(PatternMatch, AgreesWithPlainBacktrackingOnRandomPatterns) {
+    std::mt19937 random(20261122);
+    const std::string patternAlphabet = "ab-*?*[-]^a|-ab";
+    const std::string subjectAlphabet = "aab-";
+    for (int round = 0; round < 3000; ++round) {
+        std::string text, subject;
+        for (int i = std::uniform_int_distribution<>(1, 10)(random); i > 0; --i) {
+            text += patternAlphabet[random() % patternAlphabet.size()];
         }
-        return best;
+        for (int i = std::uniform_int_distribution<>(0, 12)(random); i > 0; --i) {
+            subject += subjectAlphabet[random() % subjectAlphabet.size()];
+        }
+        const WildcardPattern pattern(text.c_str());
+        for (const PatternElement* e = pattern.firstElement(); e != nullptr; e = e->next()) {
+            ASSERT_EQ(e->match(subject.c_str()), reference::match(e, subject.c_str()))
+                << "pattern " << text << " from element " << typeid(*e).name() << " against "
+                << subject;
+        }
     }
-    case Separator: {
-        const char* p = s;
-        while (p < end && *p == spec.arg[0])
-            ++p;
-        return p == s && p != end ? nullptr : rest(p);
+}
+
+TEST(PatternMatch, ManyWildcardsOnLongStringsStayExact) {
+    const std::string as(3000, 'a');
+    EXPECT_EQ(WildcardPattern("a*a*a*a*a*a*a*a*a*b").longestMatch(as.c_str()), nullptr);
+    EXPECT_TRUE(WildcardPattern("a*a*a*a*a*a*a*a*a").completeMatch(as.c_str()));
+    EXPECT_EQ(longestOffset(WildcardPattern("?a?a?[b]"), as.c_str()), 3000);
+}
+
+TEST(PatternChain, RemoveLeadingPatternsDropsElementsFromTheFront) {
+    struct Case {
+        int remove;
+        const char* subject;
+        bool complete;
+        bool hasElements;
+    } cases[] = {{-1, "abxcd", true, true}, {0, "abxcd", true, true}, {1, "xxcd", true, true},
+                 {2, "cd", true, true},     {3, "", false, false},    {9, "", false, false}};
+    for (const Case& c : cases) {
+        WildcardPattern pattern("ab*cd");
+        pattern.removeLeadingPatterns(c.remove);
+        EXPECT_EQ(pattern.completeMatch(c.subject), c.complete) << c.remove;
+        EXPECT_EQ(pattern.firstElement() != nullptr, c.hasElements) << c.remove;
+        pattern.addElement(new StringPatternElement("!"));
+        EXPECT_EQ(pattern.completeMatch((std::string(c.subject) + "!").c_str()),
+                  c.complete || !c.hasElements)
+            << c.remove << ": appends after the remaining chain";
     }
-    }
-    return nullptr;
 }
 
-struct MatchCase {
-    const char* name;
-    std::vector<Spec> chain;
-    const char* subject;
-    int longest; // characters matched, -1 for no match
-};
-
-class PatternMatches : public ::testing::TestWithParam<MatchCase> {};
-
-TEST_P(PatternMatches, LongestMatchAndCompleteMatchAgree) {
-    const MatchCase& c = GetParam();
-    ChainPattern pattern(c.chain);
-    const char* matched = pattern.longestMatch(c.subject);
-    EXPECT_EQ(matched ? static_cast<int>(matched - c.subject) : -1, c.longest);
-    EXPECT_EQ(pattern.completeMatch(c.subject),
-              c.longest == static_cast<int>(std::strlen(c.subject)));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Elements, PatternMatches,
-    ::testing::Values(
-        MatchCase{"AnyNMatchesEverything", {{AnyN, ""}}, "anything", 8},
-        MatchCase{"AnyNMatchesTheEmptyString", {{AnyN, ""}}, "", 0},
-        MatchCase{"LiteralThenAnyN", {{Literal, "clk"}, {AnyN, ""}}, "clk_div", 7},
-        MatchCase{"LiteralMismatch", {{Literal, "clk"}, {AnyN, ""}}, "Clk", -1},
-        MatchCase{"LiteralIsAPrefixMatch", {{Literal, "ab"}}, "abc", 2},
-        MatchCase{
-            "AnyNBacktracksToTheLastLiteral", {{AnyN, ""}, {Literal, "."}, {AnyN, ""}}, "a.b.c", 5},
-        MatchCase{"AnyNKeepsTheFurthestLiteral", {{AnyN, ""}, {Literal, "x"}}, "axbxc", 4},
-        MatchCase{"AnyOneConsumesOne", {{AnyOne, ""}}, "ab", 1},
-        MatchCase{"AnyOneAtTheEndConsumesNone", {{Literal, "a"}, {AnyOne, ""}}, "a", 1},
-        MatchCase{"AnyOneMayBeSkipped", {{AnyOne, ""}, {Literal, "b"}}, "b", 1},
-        MatchCase{"NotInSetStopsBeforeTheSetCharacter", {{NotInSet, "./"}}, "top.u1", 3},
-        MatchCase{"NotInSetThenLiteral", {{NotInSet, "."}, {Literal, ".u"}}, "top.u1", 5},
-        MatchCase{"NotInSetCannotCrossItsSet", {{NotInSet, "."}, {Literal, "1"}}, "a.1", -1},
-        MatchCase{"NotCharStopsAtItsCharacter", {{NotChar, "["}}, "bus[3]", 3},
-        MatchCase{"NotCharToTheEnd", {{NotChar, "["}}, "bus", 3},
-        MatchCase{"SeparatorRun", {{Literal, "a"}, {Separator, " "}}, "a   b", 4},
-        MatchCase{"SeparatorAtEnd", {{Literal, "a"}, {Separator, " "}}, "a", 1},
-        MatchCase{"SeparatorNeedsOne", {{Literal, "a"}, {Separator, " "}}, "ab", -1},
-        MatchCase{"SeparatorThenRest", {{Literal, "a"}, {Separator, "_"}, {AnyN, ""}}, "a__x", 4}),
-    [](const auto& info) { return std::string(info.param.name); });
-
-TEST(Pattern, WithoutElementsOrTextNothingMatches) {
-    ChainPattern empty({});
-    EXPECT_FALSE(empty.completeMatch(""));
-    EXPECT_FALSE(empty.completeMatch("x"));
-    const char* s = "abc";
-    EXPECT_EQ(empty.longestMatch(s), s);
-    ChainPattern noText({{AnyN, ""}}, nullptr);
-    EXPECT_FALSE(noText.completeMatch("x"));
-    EXPECT_EQ(noText.longestMatch(s), s);
-    EXPECT_FALSE(ChainPattern({{AnyN, ""}}).completeMatch(nullptr));
-}
-
-TEST(Pattern, RemoveLeadingPatternsDropsFromTheFrontAndClearsTheLastElement) {
-    ChainPattern pattern({{Literal, "a"}, {Literal, "b"}, {AnyN, ""}});
-    pattern.removeLeadingPatterns(1);
-    EXPECT_TRUE(pattern.completeMatch("bcd"));
-    EXPECT_FALSE(pattern.completeMatch("abcd"));
-    pattern.removeLeadingPatterns(5);
-    EXPECT_EQ(pattern.firstElement(), nullptr);
-    EXPECT_FALSE(pattern.completeMatch(""));
-}
-
-TEST(Pattern, CopiesHaveTheirOwnChainAndText) {
-    auto* original = new ChainPattern({{Literal, "ab"}, {NotChar, "."}});
-    Pattern copy(*original);
+TEST(PatternChain, CopiesOwnTheirElementsAndMatchTheSame) {
+    auto original = std::make_unique<WildcardPattern>("x[,]^;|-?*");
+    const Pattern copied(*original);
     Pattern assigned;
     assigned = *original;
-    delete original;
-    for (const Pattern* p : {&copy, &assigned}) {
-        EXPECT_STREQ(p->pattern(), "p");
-        EXPECT_TRUE(p->completeMatch("abxyz"));
-        EXPECT_FALSE(p->completeMatch("abx.z"));
-        ASSERT_NE(p->firstElement(), nullptr);
-        EXPECT_STREQ(p->firstElement()->string(), "ab");
-    }
-}
-
-TEST(Pattern, SetPatternDropsTheChain) {
-    ChainPattern pattern({{AnyN, ""}});
-    pattern.setPattern("new");
-    EXPECT_STREQ(pattern.pattern(), "new");
-    EXPECT_EQ(pattern.firstElement(), nullptr);
-}
-
-TEST(Pattern, LongChainIsDeletedWithoutRecursion) {
-    std::vector<Spec> chain(200000, Spec{AnyOne, ""});
-    ChainPattern pattern(chain);
-    pattern.cleanup();
-    EXPECT_EQ(pattern.firstElement(), nullptr);
-}
-
-TEST(Pattern, MemoisedMatchEqualsPlainBacktrackingOnRandomPatterns) {
-    std::mt19937 random(2024);
-    auto pick = [&](int n) { return static_cast<int>(random() % n); };
-    const char alphabet[] = "ab._ ";
-    auto text = [&](int maxLength) {
-        std::string s;
-        for (int i = 0, n = pick(maxLength + 1); i < n; ++i)
-            s += alphabet[pick(5)];
-        return s;
-    };
-    for (int round = 0; round < 4000; ++round) {
-        std::vector<Spec> chain;
-        for (int i = 0, n = 1 + pick(6); i < n; ++i) {
-            auto kind = static_cast<Kind>(pick(6));
-            std::string arg = kind == Literal ? text(3) : std::string(1, alphabet[pick(5)]);
-            if (kind == NotInSet)
-                arg += alphabet[pick(5)];
-            chain.push_back({kind, arg});
+    Pattern self(*original);
+    const Pattern& alias = self;
+    self = alias;
+    Pattern source(*original);
+    const Pattern moved(std::move(source));
+    const Pattern* copies[] = {&copied, &assigned, &self, &moved};
+    const char* subject = "xab;--c";
+    ASSERT_TRUE(original->completeMatch(subject));
+    for (const Pattern* copy : copies) {
+        EXPECT_STREQ(copy->pattern(), original->pattern());
+        const PatternElement* a = original->firstElement();
+        const PatternElement* b = copy->firstElement();
+        for (; a != nullptr && b != nullptr; a = a->next(), b = b->next()) {
+            EXPECT_NE(a, b);
+            EXPECT_EQ(typeid(*a), typeid(*b));
+            EXPECT_STREQ(a->string(), b->string());
         }
-        std::string subject = text(14);
-        ChainPattern pattern(chain);
-        const char* s = subject.c_str();
-        const char* expected = reference(chain, 0, s, s + subject.size());
-        ASSERT_EQ(pattern.longestMatch(s), expected)
-            << "round " << round << " on '" << subject << "'";
+        EXPECT_EQ(a, b) << "chains of the same length";
+    }
+    original.reset();
+    for (const Pattern* copy : copies) {
+        EXPECT_TRUE(copy->completeMatch(subject));
     }
 }
 
-TEST(CharCompare, OrdersByCharactersNotAddresses) {
-    std::string a = "beta", b = "alpha";
-    std::map<const char*, int, CharCompare> byName{{a.c_str(), 1}, {b.c_str(), 2}};
-    EXPECT_STREQ(byName.begin()->first, "alpha");
-    EXPECT_EQ(byName.count("beta"), 1u);
+TEST(PatternChain, SetPatternDropsTheChainAndKeepsTheText) {
+    WildcardPattern pattern("a*");
+    pattern.setPattern("b?");
+    EXPECT_EQ(pattern.firstElement(), nullptr);
+    EXPECT_STREQ(pattern.pattern(), "b?");
+    EXPECT_STREQ(pattern.asString(), "b?");
+    EXPECT_FALSE(pattern.completeMatch("a"));
+}
+
+TEST(PatternChain, VeryLongChainsMatchAndDeleteWithoutDeepRecursion) {
+    WildcardPattern pattern("");
+    for (int i = 0; i < 200000; ++i) {
+        pattern.addElement(new AnyOneCharPatternElement());
+    }
+    EXPECT_TRUE(pattern.completeMatch("abc"));
+    pattern.removeLeadingPatterns(100000);
+    EXPECT_TRUE(pattern.completeMatch(""));
+}
+
+TEST(CharCompareTest, OrdersByCharactersWithNullFirst) {
+    const char* ascending[] = {nullptr, "", "B", "a", "ab", "abc", "abd"};
+    const CharCompare less;
+    for (const char* a : ascending) {
+        for (const char* b : ascending) {
+            const bool aFirst = std::find(std::begin(ascending), std::end(ascending), a) <
+                                std::find(std::begin(ascending), std::end(ascending), b);
+            EXPECT_EQ(less(a, b), aFirst) << (a ? a : "null") << " < " << (b ? b : "null");
+        }
+    }
+    std::string key = "beta";
+    std::map<const char*, int, CharCompare> byName{{key.c_str(), 2}};
+    EXPECT_EQ(byName.count("beta"), 1u) << "found by contents, not by address";
 }
 
 } // namespace
