@@ -17,6 +17,9 @@ function(tq_add_subsystem)
   endforeach()
   target_include_directories(${target} PRIVATE ${view} ${TQ_GENERATED_INCLUDE_DIR})
   target_compile_definitions(${target} PRIVATE tarqtool_EXPORTS)
+  # Calls between the library's own exported functions need not allow for interposition:
+  # they may be inlined and bound directly instead of going through the PLT.
+  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
   target_link_libraries(${target} PRIVATE ${ARG_LIBRARIES})
   tq_set_warnings(${target})
   set_property(GLOBAL APPEND PROPERTY TQ_SUBSYSTEM_TARGETS ${target})
