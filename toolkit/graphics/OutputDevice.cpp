@@ -2,6 +2,8 @@
 
 #include "graphics/TqPainter.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <vector>
 
 namespace {
@@ -16,25 +18,13 @@ DevicePoint* clipBuffer(int n) {
 }
 
 // Clamps p into [l, r] x [t, b] and returns its outcode: 1 left, 2 right, 4 above, 8 below.
-inline unsigned clampPoint(DevicePoint& p, std::int32_t l, std::int32_t t, std::int32_t r,
-                           std::int32_t b) {
-    std::int32_t x = p.x(), y = p.y();
-    unsigned code = 0;
-    if (x < l) {
-        x = l;
-        code = 1;
-    } else if (x > r) {
-        x = r;
-        code = 2;
-    }
-    if (y < t) {
-        y = t;
-        code |= 4;
-    } else if (y > b) {
-        y = b;
-        code |= 8;
-    }
-    p.setXY(x, y);
+// Branch-free, since whether a point lies outside is as good as random to the processor.
+inline unsigned clampPoint(const DevicePoint& in, DevicePoint& out, std::int32_t l, std::int32_t t,
+                           std::int32_t r, std::int32_t b) {
+    const std::int32_t x = in.x(), y = in.y();
+    const unsigned code =
+        unsigned(x < l) | unsigned(x > r) << 1 | unsigned(y < t) << 2 | unsigned(y > b) << 3;
+    out.setXY(std::min(std::max(x, l), r), std::min(std::max(y, t), b));
     return code;
 }
 
@@ -49,19 +39,15 @@ bool OutputDevice::clipPoints(unsigned short n, DevicePoint* in, DevicePoint* ou
         return false;
     const std::int32_t l = m_clipRect.left(), t = m_clipRect.top();
     const std::int32_t r = m_clipRect.right(), b = m_clipRect.bottom();
-    out[0] = in[0];
-    const unsigned firstCode = clampPoint(out[0], l, t, r, b);
-    unsigned previous = firstCode;
-    bool visible = false;
-    for (unsigned short i = 1; i < n; ++i) {
-        out[i] = in[i];
-        const unsigned code = clampPoint(out[i], l, t, r, b);
-        visible |= (code & previous) == 0;
-        previous = code;
-    }
-    if (n >= 2)
-        visible |= (previous & firstCode) == 0;
-    return visible;
+    // Two passes, each free of a dependency from one point to the next so that the compiler
+    // can vectorise them: clamp and record the outcodes, then test the pairs.
+    static std::uint8_t codes[65536];
+    for (unsigned i = 0; i < n; ++i)
+        codes[i] = static_cast<std::uint8_t>(clampPoint(in[i], out[i], l, t, r, b));
+    unsigned shared = n >= 2 ? std::min(1u, unsigned(codes[n - 1] & codes[0])) : 1;
+    for (unsigned i = 1; i < n; ++i)
+        shared &= std::min(1u, unsigned(codes[i] & codes[i - 1]));
+    return shared == 0;
 }
 
 bool OutputDevice::clipPoints(unsigned short n, va_list in, DevicePoint* out) {
