@@ -1,0 +1,62 @@
+// Token: one token of a scanner, its type and text. A token either owns a heap buffer or is
+// laid over a caller's buffer (the scanner's current token lies over the scanner's own).
+#pragma once
+
+#include "core/Collections.h"
+#include "core/TqExport.h"
+#include "text/ScanType.h"
+
+#include <iosfwd>
+
+class TQ_EXPORT Token {
+public:
+    // An empty owning token of type `none`.
+    Token();
+    // Laid over buffer (size bytes, size > 0); the token never frees it. Text that does not
+    // fit moves the token to a heap buffer of its own, leaving the caller's buffer alone.
+    Token(char* buffer, unsigned size);
+    // An owning token holding a copy of text (null: empty).
+    Token(ScanType type, const char* text);
+    // Copies are always owning.
+    Token(const Token& other);
+    Token& operator=(const Token& other);
+    virtual ~Token();
+
+    ScanType type() const { return m_type; }
+    void setType(ScanType type) { m_type = type; }
+    // The text, in place in the token's buffer, NUL-terminated; valid until the token changes.
+    const char* text() const { return m_text; }
+    unsigned length() const { return m_length; }
+    // The size of the owned buffer, 0 for a token laid over a caller's buffer.
+    unsigned capacity() const { return m_capacity; }
+
+    // Copies text (null: empty). An owned buffer smaller than length + 1 is replaced by one
+    // of exactly length + 1 bytes.
+    void setValue(const char* text);
+    void setValue(const char* text, unsigned length);
+    // Cuts the text to length characters (no effect if it is shorter).
+    void setLength(unsigned length);
+    void prepend(const char* text);
+    void append(const char* text);
+
+    // Writes the display text of the type and the text.
+    virtual std::ostream& printOn(std::ostream& out) const;
+
+    // Deletes every token of the collection and empties it.
+    static void deleteContents(OC_<Token>& tokens);
+
+private:
+    friend class Scanner;
+
+    // Makes room for size bytes, keeping the first keep characters of the text.
+    void reserve(unsigned size, unsigned keep);
+    void layOver(char* buffer, unsigned size);
+    void freeOwned();
+
+    ScanType m_type = ST_NONE;
+    char* m_text = nullptr;
+    unsigned m_length = 0;
+    unsigned m_capacity = 0;
+    // Size of the caller's buffer while laid over it, 0 while owning.
+    unsigned m_foreignSize = 0;
+};
