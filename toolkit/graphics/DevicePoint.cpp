@@ -1,6 +1,7 @@
 #include "graphics/DevicePoint.h"
 
 #include "graphics/FloatPoint.h"
+#include "graphics/PointReader_p.h"
 #include "graphics/SheetPoint.h"
 #include "graphics/TqMatrix.h"
 #include "graphics/Transformation.h"
@@ -104,6 +105,15 @@ void DevicePoint::scaleBy(const FloatPoint& p) {
 
 void DevicePoint::translateBy(const FloatPoint& p) {
     *this += p;
+}
+
+bool DevicePoint::read(FileElement& element) {
+    long xy[2];
+    if (!readCoordinates(element, xy, 2))
+        return false;
+    m_x = static_cast<std::int32_t>(xy[0]);
+    m_y = static_cast<std::int32_t>(xy[1]);
+    return true;
 }
 
 long DevicePoint::yIntercept(long x, const DevicePoint& a, const DevicePoint& b) {

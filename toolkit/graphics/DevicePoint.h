@@ -8,6 +8,7 @@
 #include <QPoint>
 #include <cstdint>
 
+class FileElement;
 class FloatPoint;
 class SheetPoint;
 class Transformation;
@@ -49,6 +50,11 @@ public:
     void translateBy(const FloatPoint& p);
 
     QPoint toQPoint() const { return QPoint(m_x, m_y); }
+
+    // Reads x and y from the element's first two items, which must both be number tokens, as
+    // decimal integers (saturated to 32 bits). False, with the point unchanged, for any other
+    // item types.
+    [[nodiscard]] bool read(FileElement& element);
 
     // --- Intercepts -------------------------------------------------------------------------
     // The y of the line through a and b at x: trunc((x - a.x) * slope) + a.y, the slope

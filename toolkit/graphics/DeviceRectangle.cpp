@@ -2,6 +2,7 @@
 
 #include "graphics/FloatPoint.h"
 #include "graphics/LineClip_p.h"
+#include "graphics/PointReader_p.h"
 #include "graphics/SheetPoint.h"
 #include "graphics/SheetRectangle.h"
 #include "graphics/TqMatrix.h"
@@ -57,6 +58,16 @@ bool DeviceRectangle::containsPoint(const DevicePoint& p) const {
 
 bool DeviceRectangle::operator==(const DeviceRectangle& r) const {
     return m_origin == r.m_origin && m_corner == r.m_corner;
+}
+
+bool DeviceRectangle::read(FileElement& element) {
+    long edges[4];
+    if (!readCoordinates(element, edges, 4))
+        return false;
+    setOriginCorner(
+        DevicePoint(static_cast<std::int32_t>(edges[0]), static_cast<std::int32_t>(edges[1])),
+        DevicePoint(static_cast<std::int32_t>(edges[2]), static_cast<std::int32_t>(edges[3])));
+    return true;
 }
 
 void DeviceRectangle::enforceOrder() {

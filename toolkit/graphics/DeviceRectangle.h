@@ -8,6 +8,7 @@
 
 #include <QRect>
 
+class FileElement;
 class SheetPoint;
 class SheetRectangle;
 class Transformation;
@@ -49,6 +50,11 @@ public:
     bool operator!=(const DeviceRectangle& r) const { return !(*this == r); }
     // The Qt rectangle of the same origin, width and height.
     QRect toQRect() const { return QRect(left(), top(), width(), height()); }
+
+    // Reads left, top, right and bottom from the element's first four items, which must all
+    // be number tokens (the stored form "0,5,10,20"), as decimal integers saturated to 32
+    // bits, and orders them. False, with the rectangle unchanged, for any other item types.
+    [[nodiscard]] bool read(FileElement& element);
 
     // --- Setters that keep the order --------------------------------------------------------
     void setOrigin(const DevicePoint& p);

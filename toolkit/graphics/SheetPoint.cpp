@@ -2,6 +2,7 @@
 
 #include "graphics/DevicePoint.h"
 #include "graphics/FloatPoint.h"
+#include "graphics/PointReader_p.h"
 #include "graphics/TqMatrix.h"
 #include "graphics/Transformation.h"
 
@@ -54,6 +55,15 @@ void SheetPoint::scaleBy(const FloatPoint& p) {
 
 void SheetPoint::translateBy(const FloatPoint& p) {
     *this += p;
+}
+
+bool SheetPoint::read(FileElement& element) {
+    long xy[2];
+    if (!readCoordinates(element, xy, 2))
+        return false;
+    m_x = static_cast<double>(xy[0]);
+    m_y = static_cast<double>(xy[1]);
+    return true;
 }
 
 double SheetPoint::yIntercept(double x, const SheetPoint& a, const SheetPoint& b) {

@@ -6,6 +6,7 @@
 #include "core/TqObject.h"
 
 class DevicePoint;
+class FileElement;
 class FloatPoint;
 class Transformation;
 class TqMatrix;
@@ -42,6 +43,11 @@ public:
     void translateBy(const SheetPoint& p) { m_x += p.m_x, m_y += p.m_y; }
     void scaleBy(const FloatPoint& p);
     void translateBy(const FloatPoint& p);
+
+    // Reads x and y from the element's first two items, which must both be number tokens, as
+    // decimal integers (saturated to 32 bits). False, with the point unchanged, for any other
+    // item types.
+    [[nodiscard]] bool read(FileElement& element);
 
     // --- Intercepts -------------------------------------------------------------------------
     // The y of the line through a and b at x; a vertical pair gives an infinity or NaN.

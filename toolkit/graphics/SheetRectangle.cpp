@@ -4,6 +4,7 @@
 #include "graphics/DeviceRectangle.h"
 #include "graphics/FloatPoint.h"
 #include "graphics/LineClip_p.h"
+#include "graphics/PointReader_p.h"
 #include "graphics/TqMatrix.h"
 #include "graphics/Transformation.h"
 
@@ -63,6 +64,15 @@ bool SheetRectangle::containsPoint(const SheetPoint& p) const {
 
 bool SheetRectangle::operator==(const SheetRectangle& r) const {
     return m_origin == r.m_origin && m_corner == r.m_corner;
+}
+
+bool SheetRectangle::read(FileElement& element) {
+    long edges[4];
+    if (!readCoordinates(element, edges, 4))
+        return false;
+    setOriginCorner(SheetPoint(static_cast<double>(edges[0]), static_cast<double>(edges[1])),
+                    SheetPoint(static_cast<double>(edges[2]), static_cast<double>(edges[3])));
+    return true;
 }
 
 void SheetRectangle::enforceOrder() {

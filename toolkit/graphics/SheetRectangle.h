@@ -10,6 +10,7 @@
 
 class DevicePoint;
 class DeviceRectangle;
+class FileElement;
 class Transformation;
 class TqMatrix;
 
@@ -49,6 +50,11 @@ public:
     bool operator!=(const SheetRectangle& r) const { return !(*this == r); }
     // The Qt rectangle of the edges rounded half away from zero.
     QRect toQRect() const;
+
+    // Reads left, top, right and bottom from the element's first four items, which must all
+    // be number tokens (the stored form "0,5,10,20"), as decimal integers saturated to 32
+    // bits, and orders them. False, with the rectangle unchanged, for any other item types.
+    [[nodiscard]] bool read(FileElement& element);
 
     // --- Setters that keep the order --------------------------------------------------------
     void setOrigin(const SheetPoint& p);
