@@ -249,6 +249,8 @@ void Device::primitiveDrawText(const char* text, const DevicePoint& at, int leng
     m_painter->drawText(at.toQPoint(), textOf(text, length));
     if (previous)
         selectFont(*previous);
+    else
+        deselectFont(); // font belongs to the caller and may not outlive this call
 }
 
 void Device::primitiveDrawAlignedText(const char* text, const DevicePoint& at, int length,

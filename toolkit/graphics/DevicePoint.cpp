@@ -1,7 +1,7 @@
 #include "graphics/DevicePoint.h"
 
+#include "graphics/CoordinateReader_p.h"
 #include "graphics/FloatPoint.h"
-#include "graphics/PointReader_p.h"
 #include "graphics/SheetPoint.h"
 #include "graphics/TqMatrix.h"
 #include "graphics/Transformation.h"

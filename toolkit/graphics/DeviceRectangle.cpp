@@ -1,8 +1,8 @@
 #include "graphics/DeviceRectangle.h"
 
+#include "graphics/CoordinateReader_p.h"
 #include "graphics/FloatPoint.h"
-#include "graphics/LineClip_p.h"
-#include "graphics/PointReader_p.h"
+#include "graphics/RectangleOps_p.h"
 #include "graphics/SheetPoint.h"
 #include "graphics/SheetRectangle.h"
 #include "graphics/TqMatrix.h"
@@ -173,29 +173,17 @@ void DeviceRectangle::translateBy(const FloatPoint& p) {
 
 const DeviceRectangle* DeviceRectangle::intersect(const DeviceRectangle& r) const {
     static DeviceRectangle result;
-    result.m_origin.setXY(std::max(left(), r.left()), std::max(top(), r.top()));
-    result.m_corner.setXY(std::min(right(), r.right()), std::min(bottom(), r.bottom()));
-    if (result.left() >= result.right() || result.top() >= result.bottom())
-        return nullptr;
-    return &result;
+    return intersectInto(*this, r, result) ? &result : nullptr;
 }
 
 void DeviceRectangle::rectUnion(const DeviceRectangle& r) {
-    m_origin.setXY(std::min(left(), r.left()), std::min(top(), r.top()));
-    m_corner.setXY(std::max(right(), r.right()), std::max(bottom(), r.bottom()));
+    uniteWith(*this, r);
 }
 
 const DevicePoint& DeviceRectangle::alignCenter(const DeviceRectangle& r, bool horizontally,
                                                 bool vertically) {
     static DevicePoint displacement;
-    DevicePoint origin = r.origin();
-    if (horizontally)
-        origin.adjustX((r.width() - width()) / 2);
-    if (vertically)
-        origin.adjustY((r.height() - height()) / 2);
-    displacement = origin;
-    displacement -= m_origin;
-    moveTo(origin);
+    alignCentered(*this, r, horizontally, vertically, displacement);
     return displacement;
 }
 

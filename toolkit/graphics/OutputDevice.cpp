@@ -51,7 +51,8 @@ bool OutputDevice::clipPoints(unsigned short n, DevicePoint* in, DevicePoint* ou
 }
 
 bool OutputDevice::clipPoints(unsigned short n, va_list in, DevicePoint* out) {
-    return clipPoints(n, collectPoints(n, in), out);
+    unsigned short count = 0;
+    return clipPoints(n, collectPoints(n, in, count), out);
 }
 
 DevicePoint* OutputDevice::clipped(unsigned short n, DevicePoint* points) {
@@ -64,12 +65,13 @@ void OutputDevice::drawPolylineUnTransformed(unsigned short n, DevicePoint* poin
         Device::drawPolylineUnTransformed(n, out);
 }
 
-void OutputDevice::drawPolylineUnTransformed(unsigned short n, ...) {
+void OutputDevice::drawPolylineUnTransformed(unsigned n, ...) {
     va_list in;
     va_start(in, n);
-    DevicePoint* points = collectPoints(n, in);
+    unsigned short count = 0;
+    DevicePoint* points = collectPoints(n, in, count);
     va_end(in);
-    drawPolylineUnTransformed(n, points);
+    drawPolylineUnTransformed(count, points);
 }
 
 void OutputDevice::drawPolygonUnTransformed(unsigned short n, DevicePoint* points) {
@@ -77,10 +79,11 @@ void OutputDevice::drawPolygonUnTransformed(unsigned short n, DevicePoint* point
         Device::drawPolygonUnTransformed(n, out);
 }
 
-void OutputDevice::drawPolygonUnTransformed(unsigned short n, ...) {
+void OutputDevice::drawPolygonUnTransformed(unsigned n, ...) {
     va_list in;
     va_start(in, n);
-    DevicePoint* points = collectPoints(n, in);
+    unsigned short count = 0;
+    DevicePoint* points = collectPoints(n, in, count);
     va_end(in);
-    drawPolygonUnTransformed(n, points);
+    drawPolygonUnTransformed(count, points);
 }

@@ -16,9 +16,9 @@ public:
 
     // Draw only when clipPoints finds something to draw, from the clamped points.
     void drawPolylineUnTransformed(unsigned short n, DevicePoint* points) override;
-    void drawPolylineUnTransformed(unsigned short n, ...) override;
+    void drawPolylineUnTransformed(unsigned n, ...) override;
     void drawPolygonUnTransformed(unsigned short n, DevicePoint* points) override;
-    void drawPolygonUnTransformed(unsigned short n, ...) override;
+    void drawPolygonUnTransformed(unsigned n, ...) override;
     using Device::filledPolygonUnTransformed;
 
     // Writes each point clamped into the clip rectangle to out (which holds n points) and

@@ -1,8 +1,8 @@
 #include "graphics/SheetPoint.h"
 
+#include "graphics/CoordinateReader_p.h"
 #include "graphics/DevicePoint.h"
 #include "graphics/FloatPoint.h"
-#include "graphics/PointReader_p.h"
 #include "graphics/TqMatrix.h"
 #include "graphics/Transformation.h"
 

@@ -1,10 +1,10 @@
 #include "graphics/SheetRectangle.h"
 
+#include "graphics/CoordinateReader_p.h"
 #include "graphics/DevicePoint.h"
 #include "graphics/DeviceRectangle.h"
 #include "graphics/FloatPoint.h"
-#include "graphics/LineClip_p.h"
-#include "graphics/PointReader_p.h"
+#include "graphics/RectangleOps_p.h"
 #include "graphics/TqMatrix.h"
 #include "graphics/Transformation.h"
 
@@ -177,29 +177,17 @@ void SheetRectangle::translateBy(const FloatPoint& p) {
 
 const SheetRectangle* SheetRectangle::intersect(const SheetRectangle& r) const {
     static SheetRectangle result;
-    result.m_origin.setXY(std::max(left(), r.left()), std::max(top(), r.top()));
-    result.m_corner.setXY(std::min(right(), r.right()), std::min(bottom(), r.bottom()));
-    if (result.left() >= result.right() || result.top() >= result.bottom())
-        return nullptr;
-    return &result;
+    return intersectInto(*this, r, result) ? &result : nullptr;
 }
 
 void SheetRectangle::rectUnion(const SheetRectangle& r) {
-    m_origin.setXY(std::min(left(), r.left()), std::min(top(), r.top()));
-    m_corner.setXY(std::max(right(), r.right()), std::max(bottom(), r.bottom()));
+    uniteWith(*this, r);
 }
 
 const SheetPoint& SheetRectangle::alignCenter(const SheetRectangle& r, bool horizontally,
                                               bool vertically) {
     static SheetPoint displacement;
-    SheetPoint origin = r.origin();
-    if (horizontally)
-        origin.adjustX((r.width() - width()) / 2);
-    if (vertically)
-        origin.adjustY((r.height() - height()) / 2);
-    displacement = origin;
-    displacement -= m_origin;
-    moveTo(origin);
+    alignCentered(*this, r, horizontally, vertically, displacement);
     return displacement;
 }
 

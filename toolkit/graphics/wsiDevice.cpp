@@ -247,12 +247,13 @@ void wsiDevice::drawPolylineUnTransformed(unsigned short n, DevicePoint* points)
     }
 }
 
-void wsiDevice::drawPolylineUnTransformed(unsigned short n, ...) {
+void wsiDevice::drawPolylineUnTransformed(unsigned n, ...) {
     va_list in;
     va_start(in, n);
-    DevicePoint* points = collectPoints(n, in);
+    unsigned short count = 0;
+    DevicePoint* points = collectPoints(n, in, count);
     va_end(in);
-    drawPolylineUnTransformed(n, points);
+    drawPolylineUnTransformed(count, points);
 }
 
 void wsiDevice::drawPolygonUnTransformed(unsigned short n, DevicePoint* points) {
@@ -263,12 +264,13 @@ void wsiDevice::drawPolygonUnTransformed(unsigned short n, DevicePoint* points) 
     primitiveMoveTo(points[0].x(), points[0].y());
 }
 
-void wsiDevice::drawPolygonUnTransformed(unsigned short n, ...) {
+void wsiDevice::drawPolygonUnTransformed(unsigned n, ...) {
     va_list in;
     va_start(in, n);
-    DevicePoint* points = collectPoints(n, in);
+    unsigned short count = 0;
+    DevicePoint* points = collectPoints(n, in, count);
     va_end(in);
-    drawPolygonUnTransformed(n, points);
+    drawPolygonUnTransformed(count, points);
 }
 
 void wsiDevice::drawCappedPolylineUnTransformed(wsiLineCap start, wsiLineCap end,
@@ -288,20 +290,22 @@ void wsiDevice::drawCappedPolylineUnTransformed(wsiLineCap start, wsiLineCap end
 }
 
 void wsiDevice::drawCappedPolylineUnTransformed(wsiLineCap start, wsiLineCap end,
-                                                const DevicePoint& capSize, unsigned short n, ...) {
+                                                const DevicePoint& capSize, unsigned n, ...) {
     va_list in;
     va_start(in, n);
-    DevicePoint* points = collectPoints(n, in);
+    unsigned short count = 0;
+    DevicePoint* points = collectPoints(n, in, count);
     va_end(in);
-    drawCappedPolylineUnTransformed(start, end, capSize, n, points);
+    drawCappedPolylineUnTransformed(start, end, capSize, count, points);
 }
 
-void wsiDevice::filledPolygonUnTransformed(wsiColor color, unsigned short n, ...) {
+void wsiDevice::filledPolygonUnTransformed(wsiColor color, unsigned n, ...) {
     va_list in;
     va_start(in, n);
-    DevicePoint* points = collectPoints(n, in);
+    unsigned short count = 0;
+    DevicePoint* points = collectPoints(n, in, count);
     va_end(in);
-    filledPolygonUnTransformed(color, n, points);
+    filledPolygonUnTransformed(color, count, points);
 }
 
 void wsiDevice::curveControlPoints(const DevicePoint& from, const DevicePoint& to,
@@ -424,9 +428,10 @@ DevicePoint* wsiDevice::devicePointBuffer(int n) {
     return buffer.data();
 }
 
-DevicePoint* wsiDevice::collectPoints(unsigned short n, va_list in) {
-    DevicePoint* points = devicePointBuffer(n);
-    for (unsigned short i = 0; i < n; ++i)
+DevicePoint* wsiDevice::collectPoints(unsigned n, va_list in, unsigned short& count) {
+    count = pointCount(static_cast<int>(std::min<unsigned>(n, v_maxPoints)));
+    DevicePoint* points = devicePointBuffer(count);
+    for (unsigned short i = 0; i < count; ++i)
         points[i] = *va_arg(in, const DevicePoint*);
     return points;
 }

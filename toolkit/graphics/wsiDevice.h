@@ -115,26 +115,28 @@ public:
 
     // --- Drawing in device coordinates ------------------------------------------------------
     // The points are device units already mapped by the caller. In the forms taking "...",
-    // the n points follow as n arguments of type const DevicePoint*.
+    // the n points follow as n arguments of type const DevicePoint* (at most 65,535 are
+    // read); their count is unsigned rather than unsigned short because the last named
+    // parameter of a variadic function must be of a type that is not promoted.
 
     // The lines joining the points in order; the base draws them with primitiveMoveTo and
     // primitiveLineTo.
     virtual void drawPolylineUnTransformed(unsigned short n, DevicePoint* points);
-    virtual void drawPolylineUnTransformed(unsigned short n, ...);
+    virtual void drawPolylineUnTransformed(unsigned n, ...);
     // The same, closed back to the first point.
     virtual void drawPolygonUnTransformed(unsigned short n, DevicePoint* points);
-    virtual void drawPolygonUnTransformed(unsigned short n, ...);
+    virtual void drawPolygonUnTransformed(unsigned n, ...);
     // A polyline whose ends may carry filled arrow heads (capSize: length along the line,
     // full width across it); the line stops at each head's base.
     virtual void drawCappedPolylineUnTransformed(wsiLineCap start, wsiLineCap end,
                                                  const DevicePoint& capSize, unsigned short n,
                                                  DevicePoint* points);
     virtual void drawCappedPolylineUnTransformed(wsiLineCap start, wsiLineCap end,
-                                                 const DevicePoint& capSize, unsigned short n, ...);
+                                                 const DevicePoint& capSize, unsigned n, ...);
     // The polygon filled in color (outline included); the current colour is kept.
     virtual void filledPolygonUnTransformed(wsiColor color, unsigned short n,
                                             DevicePoint* points) = 0;
-    virtual void filledPolygonUnTransformed(wsiColor color, unsigned short n, ...);
+    virtual void filledPolygonUnTransformed(wsiColor color, unsigned n, ...);
     // A signal transition from from to to: the cubic Bezier whose control points are
     // curveControlPoints(from, to). The base draws it as 16 straight pieces.
     virtual void drawCurveUnTransformed(const DevicePoint& from, const DevicePoint& to);
@@ -202,8 +204,9 @@ protected:
     // A device-point array shared by all devices for converted or collected points: room for
     // n points, grown on demand, never shrunk; valid until the next call.
     static DevicePoint* devicePointBuffer(int n);
-    // Collects n const DevicePoint* arguments from in into devicePointBuffer.
-    static DevicePoint* collectPoints(unsigned short n, va_list in);
+    // Collects n const DevicePoint* arguments (at most 65,535, the count set to how many) from
+    // in into devicePointBuffer.
+    static DevicePoint* collectPoints(unsigned n, va_list in, unsigned short& count);
     void setDisplayResolution(const DevicePoint& dpi) { m_resolution = dpi; }
 
     DeviceRectangle m_clipRect;

@@ -1,4 +1,4 @@
-#include "graphics/PointReader_p.h"
+#include "graphics/CoordinateReader_p.h"
 
 #include "text/FileElement.h"
 

@@ -1,6 +1,42 @@
-// The end-of-segment clipping shared by DeviceRectangle and SheetRectangle, written once over
-// the rectangle's coordinate type.
+// The operations that DeviceRectangle and SheetRectangle share, written once over the
+// rectangle type (Rect), its point type (Point) and its coordinate type (Coord).
 #pragma once
+
+#include <algorithm>
+
+// The overlap of a and b into result; false when it has no area (touching edges included).
+template <class Rect>
+bool intersectInto(const Rect& a, const Rect& b, Rect& result) {
+    result.setLeft(std::max(a.left(), b.left()));
+    result.setTop(std::max(a.top(), b.top()));
+    result.setRight(std::min(a.right(), b.right()));
+    result.setBottom(std::min(a.bottom(), b.bottom()));
+    return result.left() < result.right() && result.top() < result.bottom();
+}
+
+// Enlarges a to hold b.
+template <class Rect>
+void uniteWith(Rect& a, const Rect& b) {
+    a.setLeft(std::min(a.left(), b.left()));
+    a.setTop(std::min(a.top(), b.top()));
+    a.setRight(std::max(a.right(), b.right()));
+    a.setBottom(std::max(a.bottom(), b.bottom()));
+}
+
+// Moves a to b's origin plus, per chosen axis, half the size difference (the coordinate
+// type's division: truncating for integers); sets displacement to the move.
+template <class Rect, class Point>
+void alignCentered(Rect& a, const Rect& b, bool horizontally, bool vertically,
+                   Point& displacement) {
+    Point origin = b.origin();
+    if (horizontally)
+        origin.adjustX((b.width() - a.width()) / 2);
+    if (vertically)
+        origin.adjustY((b.height() - a.height()) / 2);
+    displacement = origin;
+    displacement -= a.origin();
+    a.moveTo(origin);
+}
 
 // Moves p onto the rectangle (l, t, r, b) along the segment p-q; q is never changed.
 // Returns true when p now lies on or in the rectangle, false when the segment cannot reach
