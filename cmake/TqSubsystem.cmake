@@ -21,3 +21,16 @@ function(tq_add_subsystem)
   tq_set_warnings(${target})
   set_property(GLOBAL APPEND PROPERTY TQ_SUBSYSTEM_TARGETS ${target})
 endfunction()
+
+# The subsystems in dependency order: each may depend only on those before it.
+set(TQ_SUBSYSTEMS core hdl text ipc graphics wsi)
+
+# Adds the subfolders of the current folder named after a subsystem (then any extra names),
+# in dependency order, for those that exist. A subsystem's folders join the build by existing.
+function(tq_add_subsystem_folders)
+  foreach(folder ${TQ_SUBSYSTEMS} ${ARGN})
+    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/CMakeLists.txt)
+      add_subdirectory(${folder})
+    endif()
+  endforeach()
+endfunction()

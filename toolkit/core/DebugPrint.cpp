@@ -1,5 +1,6 @@
 #include "core/DebugPrint.h"
 
+#include <atomic>
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
@@ -8,15 +9,20 @@
 
 namespace {
 std::mutex printMutex;
-int currentLevel = -1; // -1: not yet read from the environment
+// Read without the lock, so that a silent print costs the calling threads no lock.
+std::atomic<int> currentLevel{-1}; // -1: not yet read from the environment
 DebugPrintSink currentSink = nullptr;
 
-int levelLocked() {
-    if (currentLevel < 0) {
+int level() {
+    int value = currentLevel.load(std::memory_order_relaxed);
+    if (value < 0) {
         const char* fromEnvironment = std::getenv("TQ_DEBUG_LEVEL");
-        currentLevel = fromEnvironment ? std::atoi(fromEnvironment) : 0;
+        int unread = -1;
+        currentLevel.compare_exchange_strong(unread,
+                                             fromEnvironment ? std::atoi(fromEnvironment) : 0);
+        value = currentLevel.load(std::memory_order_relaxed);
     }
-    return currentLevel;
+    return value;
 }
 
 void writeLocked(const char* text) {
@@ -40,20 +46,20 @@ std::string vformat(const char* format, va_list arguments) {
 } // namespace
 
 void Printf(int level, const char* format, ...) {
-    std::lock_guard lock(printMutex);
-    if (level > levelLocked())
+    if (level > ::level())
         return;
     va_list arguments;
     va_start(arguments, format);
     const std::string text = vformat(format, arguments);
     va_end(arguments);
+    std::lock_guard lock(printMutex);
     writeLocked(text.c_str());
 }
 
 void dumpBuff(int level, const void* data, std::size_t length) {
-    std::lock_guard lock(printMutex);
-    if (level > levelLocked() || !data)
+    if (level > ::level() || !data)
         return;
+    std::lock_guard lock(printMutex);
     const auto* bytes = static_cast<const unsigned char*>(data);
     for (std::size_t offset = 0; offset < length; offset += 16) {
         char line[96];
@@ -74,13 +80,11 @@ void dumpBuff(int level, const void* data, std::size_t length) {
 }
 
 int debugPrintLevel() {
-    std::lock_guard lock(printMutex);
-    return levelLocked();
+    return level();
 }
 
-void setDebugPrintLevel(int level) {
-    std::lock_guard lock(printMutex);
-    currentLevel = level;
+void setDebugPrintLevel(int value) {
+    currentLevel.store(value, std::memory_order_relaxed);
 }
 
 DebugPrintSink setDebugPrintSink(DebugPrintSink sink) {

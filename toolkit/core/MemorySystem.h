@@ -13,7 +13,8 @@ public:
     MemorySystem(const MemorySystem&) = delete;
     MemorySystem& operator=(const MemorySystem&) = delete;
 
-    // Bytes of heap in use by the allocator right now.
+    // Bytes of heap in use by the C allocator right now (0 where an instrumented allocator,
+    // such as a sanitizer's, keeps no such figures).
     static std::size_t bytesInUse();
     // Writes "<label>: <bytes> bytes in use, <bytes> bytes held" through the debug print at
     // level DBG_INFO.

@@ -43,7 +43,7 @@ PdStringEntry* PdToolkit::getStringEntry(int id) {
         if (id < range.first)
             continue;
         if (id <= range.last)
-            return range.table + (id - range.first + 1);
+            return range.table + (static_cast<long long>(id) - range.first + 1);
     }
     return nullptr;
 }

@@ -1,0 +1,57 @@
+#include "core/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+std::vector<std::string> split(const char* line, int& argc) {
+    std::string copy(line);
+    char** argv = initArgs(copy.data(), argc);
+    EXPECT_EQ(argv[0], nullptr) << "slot 0 is left for the program name";
+    std::vector<std::string> words;
+    for (int i = 1; i < argc; ++i) {
+        words.emplace_back(argv[i]);
+        delete[] argv[i];
+    }
+    delete[] argv;
+    return words;
+}
+
+TEST(InitArgs, SplitsWordsQuotesAndEscapes) {
+    const struct {
+        const char* line;
+        std::vector<std::string> words;
+    } cases[] = {
+        {R"(a 'b c' "d\"e" f\g)", {"a", "b c", "d\"e", "f\\g"}},
+        {"", {}},
+        {" \t\r\n ", {}},
+        {"one", {"one"}},
+        {"x\ty\nz\r", {"x", "y", "z"}},
+        {R"('it"s' "it's")", {"it\"s", "it's"}},
+        {R"(pre'mid dle'post)", {"premid dlepost"}},
+        {R"(\'a \"b)", {"'a", "\"b"}},
+        {R"('\'' x)", {"'", "x"}},
+        {R"("unclosed stretch)", {"unclosed stretch"}},
+        {R"(a\\b)", {"a\\\\b"}},
+    };
+    for (const auto& c : cases) {
+        int argc = 0;
+        EXPECT_EQ(split(c.line, argc), c.words) << c.line;
+        EXPECT_EQ(argc, static_cast<int>(c.words.size()) + 1) << c.line;
+    }
+}
+
+TEST(InitArgs, HoldsCommandLinesOfAnyLength) {
+    std::string line;
+    for (int i = 0; i < 5000; ++i)
+        line += "word" + std::to_string(i) + " ";
+    int argc = 0;
+    const std::vector<std::string> words = split(line.c_str(), argc);
+    EXPECT_EQ(argc, 5001);
+    EXPECT_EQ(words.back(), "word4999");
+}
+
+} // namespace

@@ -1,0 +1,54 @@
+// ProtectedResource: a named mutex that threads hold while they touch shared state.
+// SyncSignal: an auto-reset event tied to one ProtectedResource; a send is kept until a
+// waiter consumes it, so no wake-up is lost, and a waiter returns only for a send, a
+// vSendAll or its time limit, never spuriously.
+#pragma once
+
+#include "core/TqExport.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+
+class TQ_EXPORT ProtectedResource {
+public:
+    // The name is for diagnostics only; null gives an unnamed resource.
+    explicit ProtectedResource(const char* name);
+    ProtectedResource(const ProtectedResource&) = delete;
+    ProtectedResource& operator=(const ProtectedResource&) = delete;
+
+    void vAquire() { m_mutex.lock(); }
+    void vRelease() { m_mutex.unlock(); }
+    const char* name() const { return m_name.c_str(); }
+    std::mutex& mutex() { return m_mutex; }
+
+private:
+    std::string m_name;
+    std::mutex m_mutex;
+};
+
+class TQ_EXPORT SyncSignal {
+public:
+    explicit SyncSignal(ProtectedResource& resource) : m_resource(resource) {}
+    SyncSignal(const SyncSignal&) = delete;
+    SyncSignal& operator=(const SyncSignal&) = delete;
+
+    // Each of these must be called with the resource held.
+    // Sets the signal and wakes the waiters; one of them consumes it.
+    void vSend();
+    // Wakes every thread waiting now, without leaving a send for later waiters. Waiters that
+    // share one signal but wait for different things re-check their own condition.
+    void vSendAll();
+    // Drops a send that no waiter has consumed yet.
+    void vClear() { m_signalled = false; }
+    // Waits until the signal is set, then consumes it. The resource is released during the
+    // wait and held again on return. milliseconds -1 waits without limit. Returns false
+    // when the time limit passed first.
+    [[nodiscard]] bool vWait(long milliseconds);
+
+private:
+    ProtectedResource& m_resource;
+    std::condition_variable m_condition;
+    bool m_signalled = false;
+    unsigned long m_generation = 0;
+};
