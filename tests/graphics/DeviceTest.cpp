@@ -156,6 +156,10 @@ TEST(Device, ProcessWideSettings) {
     Device::setForDocumentation(false);
     EXPECT_TRUE(Device::graphicsStillSupported());
     EXPECT_EQ(Device::lineEndAdjustment(), 1);
+    EXPECT_FALSE(Device::checkBreakExecution());
+    Device::requestBreakExecution();
+    EXPECT_TRUE(Device::checkBreakExecution());
+    EXPECT_FALSE(Device::checkBreakExecution()); // consumed by the check
 }
 
 // Records what a device tells its dependents.

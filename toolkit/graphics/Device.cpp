@@ -9,6 +9,13 @@
 #include <memory>
 
 bool Device::v_forDocumentation = false;
+bool Device::v_breakRequested = false;
+
+bool Device::checkBreakExecution() {
+    const bool requested = v_breakRequested;
+    v_breakRequested = false;
+    return requested;
+}
 
 namespace {
 std::unique_ptr<QPoint[]> p_polyPoints;

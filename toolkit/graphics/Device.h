@@ -41,6 +41,10 @@ public:
     static bool graphicsStillSupported() { return true; }
     // The device units a caller adds at a line's end to make it inclusive: always 1.
     static int lineEndAdjustment() { return 1; }
+    // Whether the user asked to stop a long drawing (requestBreakExecution since the last
+    // check); the request is consumed by the check. Drawing loops call it between items.
+    static bool checkBreakExecution();
+    static void requestBreakExecution() { v_breakRequested = true; }
     // Room for n points in the one QPoint array shared by all devices: grown to exactly n
     // when n exceeds its capacity (the old contents are dropped), never shrunk. Valid until
     // the next call that grows it.
@@ -108,6 +112,7 @@ protected:
 
 private:
     static bool v_forDocumentation;
+    static bool v_breakRequested;
     TqPainter* m_painter = nullptr;
     DevicePoint m_currentPoint;
 };
