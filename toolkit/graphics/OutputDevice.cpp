@@ -65,25 +65,7 @@ void OutputDevice::drawPolylineUnTransformed(unsigned short n, DevicePoint* poin
         Device::drawPolylineUnTransformed(n, out);
 }
 
-void OutputDevice::drawPolylineUnTransformed(unsigned n, ...) {
-    va_list in;
-    va_start(in, n);
-    unsigned short count = 0;
-    DevicePoint* points = collectPoints(n, in, count);
-    va_end(in);
-    drawPolylineUnTransformed(count, points);
-}
-
 void OutputDevice::drawPolygonUnTransformed(unsigned short n, DevicePoint* points) {
     if (DevicePoint* out = clipped(n, points))
         Device::drawPolygonUnTransformed(n, out);
-}
-
-void OutputDevice::drawPolygonUnTransformed(unsigned n, ...) {
-    va_list in;
-    va_start(in, n);
-    unsigned short count = 0;
-    DevicePoint* points = collectPoints(n, in, count);
-    va_end(in);
-    drawPolygonUnTransformed(count, points);
 }
