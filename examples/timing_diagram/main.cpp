@@ -1,0 +1,155 @@
+// timing_diagram: draws a small timing diagram through the toolkit's device layer onto an
+// image and writes it as PNG. The diagram is described in sheet units (nanoseconds across,
+// signal rows down); one transformation maps it to pixels, and a Device over a TqPainter
+// paints it: clock and bus waveforms, a filled highlight, dashed grid lines, an arrow and
+// text.
+//
+//   timing_diagram [output.png]      (default: timing_diagram.png)
+#include "core/TqObject.h"
+#include "graphics/Device.h"
+#include "graphics/TqPainter.h"
+
+#include <QGuiApplication>
+#include <QImage>
+
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+constexpr double v_period = 10.0; // ns per clock cycle
+constexpr double v_cycles = 8.0;
+constexpr double v_rowHeight = 1.0; // sheet units per signal row
+constexpr double v_swing = 0.6;     // height of a waveform within its row
+
+// The high and low levels of row r (y grows downward).
+double high(int row) {
+    return row * v_rowHeight + (v_rowHeight - v_swing) / 2;
+}
+double low(int row) {
+    return high(row) + v_swing;
+}
+
+void drawClock(Device& device, int row) {
+    std::vector<SheetPoint> wave;
+    for (int cycle = 0; cycle < v_cycles; ++cycle) {
+        const double t = cycle * v_period;
+        wave.emplace_back(t, low(row));
+        wave.emplace_back(t, high(row));
+        wave.emplace_back(t + v_period / 2, high(row));
+        wave.emplace_back(t + v_period / 2, low(row));
+    }
+    wave.emplace_back(v_cycles * v_period, low(row));
+    device.drawPolyline(static_cast<int>(wave.size()), wave.data());
+}
+
+// A signal given as (time, level) steps, drawn with sloped transitions.
+void drawSignal(Device& device, int row, const std::vector<std::pair<double, bool>>& steps) {
+    double level = steps.front().second ? high(row) : low(row);
+    device.moveTo(SheetPoint(0, level));
+    for (const auto& [time, isHigh] : steps) {
+        const double next = isHigh ? high(row) : low(row);
+        if (next == level)
+            continue;
+        device.lineTo(SheetPoint(time, level));
+        device.drawCurve(SheetPoint(time, level), SheetPoint(time + 1.5, next));
+        device.moveTo(SheetPoint(time + 1.5, next));
+        level = next;
+    }
+    device.lineTo(SheetPoint(v_cycles * v_period, level));
+}
+
+// A bus: crossing transitions between values, each value written in the middle.
+void drawBus(Device& device, int row, const std::vector<std::pair<double, const char*>>& values,
+             WsiFont& font) {
+    const double middle = (high(row) + low(row)) / 2;
+    const double slope = 1.0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const double start = values[i].first;
+        const double end = i + 1 < values.size() ? values[i + 1].first : v_cycles * v_period;
+        const SheetPoint outline[] = {
+            {start, middle}, {start + slope, high(row)}, {end - slope, high(row)},
+            {end, middle},   {end - slope, low(row)},    {start + slope, low(row)},
+        };
+        device.drawPolygon(6, outline);
+        if (values[i].second) {
+            device.drawAlignedText(values[i].second, SheetPoint((start + end) / 2, middle), font,
+                                   wsiAlignHCenter, wsiAlignVCenter);
+        } else {
+            device.fillPolygon(wsiPaleGray, 6, outline); // an unknown value: greyed out
+            device.drawPolygon(6, outline);
+        }
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const char* output = argc > 1 ? argv[1] : "timing_diagram.png";
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    QGuiApplication application(argc, argv);
+    TqObject::startUp();
+
+    std::puts("1. An image and a device that paints on it");
+    QImage image(760, 300, QImage::Format_RGB32);
+    TqPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    Device device(painter);
+    device.setBackgroundColor(wsiWhite);
+    device.erase(DeviceRectangle(0, 0, image.width(), image.height()));
+
+    std::puts("2. Sheet units (ns across, rows down) mapped to pixels");
+    // 8 pixels per ns, 60 pixels per row, the waveforms starting right of the names.
+    device.setDisplayTransformation(TqMatrix(FloatPoint(8.0, 60.0), FloatPoint(90.0, 40.0)));
+
+    std::puts("3. A highlighted setup window and dashed grid lines at the rising edges");
+    device.setColor(wsiYellow);
+    device.fillRectangle(SheetRectangle(SheetPoint(27, 0), SheetPoint(30, 4 * v_rowHeight)));
+    device.setColor(wsiGray);
+    device.setPenStyle(wsiPenDash);
+    for (int cycle = 0; cycle <= v_cycles; ++cycle) {
+        device.drawLine(SheetPoint(cycle * v_period, 0),
+                        SheetPoint(cycle * v_period, 4 * v_rowHeight));
+    }
+    device.setPenStyle(wsiPenSolid);
+
+    std::puts("4. Names, clock, reset, a data bus and a valid strobe");
+    WsiFont font("DejaVu Sans", 10);
+    WsiFont title("DejaVu Sans", 12);
+    title.setBold(true);
+    device.setColor(wsiBlack);
+    const char* names[] = {"clk", "rst_n", "data[7:0]", "valid"};
+    for (int row = 0; row < 4; ++row) {
+        device.drawAlignedText(names[row], SheetPoint(-2, (high(row) + low(row)) / 2), font,
+                               wsiAlignRight, wsiAlignVCenter);
+    }
+    device.drawAlignedText("Write cycle", SheetPoint(v_cycles * v_period / 2, -0.3), title,
+                           wsiAlignHCenter, wsiAlignBottom);
+    device.setPenWidth(2);
+    device.setColor(wsiDarkBlue);
+    drawClock(device, 0);
+    device.setColor(wsiDarkRed);
+    drawSignal(device, 1, {{0, false}, {12, true}});
+    device.setColor(wsiBlack);
+    device.setPenWidth(1);
+    drawBus(device, 2, {{0, nullptr}, {20, "00"}, {30, "A5"}, {40, "3C"}, {60, "FF"}}, font);
+    device.setPenWidth(2);
+    device.setColor(wsiDarkGreen);
+    drawSignal(device, 3, {{0, false}, {30, true}, {50, false}});
+
+    std::puts("5. An arrow from the clock edge to the strobe it causes");
+    device.setPenWidth(1);
+    device.setColor(wsiRed);
+    const TqMatrix& m = device.displayTransformation(false);
+    DevicePoint arrow[] = {DevicePoint(SheetPoint(30, low(0)), m),
+                           DevicePoint(SheetPoint(30.8, high(3) - 0.05), m)};
+    device.drawCappedPolylineUnTransformed(wsiLineCapRound, wsiLineCapArrow, DevicePoint(10, 8), 2,
+                                           arrow);
+
+    painter.end();
+    const bool saved = image.save(output, "PNG");
+    std::printf("6. %s %s\n", saved ? "Wrote" : "Could not write", output);
+    TqObject::shutDown();
+    return saved ? 0 : 1;
+}

@@ -1,0 +1,52 @@
+#include "graphics/WsiFont.h"
+
+#include <QPaintDevice>
+#include <cmath>
+#include <cstring>
+
+WsiFont::WsiFont(const char* family, double pointSize) {
+    setFamily(family);
+    setPointSize(pointSize);
+}
+
+void WsiFont::setFamily(const char* family) {
+    m_family = family ? QString::fromUtf8(family) : QString();
+}
+
+void WsiFont::setPointSize(double size) {
+    m_pointSize = size > 0 ? size : 1.0;
+}
+
+QFont WsiFont::toQFont() const {
+    QFont font;
+    if (!m_family.isEmpty())
+        font.setFamily(m_family);
+    font.setPointSizeF(m_pointSize);
+    font.setBold(m_bold);
+    font.setItalic(m_italic);
+    font.setUnderline(m_underline);
+    font.setOverline(m_overline);
+    return font;
+}
+
+WsiFontMetric::WsiFontMetric(const WsiFont& font, QPaintDevice* device)
+    : m_metrics(device ? QFontMetricsF(font.toQFont(), device) : QFontMetricsF(font.toQFont())) {}
+
+int WsiFontMetric::ascent() const {
+    return static_cast<int>(std::ceil(m_metrics.ascent()));
+}
+
+int WsiFontMetric::descent() const {
+    return static_cast<int>(std::ceil(m_metrics.descent()));
+}
+
+int WsiFontMetric::leading() const {
+    return static_cast<int>(std::ceil(m_metrics.leading()));
+}
+
+int WsiFontMetric::advance(const char* text, int length) const {
+    if (!text)
+        return 0;
+    const int size = length < 0 ? static_cast<int>(std::strlen(text)) : length;
+    return static_cast<int>(std::ceil(m_metrics.horizontalAdvance(QString::fromUtf8(text, size))));
+}

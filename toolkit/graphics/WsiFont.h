@@ -1,0 +1,60 @@
+// WsiFont and WsiFontMetric: a font as the drawing code names it (family, size, bold,
+// italic, underline, overline) and its measures on one paint device, taken from Qt.
+#pragma once
+
+#include "core/TqExport.h"
+
+#include <QFont>
+#include <QFontMetricsF>
+#include <QString>
+
+class QPaintDevice;
+
+class TQ_EXPORT WsiFont {
+public:
+    // A family of 10 points in Qt's default face; a null or empty family means that face.
+    explicit WsiFont(const char* family = nullptr, double pointSize = 10.0);
+
+    const QString& family() const { return m_family; }
+    double pointSize() const { return m_pointSize; }
+    bool isBold() const { return m_bold; }
+    bool isItalic() const { return m_italic; }
+    bool isUnderline() const { return m_underline; }
+    bool isOverline() const { return m_overline; }
+    void setFamily(const char* family);
+    // Sizes of zero or below are taken as 1 point.
+    void setPointSize(double size);
+    void setBold(bool on) { m_bold = on; }
+    void setItalic(bool on) { m_italic = on; }
+    void setUnderline(bool on) { m_underline = on; }
+    void setOverline(bool on) { m_overline = on; }
+
+    QFont toQFont() const;
+
+private:
+    QString m_family;
+    double m_pointSize;
+    bool m_bold = false;
+    bool m_italic = false;
+    bool m_underline = false;
+    bool m_overline = false;
+};
+
+class TQ_EXPORT WsiFontMetric {
+public:
+    // The measures of font on device (whose resolution sizes the points), or on the
+    // screen's default resolution when device is null.
+    WsiFontMetric(const WsiFont& font, QPaintDevice* device);
+
+    // In device units, rounded up so that a box built from them holds the glyphs.
+    int ascent() const;
+    int descent() const;
+    int height() const { return ascent() + descent(); }
+    int leading() const;
+    // The advance of the first length bytes of the UTF-8 text (all of it when length < 0);
+    // 0 for a null text.
+    int advance(const char* text, int length) const;
+
+private:
+    QFontMetricsF m_metrics;
+};
