@@ -1,0 +1,103 @@
+#include "graphics/ExportParameters.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+TEST(ExportParameters, DefaultTextGivesTheDefaults) {
+    ExportParameters p;
+    ASSERT_TRUE(p.read(ExportParameters::defaultText()));
+    EXPECT_STREQ(p.message(), "");
+    EXPECT_EQ(p.destination(), exportToFile);
+    EXPECT_EQ(p.printerName(), "");
+    EXPECT_EQ(p.orientation(), exportPortrait);
+    EXPECT_TRUE(p.copyToClipboard());
+    EXPECT_EQ(p.paperSize(), paperLetter);
+    EXPECT_EQ(p.paperFeed(), paperFeedDefault);
+    EXPECT_DOUBLE_EQ(p.pictureWidth(), 6.5);
+    EXPECT_DOUBLE_EQ(p.pictureHeight(), 5.0);
+    EXPECT_EQ(p.units(), unitsInch);
+    EXPECT_FALSE(p.isGrayScale());
+    EXPECT_TRUE(p.isScaleable());
+    EXPECT_EQ(p.mifFrameForm(), mifFrameBRect);
+    EXPECT_TRUE(p.withPreview());
+    EXPECT_EQ(p.asText(), ExportParameters::defaultText());
+    EXPECT_EQ(ExportParameters().asText(), ExportParameters::defaultText());
+}
+
+TEST(ExportParameters, ReadsEveryFieldAndWritesItBack) {
+    const char* text = "printer,Laser 5,/tmp/out.eps,landscape,noclipboard,a4,longedge,12.5,"
+                       "8.25,cm,gray,fixed,mifshape,nopreview";
+    ExportParameters p;
+    ASSERT_TRUE(p.read(text)) << p.message();
+    EXPECT_EQ(p.destination(), exportToPrinter);
+    EXPECT_EQ(p.printerName(), "Laser 5");
+    EXPECT_EQ(p.fileName(), "/tmp/out.eps");
+    EXPECT_EQ(p.orientation(), exportLandscape);
+    EXPECT_FALSE(p.copyToClipboard());
+    EXPECT_EQ(p.paperSize(), paperA4);
+    EXPECT_EQ(p.paperFeed(), paperFeedLongEdge);
+    EXPECT_DOUBLE_EQ(p.pictureWidth(), 12.5);
+    EXPECT_DOUBLE_EQ(p.pictureHeight(), 8.25);
+    EXPECT_EQ(p.units(), unitsCentimetre);
+    EXPECT_TRUE(p.isGrayScale());
+    EXPECT_FALSE(p.isScaleable());
+    EXPECT_EQ(p.mifFrameForm(), mifFrameShapeRect);
+    EXPECT_FALSE(p.withPreview());
+    EXPECT_EQ(p.asText(), text);
+}
+
+TEST(ExportParameters, WordsIgnoreCaseAndBlanksAroundFields) {
+    ExportParameters p(" FILE ,,, Landscape ,clipboard, Legal ,default, 4 ,3e0,MM,Color,"
+                       "scaleable,MIFFRAME,preview");
+    EXPECT_STREQ(p.message(), "");
+    EXPECT_EQ(p.orientation(), exportLandscape);
+    EXPECT_EQ(p.paperSize(), paperLegal);
+    EXPECT_EQ(p.units(), unitsMillimetre);
+    EXPECT_EQ(p.asText(), "file,,,landscape,clipboard,legal,default,4.0,3.0,mm,color,scaleable,"
+                          "mifframe,preview");
+}
+
+TEST(ExportParameters, MalformedTextKeepsTheDefaultsAndSaysWhy) {
+    const struct {
+        const char* text;
+        const char* message;
+    } cases[] = {
+        {nullptr, "Export parameters: no text; the defaults are used"},
+        {"", "Export parameters: 1 fields instead of 14; the defaults are used"},
+        {"file,,,portrait", "Export parameters: 4 fields instead of 14; the defaults are used"},
+        {"file,,,sideways,clipboard,a4,default,6.5,5.0,in,gray,scaleable,mifframe,preview",
+         "Export parameters: field 4 (\"sideways\") is not understood; the defaults are used"},
+        {"file,,,landscape,clipboard,a4,default,0,5.0,in,gray,scaleable,mifframe,preview",
+         "Export parameters: field 8 (\"0\") is not understood; the defaults are used"},
+        {"file,,,landscape,clipboard,a4,default,6.5,5,0,in,gray,scaleable,mifframe,preview",
+         "Export parameters: 15 fields instead of 14; the defaults are used"},
+        {"file,,,landscape,clipboard,a4,default,6.5,5.0x,in,gray,scaleable,mifframe,preview",
+         "Export parameters: field 9 (\"5.0x\") is not understood; the defaults are used"},
+    };
+    for (const auto& c : cases) {
+        ExportParameters p;
+        p.setMifAnchoredFrameOnly(true);
+        p.setGrayScale(true);
+        EXPECT_FALSE(p.read(c.text)) << (c.text ? c.text : "(null)");
+        EXPECT_STREQ(p.message(), c.message);
+        EXPECT_EQ(p.asText(), ExportParameters::defaultText());
+        // The anchored-frame choice is a setting of its own: a bad text leaves it.
+        EXPECT_TRUE(p.mifAnchoredFrameOnly());
+    }
+}
+
+TEST(ExportParameters, SizesInPoints) {
+    ExportParameters p("file,,,portrait,clipboard,a4,default,2.54,10,cm,color,scaleable,"
+                       "mifframe,preview");
+    EXPECT_NEAR(p.pictureSizeInPoints().x(), 72.0, 1e-9);
+    EXPECT_NEAR(p.pictureSizeInPoints().y(), 72.0 / 2.54 * 10, 1e-9);
+    EXPECT_NEAR(p.paperSizeInPoints().x(), 595.28, 1e-9);
+    p.setPaperSize(paperLetter);
+    EXPECT_DOUBLE_EQ(p.paperSizeInPoints().y(), 792);
+    EXPECT_DOUBLE_EQ(ExportParameters().pictureSizeInPoints().x(), 6.5 * 72);
+}
+
+} // namespace
