@@ -1,12 +1,13 @@
-// timing_diagram: draws a small timing diagram through the toolkit's device layer onto an
-// image and writes it as PNG. The diagram is described in sheet units (nanoseconds across,
+// timing_diagram: draws a small timing diagram through the toolkit's device layer and writes
+// it as PNG, PDF and SVG. The diagram is described in sheet units (nanoseconds across,
 // signal rows down); one transformation maps it to pixels, and a Device over a TqPainter
 // paints it: clock and bus waveforms, a filled highlight, dashed grid lines, an arrow and
 // text.
 //
-//   timing_diagram [output.png]      (default: timing_diagram.png)
+//   timing_diagram [folder]      (default: the current folder)
 #include "core/TqObject.h"
 #include "graphics/Device.h"
+#include "graphics/QtFileDevice.h"
 #include "graphics/TqPainter.h"
 
 #include <QGuiApplication>
@@ -14,6 +15,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <vector>
 
 namespace {
@@ -83,27 +85,16 @@ void drawBus(Device& device, int row, const std::vector<std::pair<double, const 
     }
 }
 
-} // namespace
+constexpr int v_width = 760, v_height = 300;
 
-int main(int argc, char** argv) {
-    const char* output = argc > 1 ? argv[1] : "timing_diagram.png";
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    QGuiApplication application(argc, argv);
-    TqObject::startUp();
-
-    std::puts("1. An image and a device that paints on it");
-    QImage image(760, 300, QImage::Format_RGB32);
-    TqPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
-    Device device(painter);
+// The whole diagram, drawn on any device whose units are pixels of a 760 x 300 canvas.
+void drawDiagram(Device& device) {
     device.setBackgroundColor(wsiWhite);
-    device.erase(DeviceRectangle(0, 0, image.width(), image.height()));
-
-    std::puts("2. Sheet units (ns across, rows down) mapped to pixels");
+    device.erase(DeviceRectangle(0, 0, v_width, v_height));
     // 8 pixels per ns, 60 pixels per row, the waveforms starting right of the names.
     device.setDisplayTransformation(TqMatrix(FloatPoint(8.0, 60.0), FloatPoint(90.0, 40.0)));
 
-    std::puts("3. A highlighted setup window and dashed grid lines at the rising edges");
+    // A highlighted setup window and dashed grid lines at the rising edges.
     device.setColor(wsiYellow);
     device.fillRectangle(SheetRectangle(SheetPoint(27, 0), SheetPoint(30, 4 * v_rowHeight)));
     device.setColor(wsiGray);
@@ -114,7 +105,7 @@ int main(int argc, char** argv) {
     }
     device.setPenStyle(wsiPenSolid);
 
-    std::puts("4. Names, clock, reset, a data bus and a valid strobe");
+    // Names, clock, reset, a data bus and a valid strobe.
     WsiFont font("DejaVu Sans", 10);
     WsiFont title("DejaVu Sans", 12);
     title.setBold(true);
@@ -138,7 +129,7 @@ int main(int argc, char** argv) {
     device.setColor(wsiDarkGreen);
     drawSignal(device, 3, {{0, false}, {30, true}, {50, false}});
 
-    std::puts("5. An arrow from the clock edge to the strobe it causes");
+    // An arrow from the clock edge to the strobe it causes.
     device.setPenWidth(1);
     device.setColor(wsiRed);
     const TqMatrix& m = device.displayTransformation(false);
@@ -146,10 +137,49 @@ int main(int argc, char** argv) {
                            DevicePoint(SheetPoint(30.8, high(3) - 0.05), m)};
     device.drawCappedPolylineUnTransformed(wsiLineCapRound, wsiLineCapArrow, DevicePoint(10, 8), 2,
                                            arrow);
+}
 
+bool report(int step, const std::string& file, bool written) {
+    std::printf("%d. %s %s\n", step, written ? "Wrote" : "Could not write", file.c_str());
+    return written;
+}
+
+bool writePng(const std::string& file) {
+    QImage image(v_width, v_height, QImage::Format_RGB32);
+    TqPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    Device device(painter);
+    drawDiagram(device);
     painter.end();
-    const bool saved = image.save(output, "PNG");
-    std::printf("6. %s %s\n", saved ? "Wrote" : "Could not write", output);
+    return image.save(QString::fromStdString(file), "PNG");
+}
+
+bool writePdf(const std::string& file) {
+    PDFDevice device(file.c_str(), "timing_diagram", v_width, v_height);
+    drawDiagram(device);
+    return device.close();
+}
+
+bool writeSvg(const std::string& file) {
+    SVGDevice device(file.c_str(), "timing_diagram", v_width, v_height);
+    drawDiagram(device);
+    return device.close();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::string folder = argc > 1 ? argv[1] : ".";
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    QGuiApplication application(argc, argv);
+    TqObject::startUp();
+
+    std::puts("1. One drawing routine, in sheet units (ns across, signal rows down), mapped to\n"
+              "   the pixels of a 760 x 300 canvas, painted through a Device onto:");
+    const std::string stem = folder + "/timing_diagram";
+    bool ok = report(2, stem + ".png", writePng(stem + ".png"));
+    ok = report(3, stem + ".pdf", writePdf(stem + ".pdf")) && ok;
+    ok = report(4, stem + ".svg", writeSvg(stem + ".svg")) && ok;
     TqObject::shutDown();
-    return saved ? 0 : 1;
+    return ok ? 0 : 1;
 }
