@@ -112,6 +112,10 @@ TEST(OutputDevice, ClipPoints_ClampsAndTestsConsecutiveOutcodes) {
          true,
          {{0, 50}, {0, 60}, {100, 50}}},
         {"all below", {{0, 101}, {100, 200}}, false, {{0, 100}, {100, 100}}},
+        {"points after the first visible pair clamped too",
+         {{10, 10}, {20, 20}, {-5, 300}, {500, -5}, {7, 8}},
+         true,
+         {{10, 10}, {20, 20}, {0, 100}, {100, 0}, {7, 8}}},
     };
     for (const ClipPointsCase& c : cases) {
         SCOPED_TRACE(c.what);
@@ -119,6 +123,10 @@ TEST(OutputDevice, ClipPoints_ClampsAndTestsConsecutiveOutcodes) {
         EXPECT_EQ(device.clipPoints(static_cast<unsigned short>(in.size()), in.data(), out.data()),
                   c.visible);
         EXPECT_EQ(out, c.out);
+        // In place: each point's outcode is taken before the point is overwritten.
+        EXPECT_EQ(device.clipPoints(static_cast<unsigned short>(in.size()), in.data(), in.data()),
+                  c.visible);
+        EXPECT_EQ(in, c.out);
     }
 }
 

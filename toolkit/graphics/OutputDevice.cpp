@@ -24,7 +24,7 @@ inline unsigned clampPoint(const DevicePoint& in, DevicePoint& out, std::int32_t
     const std::int32_t x = in.x(), y = in.y();
     const unsigned code =
         unsigned(x < l) | unsigned(x > r) << 1 | unsigned(y < t) << 2 | unsigned(y > b) << 3;
-    out.setXY(std::min(std::max(x, l), r), std::min(std::max(y, t), b));
+    out.setXY(std::clamp(x, l, r), std::clamp(y, t, b));
     return code;
 }
 
@@ -39,15 +39,32 @@ bool OutputDevice::clipPoints(unsigned short n, DevicePoint* in, DevicePoint* ou
         return false;
     const std::int32_t l = m_clipRect.left(), t = m_clipRect.top();
     const std::int32_t r = m_clipRect.right(), b = m_clipRect.bottom();
-    // Two passes, each free of a dependency from one point to the next so that the compiler
-    // can vectorise them: clamp and record the outcodes, then test the pairs.
-    static std::uint8_t codes[65536];
-    for (unsigned i = 0; i < n; ++i)
-        codes[i] = static_cast<std::uint8_t>(clampPoint(in[i], out[i], l, t, r, b));
-    unsigned shared = n >= 2 ? std::min(1u, unsigned(codes[n - 1] & codes[0])) : 1;
-    for (unsigned i = 1; i < n; ++i)
-        shared &= std::min(1u, unsigned(codes[i] & codes[i - 1]));
-    return shared == 0;
+    // The outcodes matter only until the first pair of neighbours that shares no outside edge
+    // (in a drawing, usually the first pair); after it the points are just clamped. Outcodes
+    // are taken in blocks of two passes, each free of a dependency from one point to the next
+    // so that the compiler vectorises it: clamp and record, then test the pairs. Each outcode
+    // is taken before its point is written, so in and out may be the same array.
+    constexpr unsigned block = 512;
+    std::uint32_t codes[block + 1];
+    const unsigned first = clampPoint(in[0], out[0], l, t, r, b);
+    unsigned previous = first;
+    for (unsigned start = 1; start < n; start += block) {
+        const unsigned count = std::min(block, unsigned(n) - start);
+        codes[0] = previous;
+        for (unsigned i = 0; i < count; ++i)
+            codes[i + 1] = clampPoint(in[start + i], out[start + i], l, t, r, b);
+        unsigned disjoint = 0;
+        for (unsigned i = 0; i < count; ++i)
+            disjoint |= unsigned((codes[i] & codes[i + 1]) == 0);
+        if (disjoint) {
+            for (unsigned j = start + count; j < n; ++j)
+                out[j].setXY(std::clamp(in[j].x(), l, r), std::clamp(in[j].y(), t, b));
+            return true;
+        }
+        previous = codes[count];
+    }
+    // Every neighbouring pair shares an edge: the closing pair decides, for two points or more.
+    return n >= 2 && (previous & first) == 0;
 }
 
 bool OutputDevice::clipPoints(unsigned short n, va_list in, DevicePoint* out) {
