@@ -141,50 +141,44 @@ TEST(Scanner, KeywordsMatchWithoutRegardToCase) {
     keywords.deleteContents();
 }
 
-TEST(Scanner, VerilogBaseTableGivesBasePrefixTokens) {
+TEST(Scanner, BaseAndNewlineClassesGiveTheirOwnTokens) {
     std::unique_ptr<ScanType[]> table(Scanner::newTypeTable());
     Scanner::setType("hH", ST_BASE_HEX, table.get());
     Scanner::setType("bB", ST_BASE_BIN, table.get());
-    EXPECT_EQ(scanAll("'hff 'x B\"01\" bad", table.get()), (Scanned{{ST_BASE_HEX, "'h"},
-                                                                    {ST_WORD, "ff"},
-                                                                    {ST_QUOTE, "'"},
-                                                                    {ST_WORD, "x"},
-                                                                    {ST_BASE_BIN, "B"},
-                                                                    {ST_STRING, "01"},
-                                                                    {ST_WORD, "bad"},
-                                                                    {ST_END, ""}}));
-}
-
-TEST(Scanner, NewlineClassMakesLineEndsTokens) {
-    std::unique_ptr<ScanType[]> table(Scanner::newTypeTable());
     Scanner::setType('\n', ST_NEWLINE, table.get());
-    EXPECT_EQ(scanAll("a\nb", table.get()),
-              (Scanned{{ST_WORD, "a"}, {ST_NEWLINE, "\n"}, {ST_WORD, "b"}, {ST_END, ""}}));
+    EXPECT_EQ(scanAll("'hff 'x B\"01\" bad\nz", table.get()), (Scanned{{ST_BASE_HEX, "'h"},
+                                                                       {ST_WORD, "ff"},
+                                                                       {ST_QUOTE, "'"},
+                                                                       {ST_WORD, "x"},
+                                                                       {ST_BASE_BIN, "B"},
+                                                                       {ST_STRING, "01"},
+                                                                       {ST_WORD, "bad"},
+                                                                       {ST_NEWLINE, "\n"},
+                                                                       {ST_WORD, "z"},
+                                                                       {ST_END, ""}}));
 }
 
 TEST(Scanner, WordFlagsAdmitExactlyTheirAsymmetricClasses) {
+    using Set = std::initializer_list<ScanType>;
+    auto in = [](Set set, ScanType type) {
+        return std::find(set.begin(), set.end(), type) != set.end();
+    };
+    const Set always = {ST_LETTER, ST_NUMBER, ST_BASE_HEX, ST_BASE_DEC, ST_BASE_BIN, ST_BASE_OCT};
+    const Set slashDot = {ST_POINT, ST_LBRACKET, ST_RBRACKET, ST_DOUBLEQUOTE};
+    const Set squareBrackets = {ST_SLASH2, ST_BACKSLASH};
     Scanner scanner("", nullptr);
-    const ScanType always[] = {ST_LETTER,   ST_NUMBER,   ST_BASE_HEX,
-                               ST_BASE_DEC, ST_BASE_BIN, ST_BASE_OCT};
-    const ScanType slashDot[] = {ST_POINT, ST_LBRACKET, ST_RBRACKET, ST_DOUBLEQUOTE};
-    const ScanType squareBrackets[] = {ST_SLASH2, ST_BACKSLASH};
-    for (char slash : {0, 1}) {
+    for (char slash : {0, 1})
         for (char square : {0, 1}) {
             scanner.setAllowSlashDotInWords(slash);
             scanner.setAllowSquareBracketsInWords(square);
             for (int t = 0; t < ST_COUNT; ++t) {
-                auto type = static_cast<ScanType>(t);
-                bool expected =
-                    std::find(std::begin(always), std::end(always), type) != std::end(always) ||
-                    (slash && std::find(std::begin(slashDot), std::end(slashDot), type) !=
-                                  std::end(slashDot)) ||
-                    (square && std::find(std::begin(squareBrackets), std::end(squareBrackets),
-                                         type) != std::end(squareBrackets));
-                EXPECT_EQ(scanner.isAllowableInWord(type), expected)
+                const auto type = static_cast<ScanType>(t);
+                EXPECT_EQ(scanner.isAllowableInWord(type), in(always, type) ||
+                                                               (slash && in(slashDot, type)) ||
+                                                               (square && in(squareBrackets, type)))
                     << "type " << t << " slash " << int(slash) << " square " << int(square);
             }
         }
-    }
 }
 
 TEST(Scanner, SlashDotFlagKeepsPointsBracketsAndQuotesInWords) {
