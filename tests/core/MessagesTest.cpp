@@ -182,14 +182,22 @@ TEST_F(UserMessages, WithAGuiTheDialogChoosesIconTitleAndAnswer) {
     EXPECT_EQ(lastCall.icon, -1) << "no dialog while windows are not shown";
 }
 
-std::string captured;
+// Collects the debug print at the given level for its lifetime.
+struct DebugCapture {
+    explicit DebugCapture(int level) { setDebugPrintLevel(level); }
+    ~DebugCapture() {
+        setDebugPrintLevel(m_level);
+        setDebugPrintSink(m_sink);
+    }
+    static inline std::string text;
+    const int m_level = debugPrintLevel();
+    const DebugPrintSink m_sink = setDebugPrintSink([](const char* piece) { text += piece; });
+};
 
 TEST(DebugPrint, PrintsOnlyAtOrBelowTheCurrentLevel) {
-    const DebugPrintSink previous = setDebugPrintSink([](const char* text) { captured += text; });
-    const int previousLevel = debugPrintLevel();
+    DebugCapture capture(0);
+    std::string& captured = DebugCapture::text;
     captured.clear();
-
-    setDebugPrintLevel(0);
     Printf(DBG_ERRORS, "silent\n");
     dumpBuff(DBG_ERRORS, "abc", 3);
     EXPECT_EQ(captured, "") << "silent by default";
@@ -209,26 +217,19 @@ TEST(DebugPrint, PrintsOnlyAtOrBelowTheCurrentLevel) {
     DebugMessage::display("value %d", 3);
     EXPECT_EQ(captured, "DEBUG: value 3\n");
     EXPECT_STREQ(DebugMessage("a%sc", "b").text(), "abc");
-
-    setDebugPrintLevel(previousLevel);
-    setDebugPrintSink(previous);
 }
 
 TEST(MemorySystem, ReportsHeapFiguresThroughTheDebugPrint) {
-    const DebugPrintSink previous = setDebugPrintSink([](const char* text) { captured += text; });
-    const int previousLevel = debugPrintLevel();
-    setDebugPrintLevel(DBG_INFO);
-    captured.clear();
+    DebugCapture capture(DBG_INFO);
+    const std::string& captured = DebugCapture::text;
+    DebugCapture::text.clear();
     {
         MemorySystem scope;
         MemorySystem::displayMemStats("after start-up");
     }
-    EXPECT_NE(captured.find("after start-up: "), std::string::npos) << captured;
-    EXPECT_NE(captured.find(" bytes in use, "), std::string::npos) << captured;
-    EXPECT_NE(captured.find("MemorySystem: heap in use changed by "), std::string::npos)
-        << captured;
-    setDebugPrintLevel(previousLevel);
-    setDebugPrintSink(previous);
+    for (const char* piece :
+         {"after start-up: ", " bytes in use, ", "MemorySystem: heap in use changed by "})
+        EXPECT_NE(captured.find(piece), std::string::npos) << captured;
 }
 
 } // namespace

@@ -30,16 +30,16 @@ private:
     std::vector<std::string>& m_log;
 };
 
-TEST(Model, WithoutDependents_HasNoListAndChangedSendsNothing) {
+class ModelTest : public ::testing::Test {
+protected:
+    std::vector<std::string> log;
+};
+
+TEST_F(ModelTest, DependentLists_ExistOnlyWhileADependentIsAddedAndHoldItOnce) {
     Model model;
-    model.changed(aspectValue);
+    model.changed(aspectValue); // no dependents: nothing is sent
     EXPECT_FALSE(model.hasDependents());
     EXPECT_EQ(model.dependents(), nullptr);
-}
-
-TEST(Model, AddingTwice_LeavesOneEntryAndRemovingDropsBothLists) {
-    std::vector<std::string> log;
-    Model model;
     Recorder d("d", log);
     model.addDependent(d);
     model.addDependent(d);
@@ -50,21 +50,25 @@ TEST(Model, AddingTwice_LeavesOneEntryAndRemovingDropsBothLists) {
     EXPECT_FALSE(model.hasDependents());
     EXPECT_FALSE(d.isDependent());
     model.removeDependent(d); // not a dependent any more: nothing happens
+    EXPECT_TRUE(log.empty());
 }
 
-TEST(Model, Changed_ReachesEveryDependentInOrderAdded) {
-    std::vector<std::string> log;
+// More dependents than the inline snapshot holds, added in an order unlike their names.
+TEST_F(ModelTest, Changed_ReachesEveryDependentInOrderAdded) {
     Model model;
-    Recorder a("a", log), b("b", log), c("c", log);
-    model.addDependent(b);
-    model.addDependent(a);
-    model.addDependent(c);
+    std::vector<std::unique_ptr<Recorder>> many;
+    std::vector<std::string> expected;
+    for (int i = 0; i < 40; ++i) {
+        const std::string name = std::to_string((i * 7) % 40);
+        many.push_back(std::make_unique<Recorder>(name, log));
+        model.addDependent(*many.back());
+        expected.push_back(name + ":Model:4");
+    }
     model.changed(aspectContents);
-    EXPECT_EQ(log, (std::vector<std::string>{"b:Model:4", "a:Model:4", "c:Model:4"}));
+    EXPECT_EQ(log, expected);
 }
 
-TEST(Model, DestroyingEitherSide_UnlinksTheOther) {
-    std::vector<std::string> log;
+TEST_F(ModelTest, DestroyingEitherSide_UnlinksTheOther) {
     Model first, second;
     {
         Recorder d("d", log);
@@ -102,7 +106,7 @@ public:
     std::unique_ptr<Dependent> m_destroy;
 };
 
-TEST(Model, Changed_SurvivesDependentsLeavingDuringTheirUpdate) {
+TEST_F(ModelTest, Changed_SurvivesDependentsLeavingDuringTheirUpdate) {
     struct Case {
         const char* what;
         int remover;   // index of the Remover among the four dependents
@@ -118,7 +122,7 @@ TEST(Model, Changed_SurvivesDependentsLeavingDuringTheirUpdate) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        std::vector<std::string> log;
+        log.clear();
         Model model;
         std::vector<std::unique_ptr<Dependent>> owned;
         std::vector<Dependent*> all;
@@ -143,20 +147,7 @@ TEST(Model, Changed_SurvivesDependentsLeavingDuringTheirUpdate) {
     }
 }
 
-TEST(Model, Changed_WithMoreDependentsThanTheInlineSnapshot) {
-    std::vector<std::string> log;
-    Model model;
-    std::vector<std::unique_ptr<Recorder>> many;
-    for (int i = 0; i < 40; ++i) {
-        many.push_back(std::make_unique<Recorder>("r", log));
-        model.addDependent(*many.back());
-    }
-    model.changed(aspectAll);
-    EXPECT_EQ(log.size(), 40u);
-}
-
-TEST(Model, ForwardingOverloads_ReachTheGeneralOverload) {
-    std::vector<std::string> log;
+TEST_F(ModelTest, ForwardingOverloads_ReachTheGeneralOverload) {
     Recorder d("d", log);
     VerticalScrollBar vertical;
     HorizontalScrollBar horizontal;
@@ -174,8 +165,7 @@ TEST(Model, ForwardingOverloads_ReachTheGeneralOverload) {
                                              "d:Model:1", "d:Model:1", "d:Model:1", "d:Model:1"}));
 }
 
-TEST(Model, Relay_TellsOwnDependentsAsIfTheyDependedOnTheSource) {
-    std::vector<std::string> log;
+TEST_F(ModelTest, Relay_TellsOwnDependentsAsIfTheyDependedOnTheSource) {
     Model relayer;
     VerticalScrollBar source;
     Recorder d("d", log);
@@ -185,8 +175,7 @@ TEST(Model, Relay_TellsOwnDependentsAsIfTheyDependedOnTheSource) {
     EXPECT_FALSE(source.hasDependents());
 }
 
-TEST(Model, DependentAsModel_ChainsNotification) {
-    std::vector<std::string> log;
+TEST_F(ModelTest, DependentAsModel_ChainsNotification) {
     Model model;
     Recorder middle("m", log), last("l", log);
     model.addDependent(middle);
@@ -196,8 +185,7 @@ TEST(Model, DependentAsModel_ChainsNotification) {
     EXPECT_TRUE(last.models()->contains(&middle));
 }
 
-TEST(Model, ImageFor_FindsTheDependentShowingTheObject) {
-    std::vector<std::string> log;
+TEST_F(ModelTest, ImageFor_FindsTheDependentShowingTheObject) {
     Model model, shown, other;
     Recorder a("a", log), b("b", log);
     b.m_shown = &shown;

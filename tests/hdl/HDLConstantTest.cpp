@@ -70,6 +70,9 @@ TEST(ParseHDLConstant, RecognisesPlainVerilogAndVHDLConstants) {
                  {"", "1z", HDLVerilog, RadixHexadecimal, 0, 2, 8});
     expectParsed(Parsed(parseVHDLConstant, " 4 B\t\"1_0\""),
                  {"", "1_0", HDLVHDL, RadixBinary, 1, 4, 2});
+    // A plain decimal keeps a caller's VHDL, and its count is added to bits, not assigned.
+    expectParsed(Parsed(parseHDLConstant, "8", HDLVHDL, RadixNone, 0, 0, 5),
+                 {"", "8", HDLVHDL, RadixPlainDecimal, 0, 0, 9});
 }
 
 // A failure clears the language a caller set; parseHDLConstant clears every other output too.
@@ -93,14 +96,6 @@ TEST(ParseHDLConstant, RejectsMalformedTextAndClearsTheOutputs) {
                 EXPECT_EQ(p.bits, 0u);
             }
         }
-}
-
-TEST(ParseHDLConstant, PlainDecimalKeepsACallersVHDLAndAddsToBits) {
-    const Parsed p(parseHDLConstant, "8", HDLVHDL, RadixNone, 0, 0, 5);
-    ASSERT_NE(p.digits, nullptr);
-    EXPECT_EQ(p.language, HDLVHDL);
-    EXPECT_EQ(p.radix, RadixPlainDecimal);
-    EXPECT_EQ(p.bits, 9u) << "the count is added, not assigned";
 }
 
 // What the application does with a constant a user typed: parse it, then build the value

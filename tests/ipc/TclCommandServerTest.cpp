@@ -322,15 +322,11 @@ TEST(TclCommandServerPortFile, UnusablePort_FailsWithTheBindMessage) {
 
 TEST(TclConnectionWithClientStatic, EncodeRespAndWriteInt_GiveTheMarkersAndBigEndianBytes) {
     // TCS_NONE to TCS_DISCONNECT, then a value that is no type
-    const char* const markers[] = {"",
-                                   "__TCS__ERROR__",
-                                   "__TCS__RESULT__",
-                                   "__TCS__START__RESULT__",
-                                   "__TCS__END__",
-                                   "__TCS__STATUS__",
-                                   "__TCS__PROMPT__",
-                                   "__TCS__DISCONNECT__",
-                                   ""};
+    // clang-format off
+    const char* const markers[] = {"", "__TCS__ERROR__", "__TCS__RESULT__",
+        "__TCS__START__RESULT__", "__TCS__END__", "__TCS__STATUS__", "__TCS__PROMPT__",
+        "__TCS__DISCONNECT__", ""};
+    // clang-format on
     for (int type = 0; type < 9; ++type) {
         const auto respType = static_cast<TclServerRespType>(type);
         EXPECT_STREQ(TclConnectionWithClient::encodeResp(respType), markers[type]) << type;

@@ -94,7 +94,6 @@ TEST_F(FileParserTest, ReadsSectionsIntoElementTrees) {
 }
 
 TEST_F(FileParserTest, ElementsGiveTheirItemsByIndexAndSafeDefaultsPastTheEnd) {
-    RecordingParser parser("Signal(edge(1 \"x\") 2)");
     struct Keep : RecordingParser {
         using RecordingParser::RecordingParser;
         bool processKept(FileSection& section) override {
@@ -122,7 +121,6 @@ TEST_F(FileParserTest, ElementsGiveTheirItemsByIndexAndSafeDefaultsPastTheEnd) {
 }
 
 TEST_F(FileParserTest, SyntaxErrorDiscardsTheSectionAndFailsTheRead) {
-    RecordingParser parser("Signal(a) Signal(((((");
     std::string deep = "Signal(" + std::string(100000, '(') + ")";
     RecordingParser nested(deep.c_str());
     EXPECT_FALSE(nested.read(1));

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -23,6 +24,7 @@ Scanned scanAll(Scanner& scanner) {
     for (int guard = 0; guard < 100000; ++guard) {
         Token& token = scanner.scanToken();
         tokens.emplace_back(token.type(), std::string(token.text(), token.length()));
+        EXPECT_EQ(std::strlen(token.text()), token.length()) << "the text is terminated";
         if (token.type() == ST_END)
             break;
     }
@@ -32,6 +34,15 @@ Scanned scanAll(Scanner& scanner) {
 Scanned scanAll(const char* text, ScanType* table = nullptr) {
     Scanner scanner(text, table);
     return scanAll(scanner);
+}
+
+// One token per character of text, of the types in order, then the end.
+Scanned singles(const char* text, std::initializer_list<ScanType> types) {
+    Scanned tokens;
+    for (ScanType type : types)
+        tokens.emplace_back(type, std::string(1, *text++));
+    tokens.emplace_back(ST_END, "");
+    return tokens;
 }
 
 struct ScanCase {
@@ -91,28 +102,12 @@ INSTANTIATE_TEST_SUITE_P(
         ScanCase{"QuoteWithoutBaseTableLeavesTheNextCharacter",
                  "'h",
                  {{ST_QUOTE, "'"}, {ST_WORD, "h"}, {ST_END, ""}}},
-        ScanCase{"Punctuation",
-                 "+-*/()[]:,<>#;^\\",
-                 {{ST_PLUS, "+"},
-                  {ST_MINUS, "-"},
-                  {ST_STAR, "*"},
-                  {ST_SLASH, "/"},
-                  {ST_LPAREN, "("},
-                  {ST_RPAREN, ")"},
-                  {ST_LBRACKET, "["},
-                  {ST_RBRACKET, "]"},
-                  {ST_COLON, ":"},
-                  {ST_COMMA, ","},
-                  {ST_LESS, "<"},
-                  {ST_GREATER, ">"},
-                  {ST_HASH, "#"},
-                  {ST_SEMICOLON, ";"},
-                  {ST_CARET, "^"},
-                  {ST_BACKSLASH, "\\"},
-                  {ST_END, ""}}},
-        ScanCase{"UnlistedCharactersAreOfClassNone",
-                 "{=",
-                 {{ST_NONE, "{"}, {ST_NONE, "="}, {ST_END, ""}}}),
+        ScanCase{"Punctuation", "+-*/()[]:,<>#;^\\",
+                 singles("+-*/()[]:,<>#;^\\",
+                         {ST_PLUS, ST_MINUS, ST_STAR, ST_SLASH, ST_LPAREN, ST_RPAREN, ST_LBRACKET,
+                          ST_RBRACKET, ST_COLON, ST_COMMA, ST_LESS, ST_GREATER, ST_HASH,
+                          ST_SEMICOLON, ST_CARET, ST_BACKSLASH})},
+        ScanCase{"UnlistedCharactersAreOfClassNone", "{=", singles("{=", {ST_NONE, ST_NONE})}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Scanner, EndTokenRepeatsAfterEndOfInput) {
@@ -124,25 +119,14 @@ TEST(Scanner, EndTokenRepeatsAfterEndOfInput) {
     }
 }
 
-TEST(Scanner, OverlongWordIsCutAt8191CharactersAndConsumedWhole) {
-    std::string text(9000, 'a');
-    text += " b";
-    Scanner scanner(text.c_str(), nullptr);
-    Token& word = scanner.scanToken();
-    EXPECT_EQ(word.type(), ST_WORD);
-    EXPECT_EQ(word.length(), 8191u);
-    EXPECT_EQ(std::string(word.text()), std::string(8191, 'a'));
-    EXPECT_STREQ(scanner.scanToken().text(), "b");
-}
-
-TEST(Scanner, OverlongStringAndNumberAreCutToo) {
-    std::string text = "\"" + std::string(10000, 's') + "\" " + std::string(9000, '7');
-    Scanner scanner(text.c_str(), nullptr);
-    EXPECT_EQ(scanner.scanToken().length(), 8191u);
-    Token& number = scanner.scanToken();
-    EXPECT_EQ(number.type(), ST_NUMBER);
-    EXPECT_EQ(number.length(), 8191u);
-    EXPECT_EQ(scanner.scanToken().type(), ST_END);
+TEST(Scanner, OverlongWordStringAndNumberAreCutAt8191CharactersAndConsumedWhole) {
+    const std::string text = std::string(9000, 'a') + " \"" + std::string(10000, 's') + "\" " +
+                             std::string(9000, '7') + " b";
+    EXPECT_EQ(scanAll(text.c_str()), (Scanned{{ST_WORD, std::string(8191, 'a')},
+                                              {ST_STRING, std::string(8191, 's')},
+                                              {ST_NUMBER, std::string(8191, '7')},
+                                              {ST_WORD, "b"},
+                                              {ST_END, ""}}));
 }
 
 TEST(Scanner, KeywordsMatchWithoutRegardToCase) {
@@ -157,50 +141,44 @@ TEST(Scanner, KeywordsMatchWithoutRegardToCase) {
     keywords.deleteContents();
 }
 
-TEST(Scanner, VerilogBaseTableGivesBasePrefixTokens) {
+TEST(Scanner, BaseAndNewlineClassesGiveTheirOwnTokens) {
     std::unique_ptr<ScanType[]> table(Scanner::newTypeTable());
     Scanner::setType("hH", ST_BASE_HEX, table.get());
     Scanner::setType("bB", ST_BASE_BIN, table.get());
-    EXPECT_EQ(scanAll("'hff 'x B\"01\" bad", table.get()), (Scanned{{ST_BASE_HEX, "'h"},
-                                                                    {ST_WORD, "ff"},
-                                                                    {ST_QUOTE, "'"},
-                                                                    {ST_WORD, "x"},
-                                                                    {ST_BASE_BIN, "B"},
-                                                                    {ST_STRING, "01"},
-                                                                    {ST_WORD, "bad"},
-                                                                    {ST_END, ""}}));
-}
-
-TEST(Scanner, NewlineClassMakesLineEndsTokens) {
-    std::unique_ptr<ScanType[]> table(Scanner::newTypeTable());
     Scanner::setType('\n', ST_NEWLINE, table.get());
-    EXPECT_EQ(scanAll("a\nb", table.get()),
-              (Scanned{{ST_WORD, "a"}, {ST_NEWLINE, "\n"}, {ST_WORD, "b"}, {ST_END, ""}}));
+    EXPECT_EQ(scanAll("'hff 'x B\"01\" bad\nz", table.get()), (Scanned{{ST_BASE_HEX, "'h"},
+                                                                       {ST_WORD, "ff"},
+                                                                       {ST_QUOTE, "'"},
+                                                                       {ST_WORD, "x"},
+                                                                       {ST_BASE_BIN, "B"},
+                                                                       {ST_STRING, "01"},
+                                                                       {ST_WORD, "bad"},
+                                                                       {ST_NEWLINE, "\n"},
+                                                                       {ST_WORD, "z"},
+                                                                       {ST_END, ""}}));
 }
 
 TEST(Scanner, WordFlagsAdmitExactlyTheirAsymmetricClasses) {
+    using Set = std::initializer_list<ScanType>;
+    auto in = [](Set set, ScanType type) {
+        return std::find(set.begin(), set.end(), type) != set.end();
+    };
+    const Set always = {ST_LETTER, ST_NUMBER, ST_BASE_HEX, ST_BASE_DEC, ST_BASE_BIN, ST_BASE_OCT};
+    const Set slashDot = {ST_POINT, ST_LBRACKET, ST_RBRACKET, ST_DOUBLEQUOTE};
+    const Set squareBrackets = {ST_SLASH2, ST_BACKSLASH};
     Scanner scanner("", nullptr);
-    const ScanType always[] = {ST_LETTER,   ST_NUMBER,   ST_BASE_HEX,
-                               ST_BASE_DEC, ST_BASE_BIN, ST_BASE_OCT};
-    const ScanType slashDot[] = {ST_POINT, ST_LBRACKET, ST_RBRACKET, ST_DOUBLEQUOTE};
-    const ScanType squareBrackets[] = {ST_SLASH2, ST_BACKSLASH};
-    for (char slash : {0, 1}) {
+    for (char slash : {0, 1})
         for (char square : {0, 1}) {
             scanner.setAllowSlashDotInWords(slash);
             scanner.setAllowSquareBracketsInWords(square);
             for (int t = 0; t < ST_COUNT; ++t) {
-                auto type = static_cast<ScanType>(t);
-                bool expected =
-                    std::find(std::begin(always), std::end(always), type) != std::end(always) ||
-                    (slash && std::find(std::begin(slashDot), std::end(slashDot), type) !=
-                                  std::end(slashDot)) ||
-                    (square && std::find(std::begin(squareBrackets), std::end(squareBrackets),
-                                         type) != std::end(squareBrackets));
-                EXPECT_EQ(scanner.isAllowableInWord(type), expected)
+                const auto type = static_cast<ScanType>(t);
+                EXPECT_EQ(scanner.isAllowableInWord(type), in(always, type) ||
+                                                               (slash && in(slashDot, type)) ||
+                                                               (square && in(squareBrackets, type)))
                     << "type " << t << " slash " << int(slash) << " square " << int(square);
             }
         }
-    }
 }
 
 TEST(Scanner, SlashDotFlagKeepsPointsBracketsAndQuotesInWords) {
