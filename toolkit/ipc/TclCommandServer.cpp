@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <poll.h>
 #include <tcl.h>
+#include <thread>
 
 namespace {
 bool threadsDisabled() {
@@ -131,6 +132,12 @@ int TclCommandServer::syncSendCommand(TclServerCommand* command) {
     command->setExecuted(false);
     m_pending.push_back(command);
     m_requestSignal.vSend();
+    // A short command is usually done before a blocked sender could be woken: look a few
+    // times first, yielding so that a servicing thread on the same processor gets to run.
+    m_commandMutex.vRelease();
+    for (int look = 0; look < 64 && !command->executed(); ++look)
+        std::this_thread::yield();
+    m_commandMutex.vAquire();
     SyncSignal& finished = finishedSignalOf(command);
     // A stop releases the sender at once, unless its command is running: then the sender
     // waits for it, since the command belongs to the sender's connection.

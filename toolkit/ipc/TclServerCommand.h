@@ -5,6 +5,8 @@
 
 #include "core/TqExport.h"
 
+#include <atomic>
+
 class TclCommandServer;
 class TclConnectionWithClient;
 class TclServerCommand;
@@ -53,10 +55,10 @@ public:
     int result() const { return m_result; }
     void setResult(int result) { m_result = result; }
 
-    // Set by the servicing thread when it has executed the command it was handed (read and
-    // written under the server's command mutex).
-    bool executed() const { return m_executed; }
-    void setExecuted(bool executed) { m_executed = executed; }
+    // Set by the servicing thread when it has executed the command it was handed (written
+    // under the server's command mutex; its sender may look before taking the mutex).
+    bool executed() const { return m_executed.load(std::memory_order_acquire); }
+    void setExecuted(bool executed) { m_executed.store(executed, std::memory_order_release); }
 
 private:
     TclConnectionWithClient* m_connection;
@@ -67,5 +69,5 @@ private:
     Tcl_Obj* const* m_objv = nullptr;
     char m_async = 0;
     int m_result = 0;
-    bool m_executed = false;
+    std::atomic<bool> m_executed{false};
 };
