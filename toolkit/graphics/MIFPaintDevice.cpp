@@ -22,7 +22,11 @@ int MIFPaintDevice::metric(PaintDeviceMetric metric) const {
     case PdmPhysicalDpiX:
     case PdmPhysicalDpiY:
         return v_unitsPerInch;
+    case PdmDevicePixelRatio:
+        return 1;
+    case PdmDevicePixelRatioScaled:
+        return static_cast<int>(devicePixelRatioFScale());
     default:
-        return QPaintDevice::metric(metric);
+        return 0;
     }
 }
