@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <functional>
 #include <locale>
@@ -162,6 +163,28 @@ TEST(MIFDevice, GraphicObjects_AreWrittenLineByLine) {
     };
     for (const ObjectCase& c : cases)
         EXPECT_EQ(frameObjects(fileDrawnBy(c.draw)), c.objects) << c.what;
+}
+
+TEST(MIFDevice, ManyLines_ExpandAcrossChunksAndStateChanges) {
+    // About 20 bytes a line are kept, so this spans two megabyte chunks.
+    constexpr int lines = 70000;
+    std::string expected;
+    const std::string objects = frameObjects(fileDrawnBy([&](MIFDevice& d) {
+        for (int i = 0; i < lines; ++i) {
+            if (i % 7000 == 0) {
+                d.setColor(i / 7000 % 2 ? wsiRed : wsiGreen);
+                d.setPenWidth(i / 7000);
+            }
+            drawLine(d, {i % 1000, 5}, {i % 1000 + 10, 15});
+            const std::string from = MIFFormat::real(i % 1000 / 10.0) + " 0.5";
+            const std::string to = MIFFormat::real((i % 1000 + 10) / 10.0) + " 1.5";
+            expected += lineText(from.c_str(), to.c_str(), i / 7000 % 2 ? 2 : 3, solid,
+                                 MIFFormat::real(i / 7000 / 10.0).c_str());
+        }
+    }));
+    EXPECT_EQ(objects.size(), expected.size());
+    const auto differ = std::mismatch(objects.begin(), objects.end(), expected.begin()).first;
+    EXPECT_TRUE(differ == objects.end()) << "first difference at " << differ - objects.begin();
 }
 
 std::string textLine(const char* origin, const char* alignment, const char* font,

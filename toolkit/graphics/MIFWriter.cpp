@@ -12,8 +12,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::size_t v_chunkSize = 1 << 20;
-
 // The export's measuring resolution: a device unit is a tenth of a point.
 constexpr double v_unitsPerPoint = 10.0;
 
@@ -141,20 +139,30 @@ MIFWriter::MIFWriter(const char* jobName, std::ostream& out, const ExportParamet
 
 void MIFWriter::setColor(const QColor& color) {
     const int separation = MIFFormat::separationOf(color, m_parameters.isGrayScale());
-    if (separation >= 0)
+    if (separation >= 0 && separation != m_separation) {
         m_separation = separation;
+        m_lineHeadChanged = true;
+    }
+}
+
+void MIFWriter::setPenStyle(wsiPenStyle style) {
+    m_penStyle = style;
+    m_lineHeadChanged = true;
 }
 
 void MIFWriter::setPenWidth(double width) {
     m_penWidthText = MIFFormat::real(m_matrix.m11() / v_unitsPerPoint * width);
+    m_lineHeadChanged = true;
 }
 
-std::string& MIFWriter::objects() {
-    if (m_chunks.empty() || m_chunks.back().size() >= v_chunkSize) {
-        m_chunks.emplace_back();
-        m_chunks.back().reserve(v_chunkSize + 4096);
-    }
-    return m_chunks.back();
+std::string MIFWriter::lineHead() const {
+    std::string head;
+    appendPolyLineStart(head);
+    head += " <Fill 15>\n"sv;
+    emitDashedPattern(head, m_penStyle);
+    appendSeparation(head);
+    head += " <HeadCap Round>\n <TailCap Round>\n <NumPoints 2>\n <Point "sv;
+    return head;
 }
 
 void MIFWriter::appendX(std::string& out, std::int32_t x) const {
@@ -189,16 +197,21 @@ void MIFWriter::line(const DevicePoint& from, const DevicePoint& to) {
     DevicePoint a = from, b = to;
     if (m_clip && (!m_clip->clipLineSegment(a, b) || !m_clip->clipLineSegment(b, a)))
         return;
+    if (m_lineHeadChanged) {
+        m_objects.setLineHead(lineHead());
+        m_lineHeadChanged = false;
+    }
+    // Lines are kept compact: the head they share, then only their coordinates.
     std::string& out = objects();
-    appendPolyLineStart(out);
-    out += " <Fill 15>\n"sv;
-    emitDashedPattern(out, m_penStyle);
-    appendSeparation(out);
-    out += " <HeadCap Round>\n <TailCap Round>\n <NumPoints 2>\n"sv;
-    appendPoint(out, a);
-    out += '\n';
-    appendPoint(out, b);
-    out += "\n> # end PolyLine\n"sv;
+    out += MIFObjectBuffer::v_line;
+    appendX(out, a.x());
+    out += ' ';
+    appendY(out, a.y());
+    out += MIFObjectBuffer::v_nextPoint;
+    appendX(out, b.x());
+    out += ' ';
+    appendY(out, b.y());
+    out += MIFObjectBuffer::v_endLine;
 }
 
 void MIFWriter::curve(const DevicePoint& from, const DevicePoint& first, const DevicePoint& second,
@@ -485,8 +498,8 @@ bool MIFWriter::close() {
     head += rect;
     head += "  <Pen 15>\n  <FrameType Below>\n"sv;
     m_out.write(head.data(), static_cast<std::streamsize>(head.size()));
-    for (const std::string& chunk : m_chunks)
-        m_out.write(chunk.data(), static_cast<std::streamsize>(chunk.size()));
+    if (!m_objects.writeTo(m_out))
+        return false;
     std::string tail = " > # end of Frame\n> # end of AFrames\n";
     if (!m_parameters.mifAnchoredFrameOnly()) {
         tail += "<Page \n <PageType BodyPage >\n <TextRect \n  <ID 1>\n  <BRect  0 0 "sv;

@@ -8,6 +8,7 @@
 #include "graphics/DevicePoint.h"
 #include "graphics/DeviceRectangle.h"
 #include "graphics/ExportParameters.h"
+#include "graphics/MIFObjectBuffer.h"
 #include "graphics/TqMatrix.h"
 #include "graphics/wsiTypes.h"
 
@@ -71,7 +72,7 @@ public:
     // keeps the current one. Black at first.
     void setColor(const QColor& color);
     int separation() const { return m_separation; }
-    void setPenStyle(wsiPenStyle style) { m_penStyle = style; }
+    void setPenStyle(wsiPenStyle style);
     wsiPenStyle penStyle() const { return m_penStyle; }
     // In device units; written as the matrix's x scale / 10.0 * width.
     void setPenWidth(double width);
@@ -144,9 +145,9 @@ public:
     bool isClosed() const { return m_closed; }
 
 private:
-    // The string the next graphic object goes to: objects are kept in chunks of about a
-    // megabyte so that a large drawing never copies what it has collected.
-    std::string& objects();
+    std::string& objects() { return m_objects.text(); }
+    // The text every line object shares up to its first point, for the current state.
+    std::string lineHead() const;
     void appendX(std::string& out, std::int32_t x) const;
     void appendY(std::string& out, std::int32_t y) const;
     void appendPoint(std::string& out, const DevicePoint& p) const;
@@ -166,7 +167,8 @@ private:
     std::string m_penWidthText = "0.0";
     std::optional<DeviceRectangle> m_clip;
 
-    std::vector<std::string> m_chunks;
+    MIFObjectBuffer m_objects;
+    bool m_lineHeadChanged = true;
     std::deque<MIFArrowType> m_arrowTypes;
     std::vector<MIFFont> m_fonts;
 
