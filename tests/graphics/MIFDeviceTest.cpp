@@ -452,6 +452,36 @@ TEST(MIFDevice, Table_IsWrittenWithItsRulingCatalogAndTextFlow) {
               fileStart + tableFileEnd);
 }
 
+TEST(MIFDevice, TableCallsOutOfOrder_AreRepairedToAWellFormedTable) {
+    const std::string file = fileDrawnBy([](MIFDevice& d) {
+        d.startTable("", false);
+        d.endCell();
+        d.endRow();
+        d.endBody();
+        d.writeCellText("nowhere");
+        d.startHeader();
+        d.startRow();
+        d.startCell();
+        d.writeCellText("a");
+        d.startCell(2);
+        d.startBody();
+        d.startRow();
+        d.startCell();
+        d.endHeader();
+    });
+    EXPECT_NE(file.find("<Tbls\n<Tbl\n <TblID 1>\n <TblTag `Format A'>\n <TblH\n  <Row\n"
+                        "   <Cell <CellContent <Para <PgfTag `CellHeading'> <ParaLine <String "
+                        "`a'> > > > >\n"
+                        "   <Cell <CellColumns 2> <CellContent <Para <PgfTag `CellHeading'>> > >\n"
+                        "   <Cell <CellContent <Para <PgfTag `CellHeading'> <ParaLine <String `'> "
+                        "> > > >\n"
+                        " > >\n <TblBody\n  <Row\n"
+                        "   <Cell <CellContent <Para <PgfTag `CellBody'>> > >\n"
+                        " > >> # end Tbl\n> # end Tbls\n"),
+              std::string::npos);
+    EXPECT_EQ(unbalancedAt(file), "");
+}
+
 TEST(MIFDevice, TableTitle_GoesAboveOrBelowTheTable) {
     for (const bool below : {false, true}) {
         const std::string file = fileDrawnBy([&](MIFDevice& d) {

@@ -394,6 +394,10 @@ void MIFWriter::startTable(const char* title, bool titleBelow) {
 void MIFWriter::endTable() {
     if (!inTable())
         return;
+    endCell();
+    endRow();
+    endHeader();
+    endBody();
     m_table += "> # end Tbl\n"sv;
     m_tableOpen = false;
 }
@@ -401,42 +405,58 @@ void MIFWriter::endTable() {
 void MIFWriter::startHeader() {
     if (!inTable())
         return;
+    endBody();
+    endHeader();
     m_table += " <TblH\n"sv;
-    m_inHeader = true;
+    m_section = Section::header;
 }
 
 void MIFWriter::endHeader() {
-    if (!inTable())
+    if (!inTable() || m_section != Section::header)
         return;
+    endRow();
     m_table += " >\n"sv;
-    m_inHeader = false;
+    m_section = Section::none;
 }
 
 void MIFWriter::startBody() {
     if (!inTable())
         return;
+    endHeader();
+    endBody();
     m_table += " <TblBody\n"sv;
-    m_inHeader = false;
+    m_section = Section::body;
 }
 
 void MIFWriter::endBody() {
-    if (inTable())
-        m_table += " >"sv;
+    if (!inTable() || m_section != Section::body)
+        return;
+    endRow();
+    m_table += " >"sv;
+    m_section = Section::none;
 }
 
 void MIFWriter::startRow() {
-    if (inTable())
-        m_table += "  <Row\n"sv;
+    if (!inTable())
+        return;
+    endRow();
+    m_table += "  <Row\n"sv;
+    m_rowOpen = true;
 }
 
 void MIFWriter::endRow() {
-    if (inTable())
-        m_table += " >"sv;
+    if (!inTable() || !m_rowOpen)
+        return;
+    endCell();
+    m_table += " >"sv;
+    m_rowOpen = false;
 }
 
 void MIFWriter::startCell(int columns) {
     if (!inTable())
         return;
+    endCell();
+    m_cellOpen = true;
     m_cellColumns = std::max(columns, 1);
     m_table += "   <Cell "sv;
     if (m_cellColumns > 1) {
@@ -445,12 +465,12 @@ void MIFWriter::startCell(int columns) {
         m_table += "> "sv;
     }
     m_table += "<CellContent <Para <PgfTag `Cell"sv;
-    m_table += m_inHeader ? "Heading"sv : "Body"sv;
+    m_table += m_section == Section::header ? "Heading"sv : "Body"sv;
     m_table += "'>"sv;
 }
 
 void MIFWriter::writeCellText(const char* text) {
-    if (!inTable() || !text)
+    if (!inTable() || !m_cellOpen || !text)
         return;
     m_table += " <ParaLine <String `"sv;
     MIFFormat::appendString(m_table, text);
@@ -458,14 +478,15 @@ void MIFWriter::writeCellText(const char* text) {
 }
 
 void MIFWriter::endCell() {
-    if (!inTable())
+    if (!inTable() || !m_cellOpen)
         return;
     m_table += "> > >\n"sv;
     // The covered columns get empty cells; they are heading cells even in the body, as
     // existing files have them.
     for (int i = 1; i < m_cellColumns; ++i)
-        m_table +=
-            "   <Cell <CellContent <Para <PgfTag `CellHeading'> <ParaLine <String `'> > > > >\n"sv;
+        m_table += "   <Cell <CellContent <Para <PgfTag `CellHeading'> <ParaLine <String `'> > "
+                   "> > >\n"sv;
+    m_cellOpen = false;
     m_cellColumns = 1;
 }
 

@@ -119,7 +119,10 @@ public:
     // A writer holds one table, and starting it makes the export a table export (graphic
     // objects are then not written). The table's title, when title is neither null nor
     // empty, goes above the table or, with titleBelow, below it. A second startTable is
-    // ignored, and so are the other table calls outside the table.
+    // ignored, and so are the other table calls outside the table. Calls out of order are
+    // repaired so that the file stays well formed: starting a header, body, row or cell first
+    // ends the one open at its level, ending a part that is not open does nothing, and
+    // endTable first ends whatever is open.
     void startTable(const char* title, bool titleBelow);
     void endTable();
     void startHeader();
@@ -175,7 +178,10 @@ private:
     std::string m_table;
     bool m_tableStarted = false;
     bool m_tableOpen = false;
-    bool m_inHeader = false;
+    enum class Section { none, header, body };
+    Section m_section = Section::none;
+    bool m_rowOpen = false;
+    bool m_cellOpen = false;
     int m_cellColumns = 1;
     bool m_closed = false;
 };
