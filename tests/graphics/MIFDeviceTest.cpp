@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <fstream>
 #include <functional>
 #include <locale>
@@ -370,6 +371,18 @@ TEST(MIFDevice, ScaleablePicture_StretchesTheDrawingToThePictureSize) {
     ASSERT_TRUE(device.close());
     EXPECT_NE(out.str().find("  <BRect  0 0 468.0 360.0>\n"), std::string::npos);
     EXPECT_EQ(frameObjects(out.str()), lineText("0.0 0.0", "468.0 360.0", 0, solid, "4.68"));
+}
+
+TEST(MIFDevice, WholeDeviceRange_StaysInsideTheDeviceRange) {
+    const DeviceRectangle everything(INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX);
+    for (const ExportParameters& parameters : {fixedParameters(), ExportParameters()}) {
+        std::ostringstream out;
+        MIFDevice device("job", out, parameters, everything);
+        EXPECT_EQ(device.measuringDevice()->width(), INT32_MAX);
+        drawLine(device, everything.origin(), everything.corner());
+        ASSERT_TRUE(device.close());
+        EXPECT_EQ(unbalancedAt(out.str()), "");
+    }
 }
 
 TEST(MIFDevice, GrayScale_PrintsOnlyBlackAndWhite) {

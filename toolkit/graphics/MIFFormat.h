@@ -21,7 +21,8 @@ public:
     // The general form of printf's "%g" (six significant digits, no trailing zeros):
     // 5 → "5", 2.5 → "2.5", 1234567 → "1.23457e+06". Non-finite values give "0".
     static void appendGeneral(std::string& out, double value);
-    // The same three as new strings, for callers that build one value at a time.
+    // appendReal and appendGeneral into new strings, for callers that build one value at
+    // a time.
     static std::string real(double value);
     static std::string general(double value);
 

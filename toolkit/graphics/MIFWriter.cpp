@@ -77,12 +77,15 @@ constexpr std::string_view v_endOfFile = "# End of MIFFile\n"sv;
 // when the picture is scaleable; a fixed picture keeps device units as tenths of a point.
 TqMatrix drawingMatrix(const ExportParameters& parameters, const DeviceRectangle& drawing) {
     double sx = 1.0, sy = 1.0;
+    // In doubles: the extent of a rectangle spanning the whole device range overflows 32 bits.
+    const double width = double(drawing.right()) - drawing.left();
+    const double height = double(drawing.bottom()) - drawing.top();
     if (parameters.isScaleable()) {
         const FloatPoint picture = parameters.pictureSizeInPoints();
-        if (drawing.width() > 0)
-            sx = picture.x() * v_unitsPerPoint / drawing.width();
-        if (drawing.height() > 0)
-            sy = picture.y() * v_unitsPerPoint / drawing.height();
+        if (width > 0)
+            sx = picture.x() * v_unitsPerPoint / width;
+        if (height > 0)
+            sy = picture.y() * v_unitsPerPoint / height;
     }
     return TqMatrix(FloatPoint(sx, sy), FloatPoint(-sx * drawing.left(), -sy * drawing.top()));
 }
@@ -129,11 +132,11 @@ MIFWriter::MIFWriter(const char* jobName, std::ostream& out, const ExportParamet
                      const DeviceRectangle& drawing)
     : m_jobName(jobName ? jobName : ""), m_out(out), m_parameters(parameters),
       m_matrix(drawingMatrix(parameters, drawing)) {
-    m_frameWidth = (m_matrix.applyXHalfTo(drawing.right(), false) -
-                    m_matrix.applyXHalfTo(drawing.left(), false)) /
+    m_frameWidth = (double(m_matrix.applyXHalfTo(drawing.right(), false)) -
+                    double(m_matrix.applyXHalfTo(drawing.left(), false))) /
                    v_unitsPerPoint;
-    m_frameHeight = (m_matrix.applyYHalfTo(drawing.bottom(), false) -
-                     m_matrix.applyYHalfTo(drawing.top(), false)) /
+    m_frameHeight = (double(m_matrix.applyYHalfTo(drawing.bottom(), false)) -
+                     double(m_matrix.applyYHalfTo(drawing.top(), false))) /
                     v_unitsPerPoint;
 }
 
