@@ -1,5 +1,5 @@
 // timing_diagram: draws a small timing diagram through the toolkit's device layer and writes
-// it as PNG, PDF and SVG. The diagram is described in sheet units (nanoseconds across,
+// it as PNG, PDF, SVG and MIF. The diagram is described in sheet units (nanoseconds across,
 // signal rows down); one transformation maps it to pixels, and a Device over a TqPainter
 // paints it: clock and bus waveforms, a filled highlight, dashed grid lines, an arrow and
 // text.
@@ -7,14 +7,18 @@
 //   timing_diagram [folder]      (default: the current folder)
 #include "core/TqObject.h"
 #include "graphics/Device.h"
+#include "graphics/ExportParameters.h"
+#include "graphics/MIFDevice.h"
 #include "graphics/QtFileDevice.h"
 #include "graphics/TqPainter.h"
 
 #include <QGuiApplication>
 #include <QImage>
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -87,12 +91,20 @@ void drawBus(Device& device, int row, const std::vector<std::pair<double, const 
 
 constexpr int v_width = 760, v_height = 300;
 
-// The whole diagram, drawn on any device whose units are pixels of a 760 x 300 canvas.
-void drawDiagram(Device& device) {
+// The canvas in device units, scale of them to the pixel.
+DeviceRectangle canvas(double scale) {
+    return DeviceRectangle(0, 0, static_cast<std::int32_t>(v_width * scale),
+                           static_cast<std::int32_t>(v_height * scale));
+}
+
+// The whole diagram on a 760 x 300 pixel canvas, drawn on a device with scale device units
+// to the pixel (the export formats have finer units of their own: text is measured in them).
+void drawDiagram(Device& device, double scale = 1) {
     device.setBackgroundColor(wsiWhite);
-    device.erase(DeviceRectangle(0, 0, v_width, v_height));
+    device.erase(canvas(scale));
     // 8 pixels per ns, 60 pixels per row, the waveforms starting right of the names.
-    device.setDisplayTransformation(TqMatrix(FloatPoint(8.0, 60.0), FloatPoint(90.0, 40.0)));
+    device.setDisplayTransformation(
+        TqMatrix(FloatPoint(8.0 * scale, 60.0 * scale), FloatPoint(90.0 * scale, 40.0 * scale)));
 
     // A highlighted setup window and dashed grid lines at the rising edges.
     device.setColor(wsiYellow);
@@ -117,26 +129,27 @@ void drawDiagram(Device& device) {
     }
     device.drawAlignedText("Write cycle", SheetPoint(v_cycles * v_period / 2, -0.3), title,
                            wsiAlignHCenter, wsiAlignBottom);
-    device.setPenWidth(2);
+    device.setPenWidth(std::lround(2 * scale));
     device.setColor(wsiDarkBlue);
     drawClock(device, 0);
     device.setColor(wsiDarkRed);
     drawSignal(device, 1, {{0, false}, {12, true}});
     device.setColor(wsiBlack);
-    device.setPenWidth(1);
+    device.setPenWidth(std::lround(scale));
     drawBus(device, 2, {{0, nullptr}, {20, "00"}, {30, "A5"}, {40, "3C"}, {60, "FF"}}, font);
-    device.setPenWidth(2);
+    device.setPenWidth(std::lround(2 * scale));
     device.setColor(wsiDarkGreen);
     drawSignal(device, 3, {{0, false}, {30, true}, {50, false}});
 
     // An arrow from the clock edge to the strobe it causes.
-    device.setPenWidth(1);
+    device.setPenWidth(std::lround(scale));
     device.setColor(wsiRed);
     const TqMatrix& m = device.displayTransformation(false);
     DevicePoint arrow[] = {DevicePoint(SheetPoint(30, low(0)), m),
                            DevicePoint(SheetPoint(30.8, high(3) - 0.05), m)};
-    device.drawCappedPolylineUnTransformed(wsiLineCapRound, wsiLineCapArrow, DevicePoint(10, 8), 2,
-                                           arrow);
+    device.drawCappedPolylineUnTransformed(
+        wsiLineCapRound, wsiLineCapArrow,
+        DevicePoint(std::int32_t(10 * scale), std::int32_t(8 * scale)), 2, arrow);
 }
 
 bool report(int step, const std::string& file, bool written) {
@@ -160,6 +173,24 @@ bool writePdf(const std::string& file) {
     return device.close();
 }
 
+// The export parameters of the document formats: a picture of the canvas's size at 96 pixels
+// per inch.
+const ExportParameters& exportParameters() {
+    static const ExportParameters parameters(
+        "file,,,portrait,noclipboard,letter,default,7.9167,3.125,in,color,scaleable,mifframe,"
+        "nopreview");
+    return parameters;
+}
+
+// A MIF device unit is a tenth of a point: 7.5 to a pixel at 96 per inch.
+bool writeMif(const std::string& file) {
+    constexpr double scale = 7.5;
+    std::ofstream out(file, std::ios::binary);
+    MIFDevice device("timing_diagram", out, exportParameters(), canvas(scale));
+    drawDiagram(device, scale);
+    return device.close() && out.good();
+}
+
 bool writeSvg(const std::string& file) {
     SVGDevice device(file.c_str(), "timing_diagram", v_width, v_height);
     drawDiagram(device);
@@ -180,6 +211,7 @@ int main(int argc, char** argv) {
     bool ok = report(2, stem + ".png", writePng(stem + ".png"));
     ok = report(3, stem + ".pdf", writePdf(stem + ".pdf")) && ok;
     ok = report(4, stem + ".svg", writeSvg(stem + ".svg")) && ok;
+    ok = report(5, stem + ".mif", writeMif(stem + ".mif")) && ok;
     TqObject::shutDown();
     return ok ? 0 : 1;
 }
