@@ -5,6 +5,7 @@
 #include "graphics/EPSDevice.h"
 #include "graphics/EPSEngine.h"
 
+#include <cctype>
 #include <sstream>
 #include <string>
 #include <vector>
