@@ -3,6 +3,8 @@
 // the same counting stream. An export writer's time is reported beside it.
 #include "ExportDrawing.h"
 
+#include "graphics/EPSDevice.h"
+
 #include <benchmark/benchmark.h>
 
 #include <charconv>
@@ -39,6 +41,27 @@ void BM_Baseline_ToCharsMoveToLineTo(benchmark::State& state) {
     state.counters["segments"] = double(v_segments);
 }
 BENCHMARK(BM_Baseline_ToCharsMoveToLineTo)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The drawing through EPSDevice: every segment through the device's polyline composite and
+// its primitives, with the colour and dash changes, into the same counting stream.
+void BM_EPSDevice_Segments(benchmark::State& state) {
+    long long bytes = 0;
+    for (auto _ : state) {
+        CountingStreambuf buffer;
+        std::ostream out(&buffer);
+        EPSDevice device(nullptr, "bench", out, ExportParameters());
+        device.open(DeviceRectangle(0, 0, 20000, 17000), DeviceRectangle(300, 400, 2800, 3400));
+        drawExportSegments(device, v_segments);
+        device.endPath();
+        device.close();
+        device.endOfPage();
+        out.flush();
+        bytes = buffer.bytes();
+    }
+    state.counters["bytes"] = double(bytes);
+    state.counters["segments"] = double(v_segments);
+}
+BENCHMARK(BM_EPSDevice_Segments)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
 
