@@ -313,6 +313,14 @@ TEST_F(EPSText, CurvesEllipsesAndFills_AreWrittenInTheirFixedForms) {
     EXPECT_EQ(written(), "newpath\n1 2 moveto\n11 2 lineto\n11 22 lineto\n1 22 lineto\n"
                          "closepath\ngsave\n  0 0 1 setrgbcolor\n  gsave fill grestore\n"
                          "  stroke\ngrestore\nnewpath\n");
+    m_device.setBackgroundColor(wsiYellow);
+    written();
+    m_device.erase(DeviceRectangle(0, 0, 5, 5));
+    EXPECT_EQ(written(),
+              "1 1 0 setrgbcolor\nnewpath\n0 0 moveto\n5 0 lineto\n5 5 lineto\n"
+              "0 5 lineto\nclosepath\ngsave\n  1 1 0 setrgbcolor\n  gsave fill grestore\n"
+              "  stroke\ngrestore\nnewpath\n0 0 1 setrgbcolor\n")
+        << "erase fills in the background colour and sets the drawing colour back";
     const SheetPoint triangle[] = {SheetPoint(0, 0), SheetPoint(8, 0), SheetPoint(4, 6)};
     m_device.fillPolygon(wsiRed, 3, triangle);
     EXPECT_EQ(written(), "newpath\n0 0 moveto\n8 0 lineto\n4 6 lineto\nclosepath\ngsave\n"

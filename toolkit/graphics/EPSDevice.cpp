@@ -131,10 +131,12 @@ void EPSDevice::primitiveLineTo(long x, long y) {
 
 void EPSDevice::primitiveFilledRect(const DeviceRectangle& r) {
     DevicePoint corners[4] = {r.origin(), r.upRight(), r.corner(), r.lowLeft()};
-    filledPolygonUnTransformed(color(), 4, corners);
+    filledPolygonUnTransformed(m_primitiveColor, 4, corners);
 }
 
 void EPSDevice::primitiveSetColor(wsiColor color) {
+    if (color != wsiNoColor)
+        m_primitiveColor = color;
     m_writer->setColor(color);
 }
 

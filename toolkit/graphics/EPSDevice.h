@@ -100,7 +100,8 @@ protected:
     // Writes the line from the current point, clipped to the clip rectangle, and makes
     // (x, y) the current point.
     void primitiveLineTo(long x, long y) override;
-    // A filled four-corner polygon in the current colour.
+    // A filled four-corner polygon in the colour last given to primitiveSetColor (which
+    // erase sets to the background colour without recording it as the drawing colour).
     void primitiveFilledRect(const DeviceRectangle& r) override;
     void primitiveSetColor(wsiColor color) override;
     void primitiveSetPenStyle(wsiPenStyle style) override;
@@ -121,4 +122,5 @@ private:
     std::unique_ptr<EPSWriter> m_writer;
     std::unique_ptr<EPSPaintDevice> m_measuringDevice;
     std::unique_ptr<WsiFontMetric> m_fontMetric;
+    wsiColor m_primitiveColor = wsiBlack;
 };
