@@ -1,5 +1,5 @@
 // timing_diagram: draws a small timing diagram through the toolkit's device layer and writes
-// it as PNG, PDF, SVG and MIF. The diagram is described in sheet units (nanoseconds across,
+// it as PNG, PDF, SVG, EPS and MIF. The diagram is described in sheet units (nanoseconds across,
 // signal rows down); one transformation maps it to pixels, and a Device over a TqPainter
 // paints it: clock and bus waveforms, a filled highlight, dashed grid lines, an arrow and
 // text.
@@ -7,6 +7,7 @@
 //   timing_diagram [folder]      (default: the current folder)
 #include "core/TqObject.h"
 #include "graphics/Device.h"
+#include "graphics/EPSDevice.h"
 #include "graphics/ExportParameters.h"
 #include "graphics/MIFDevice.h"
 #include "graphics/QtFileDevice.h"
@@ -182,6 +183,21 @@ const ExportParameters& exportParameters() {
     return parameters;
 }
 
+// An EPS device unit is a fifth of a point: 3.75 to a pixel at 96 per inch. The picture goes
+// an inch from the top left corner of the page.
+bool writeEps(const std::string& file) {
+    constexpr double scale = 3.75;
+    std::ofstream out(file, std::ios::binary);
+    EPSDevice device(nullptr, "timing_diagram", out, exportParameters());
+    const DeviceRectangle page(360, 360, 360 + static_cast<std::int32_t>(v_width * scale),
+                               360 + static_cast<std::int32_t>(v_height * scale));
+    (void)device.open(canvas(scale), page);
+    drawDiagram(device, scale);
+    device.close();
+    device.endOfPage();
+    return out.good();
+}
+
 // A MIF device unit is a tenth of a point: 7.5 to a pixel at 96 per inch.
 bool writeMif(const std::string& file) {
     constexpr double scale = 7.5;
@@ -211,7 +227,8 @@ int main(int argc, char** argv) {
     bool ok = report(2, stem + ".png", writePng(stem + ".png"));
     ok = report(3, stem + ".pdf", writePdf(stem + ".pdf")) && ok;
     ok = report(4, stem + ".svg", writeSvg(stem + ".svg")) && ok;
-    ok = report(5, stem + ".mif", writeMif(stem + ".mif")) && ok;
+    ok = report(5, stem + ".eps", writeEps(stem + ".eps")) && ok;
+    ok = report(6, stem + ".mif", writeMif(stem + ".mif")) && ok;
     TqObject::shutDown();
     return ok ? 0 : 1;
 }
