@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <sstream>
 
 namespace {
@@ -85,6 +86,11 @@ TEST(TqMatrix, PhysicalToLogical_MapsTheRectangleBackInPlace) {
     QRect r(12, 24, 20, 40); // edges 12..32 and 24..64
     m.physicalToLogical(r);
     EXPECT_EQ(r, QRect(1, 1, 10, 10));
+    // A degenerate mapping gives edges at the ends of the range, not undefined values.
+    QRect all(0, 0, 10, 10);
+    TqMatrix(FloatPoint(0.0, 1e-300), FloatPoint(5.0, 0.0)).physicalToLogical(all);
+    EXPECT_EQ(all.left(), INT32_MIN);
+    EXPECT_EQ(all.bottom(), INT32_MAX - 1);
 }
 
 TEST(Transformation, TextForms) {
