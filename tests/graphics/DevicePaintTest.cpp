@@ -165,6 +165,9 @@ TEST_F(DevicePaint, TextIsDrawnAndMeasuredOnTheImage) {
     const long advance = m_device.drawText("Hello", SheetPoint(10, 90), font);
     EXPECT_EQ(advance, box.width());
     EXPECT_EQ(m_device.getTextExtent("Hello", font, 2).x() < advance, true);
+    const int whole = m_device.getTextExtent("He", font, -1).x();
+    EXPECT_EQ(m_device.getTextExtent("He", font, 10).x(), whole) << "never past the NUL";
+    EXPECT_EQ(m_device.drawText("He\0garbage", SheetPoint(10, 70), font), whole);
 }
 
 TEST_F(DevicePaint, EraseFillsWithTheBackgroundColour) {
