@@ -306,9 +306,9 @@ TEST_F(EPSText, CurvesEllipsesAndFills_AreWrittenInTheirFixedForms) {
     m_device.setColor(wsiBlue);
     written();
     m_device.drawEllipse(SheetRectangle(SheetPoint(0, 0), SheetPoint(41, 30)), true);
-    EXPECT_EQ(written(), "20.5 15 17.75 0 360 arc\ngsave\n  0 0 1 setrgbcolor\n  fill\n"
+    EXPECT_EQ(written(), "20 15 17.75 0 360 arc\ngsave\n  0 0 1 setrgbcolor\n  fill\n"
                          "grestore\n3 setlinewidth\nstroke\n")
-        << "a non-circular ellipse: the mean of its half axes as radius";
+        << "a non-circular ellipse: an integer centre, the mean of its half axes as radius";
     m_device.fillRectangle(SheetRectangle(SheetPoint(1, 2), SheetPoint(11, 22)));
     EXPECT_EQ(written(), "newpath\n1 2 moveto\n11 2 lineto\n11 22 lineto\n1 22 lineto\n"
                          "closepath\ngsave\n  0 0 1 setrgbcolor\n  gsave fill grestore\n"
