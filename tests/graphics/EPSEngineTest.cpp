@@ -178,6 +178,25 @@ TEST(EPSEngine, PathsTransformsAndClipsGoThroughThePainterState) {
            "again";
 }
 
+TEST(EPSEngine, FontsMapAndMeasureAsEPSDeviceDoes) {
+    std::ostringstream out;
+    EPSEngine engine(nullptr, "job", out, ExportParameters());
+    EPSDevice device(nullptr, "job", out, ExportParameters());
+    QFont font("Times New Roman", 14);
+    font.setItalic(true);
+    EXPECT_STREQ(engine.selectFont(font), "Times-Italic");
+    EXPECT_STREQ(engine.selectFont(QFont("No Such Family", 10)), "Helvetica");
+    font.setBold(true);
+    EXPECT_STREQ(engine.selectFont(font), "Times-BoldItalic");
+    WsiFont same("Times New Roman", 14);
+    same.setBold(true);
+    same.setItalic(true);
+    const DevicePoint measured = engine.pixelBox("Timing", font);
+    EXPECT_EQ(measured, device.pixelBox("Timing", same));
+    EXPECT_GT(measured.x(), 100) << "a 14-point word at 360 units per inch";
+    EXPECT_EQ(engine.pixelBox(nullptr, font), DevicePoint(0, 0));
+}
+
 TEST(EPSEngine, ColoursMapToTheNearestDeviceColour) {
     for (int value = 1; value <= 19; ++value) {
         const auto color = static_cast<wsiColor>(value);
