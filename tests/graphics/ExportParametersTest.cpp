@@ -89,6 +89,19 @@ TEST(ExportParameters, MalformedTextKeepsTheDefaultsAndSaysWhy) {
     }
 }
 
+TEST(ExportParameters, BothSettingsAsStored) {
+    const ExportParameters frameOnly("file,,,landscape,clipboard,a4,default,1,1,in,color,"
+                                     "scaleable,mifshape,preview",
+                                     1);
+    EXPECT_TRUE(frameOnly.mifAnchoredFrameOnly());
+    EXPECT_EQ(frameOnly.orientation(), exportLandscape);
+    EXPECT_EQ(frameOnly.mifFrameForm(), mifFrameShapeRect);
+    const ExportParameters withPage("nonsense", 0);
+    EXPECT_FALSE(withPage.mifAnchoredFrameOnly());
+    EXPECT_EQ(withPage.asText(), ExportParameters::defaultText());
+    EXPECT_TRUE(ExportParameters("nonsense", -1).mifAnchoredFrameOnly());
+}
+
 TEST(ExportParameters, SizesInPoints) {
     ExportParameters p("file,,,portrait,clipboard,a4,default,2.54,10,cm,color,scaleable,"
                        "mifframe,preview");
