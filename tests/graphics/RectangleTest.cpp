@@ -140,8 +140,7 @@ TEST(DeviceRectangle, ClipLineSegment_EachEdgeAndCornerRegion) {
         {"left, through bottom", {-20, 140}, {40, 80}, true, {20, 100}},
         {"above, misses past the right", {90, -10}, {300, 50}, false, {90, -10}},
         {"top, through right", {150, -50}, {50, 50}, true, {100, 0}},
-        {"above, vertical", {50, -50}, {50, -10}, false, {50, -50}},
-    };
+        {"above, vertical", {50, -50}, {50, -10}, false, {50, -50}}};
     for (const ClipCase& c : cases) {
         SCOPED_TRACE(c.region);
         DevicePoint p = c.p;

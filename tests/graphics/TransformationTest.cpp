@@ -18,20 +18,15 @@ struct ApplyCase {
 };
 
 TEST(Transformation, ApplyHalf_RoundsAsymmetricallyAndClamps) {
+    // clang-format off
     const ApplyCase cases[] = {
-        {1, 0, -1.7, true, -1},
-        {1, 0, 2.5, true, 3},
-        {1, 0, -1.7, false, -1},
-        {1, 0, 1.99, false, 1},
-        {1, 0, 1e12, false, 2147483647L},
-        {1, 0, -1e12, false, -2147483648L},
-        {1, 0, 2147483647.0, true, 2147483647L},
-        {1, 0, -2147483648.4, true, -2147483647L},
-        {1, 0, -2147483649.0, false, -2147483648L},
-        {2, 10, 3, false, 16},
-        {0.5, -1, 3, true, 1},
-        {1, 0, NAN, false, 0},
-    };
+        {1, 0, -1.7, true, -1},                     {1, 0, 2.5, true, 3},
+        {1, 0, -1.7, false, -1},                    {1, 0, 1.99, false, 1},
+        {1, 0, 1e12, false, 2147483647L},           {1, 0, -1e12, false, -2147483648L},
+        {1, 0, 2147483647.0, true, 2147483647L},    {1, 0, -2147483648.4, true, -2147483647L},
+        {1, 0, -2147483649.0, false, -2147483648L}, {2, 10, 3, false, 16},
+        {0.5, -1, 3, true, 1},                      {1, 0, NAN, false, 0}};
+    // clang-format on
     for (const ApplyCase& c : cases) {
         SCOPED_TRACE(testing::Message() << c.scale << "*" << c.v << "+" << c.translation);
         Transformation t;
