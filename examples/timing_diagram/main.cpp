@@ -183,16 +183,18 @@ const ExportParameters& exportParameters() {
     return parameters;
 }
 
-// An EPS device unit is a fifth of a point: 3.75 to a pixel at 96 per inch. The picture goes
-// an inch from the top left corner of the page.
+// The diagram is drawn in pixels, as on the screen, and the header maps them onto the page,
+// whose units are fifths of a point: 3.75 to a pixel at 96 per inch, the picture an inch from
+// the top left corner. Widths, dashes and text sizes scale with it, so they print as they
+// show; the device measures text at the 96 pixels per inch that follow.
 bool writeEps(const std::string& file) {
-    constexpr double scale = 3.75;
+    constexpr double unitsPerPixel = 3.75;
     std::ofstream out(file, std::ios::binary);
     EPSDevice device(nullptr, "timing_diagram", out, exportParameters());
-    const DeviceRectangle page(360, 360, 360 + static_cast<std::int32_t>(v_width * scale),
-                               360 + static_cast<std::int32_t>(v_height * scale));
-    (void)device.open(canvas(scale), page);
-    drawDiagram(device, scale);
+    const DeviceRectangle page(360, 360, 360 + static_cast<std::int32_t>(v_width * unitsPerPixel),
+                               360 + static_cast<std::int32_t>(v_height * unitsPerPixel));
+    (void)device.open(canvas(1), page);
+    drawDiagram(device);
     device.close();
     device.endOfPage();
     return out.good();

@@ -28,6 +28,13 @@ void readAll(FileElement& element) {
     if (deviceRectangle.left() > deviceRectangle.right() ||
         deviceRectangle.top() > deviceRectangle.bottom())
         __builtin_trap();
+    // Extents and the Qt forms are defined for every rectangle read, the whole range
+    // included.
+    if (deviceRectangle.toQRect().topLeft() != deviceRectangle.origin().toQPoint() ||
+        sheetRectangle.toQRect() != deviceRectangle.toQRect() ||
+        DevicePoint(deviceRectangle.extent()) + deviceRectangle.origin() !=
+            deviceRectangle.corner())
+        __builtin_trap();
 }
 
 class ShapeParser : public FileParser {

@@ -6,11 +6,13 @@
 #include <QImage>
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <functional>
+#include <vector>
 
 namespace {
 
-constexpr wsiRGBColor white = 0xFFFFFF, black = 0x000000, red = 0xFF0000, blue = 0x0000FF;
+constexpr wsiRGBColor white = 0xFFFFFF, black = 0x000000, red = 0xFF0000, green = 0x00FF00,
+                      blue = 0x0000FF, yellow = 0xFFFF00, cyan = 0x00FFFF;
 
 // A Device that lets the test call its primitives directly.
 class OpenDevice : public Device {
@@ -26,15 +28,13 @@ public:
 };
 
 // A white 200 x 100 image with a painter and an identity-mapped device over it.
-class DevicePaint : public testing::Test {
-protected:
-    DevicePaint() : m_image(200, 100, QImage::Format_RGB32) {
-        m_image.fill(Qt::white);
-        m_painter = std::make_unique<TqPainter>(&m_image);
-        m_device.setPainter(m_painter.get());
+struct Canvas {
+    Canvas() : image(200, 100, QImage::Format_RGB32) {
+        image.fill(Qt::white);
+        painter.begin(&image);
+        device.setPainter(&painter);
     }
-
-    wsiRGBColor at(int x, int y) { return m_device.getPixel(x, y); }
+    wsiRGBColor at(int x, int y) { return device.getPixel(x, y); }
     int countInRow(int y, int from, int to, wsiRGBColor color) {
         int count = 0;
         for (int x = from; x < to; ++x)
@@ -42,140 +42,138 @@ protected:
         return count;
     }
 
-    QImage m_image;
-    std::unique_ptr<TqPainter> m_painter;
-    OpenDevice m_device;
+    QImage image;
+    TqPainter painter;
+    OpenDevice device;
 };
 
-TEST_F(DevicePaint, Line_HasTheCurrentColourAtItsPixelsOnly) {
-    m_device.setColor(wsiRed);
-    m_device.drawLine(SheetPoint(10, 10), SheetPoint(100, 10));
-    EXPECT_EQ(at(10, 10), red);
-    EXPECT_EQ(at(50, 10), red);
-    EXPECT_EQ(at(100, 10), red);
-    EXPECT_EQ(at(50, 11), white);
-    EXPECT_EQ(at(101, 10), white);
-    EXPECT_EQ(m_device.getPixel(DevicePoint(50, 10)), red);
-    EXPECT_EQ(at(-1, 0), 0u); // outside the image
+struct Probe {
+    int x, y;
+    wsiRGBColor color;
+};
+
+struct PaintCase {
+    const char* what;
+    std::function<void(OpenDevice&)> paint;
+    std::vector<Probe> probes;
+};
+
+TEST(DevicePaint, Primitives_PaintTheirPixelsOnly) {
+    const PaintCase cases[] = {
+        {"a line in the current colour, both ends included",
+         [](OpenDevice& d) {
+             d.setColor(wsiRed), d.drawLine(SheetPoint(10, 10), SheetPoint(100, 10));
+         },
+         {{10, 10, red},
+          {50, 10, red},
+          {100, 10, red},
+          {50, 11, white},
+          {101, 10, white},
+          {-1, 0, 0}}},
+        {"two lineTo from one moveTo draw two lines from the same start",
+         [](OpenDevice& d) {
+             d.setColor(wsiBlack), d.primitiveMoveTo(10, 50), d.primitiveLineTo(90, 50);
+             d.primitiveLineTo(10, 90);
+         },
+         {{50, 50, black}, {10, 90, black}, {10, 70, black}, {50, 70, white}}},
+        {"a filled rectangle: origin inclusive, corner exclusive",
+         [](OpenDevice& d) {
+             d.setColor(wsiBlue), d.fillRectangle(SheetRectangle(20, 20, 40, 40));
+         },
+         {{20, 20, blue}, {30, 30, blue}, {39, 39, blue}, {40, 30, white}, {19, 30, white}}},
+        {"nothing outside the clip rectangle",
+         [](OpenDevice& d) {
+             d.setClipRect(DeviceRectangle(0, 0, 50, 50)), d.setColor(wsiBlack);
+             d.drawLine(SheetPoint(10, 40), SheetPoint(150, 40));
+             d.fillRectangle(SheetRectangle(40, 0, 80, 80));
+         },
+         {{45, 40, black}, {45, 45, black}, {60, 40, white}, {45, 60, white}, {150, 40, white}}},
+        {"sheet units mapped by the display transformation",
+         [](OpenDevice& d) {
+             d.setDisplayTransformation(TqMatrix(FloatPoint(10.0, 10.0), FloatPoint(5.0, 5.0)));
+             d.setColor(wsiRed), d.fillRectangle(SheetRectangle(0, 0, 1, 1));
+         },
+         {{5, 5, red}, {14, 14, red}, {15, 15, white}, {4, 4, white}}},
+        {"a filled ellipse misses its corners; an outlined one is hollow",
+         [](OpenDevice& d) {
+             d.setColor(wsiGreen), d.drawEllipse(SheetRectangle(10, 10, 50, 50), true);
+             d.drawEllipse(SheetRectangle(60, 10, 100, 50), false);
+         },
+         {{30, 30, green}, {11, 11, white}, {80, 30, white}, {80, 10, green}}},
+        {"a curve through its ends and the transition's middle, and a pixel",
+         [](OpenDevice& d) {
+             d.setColor(wsiBlue), d.drawCurveUnTransformed({110, 80}, {190, 20});
+             d.setPixel(5, 95);
+         },
+         {{110, 80, blue}, {150, 50, blue}, {5, 95, blue}}},
+        {"a polygon filled in its own colour; the current colour kept",
+         [](OpenDevice& d) {
+             DevicePoint triangle[3] = {{120, 5}, {140, 5}, {130, 15}};
+             d.setColor(wsiRed), d.filledPolygonUnTransformed(wsiYellow, 3, triangle);
+             d.fillRectangle(SheetRectangle(150, 0, 160, 5));
+         },
+         {{130, 8, yellow}, {155, 2, red}}},
+        {"an arrow head at the capped end only, the caller's points kept",
+         [](OpenDevice& d) {
+             DevicePoint line[2] = {{20, 50}, {120, 50}};
+             d.setColor(wsiBlack);
+             d.drawCappedPolylineUnTransformed(wsiLineCapRound, wsiLineCapArrow, {20, 12}, 2, line);
+             EXPECT_EQ(line[1], DevicePoint(120, 50));
+         },
+         {{110, 53, black}, {30, 53, white}}},
+        {"erase in the background colour, fill in the drawing colour, invert",
+         [](OpenDevice& d) {
+             d.setColor(wsiRed), d.setBackgroundColor(wsiBlue),
+                 d.erase(DeviceRectangle(0, 0, 10, 10));
+             d.fillRectangle(SheetRectangle(20, 0, 30, 10));
+             d.fillRectangle(SheetRectangle(40, 0, 50, 10));
+             d.invertRectangle(SheetRectangle(40, 0, 50, 10));
+         },
+         {{5, 5, blue}, {25, 5, red}, {45, 5, cyan}}}};
+    for (const PaintCase& c : cases) {
+        Canvas canvas;
+        c.paint(canvas.device);
+        for (const Probe& p : c.probes)
+            EXPECT_EQ(canvas.at(p.x, p.y), p.color) << c.what << " at " << p.x << ", " << p.y;
+    }
 }
 
-TEST_F(DevicePaint, LineToTwiceFromOneMoveTo_DrawsTwoLinesFromTheSameStart) {
-    m_device.setColor(wsiBlack);
-    m_device.primitiveMoveTo(10, 50);
-    m_device.primitiveLineTo(90, 50);
-    m_device.primitiveLineTo(10, 90);
-    EXPECT_EQ(at(50, 50), black);
-    EXPECT_EQ(at(10, 90), black);
-    EXPECT_EQ(at(10, 70), black);
-    EXPECT_EQ(at(50, 70), white);
-}
-
-TEST_F(DevicePaint, FilledRectangle_FillsOriginInclusiveCornerExclusive) {
-    m_device.setColor(wsiBlue);
-    m_device.fillRectangle(SheetRectangle(SheetPoint(20, 20), SheetPoint(40, 40)));
-    EXPECT_EQ(at(20, 20), blue);
-    EXPECT_EQ(at(30, 30), blue);
-    EXPECT_EQ(at(39, 39), blue);
-    EXPECT_EQ(at(40, 30), white);
-    EXPECT_EQ(at(19, 30), white);
-}
-
-TEST_F(DevicePaint, NothingIsDrawnOutsideTheClipRectangle) {
-    m_device.setClipRect(DeviceRectangle(0, 0, 50, 50));
-    m_device.setColor(wsiBlack);
-    m_device.drawLine(SheetPoint(10, 40), SheetPoint(150, 40));
-    m_device.fillRectangle(SheetRectangle(SheetPoint(40, 0), SheetPoint(80, 80)));
-    EXPECT_EQ(at(45, 40), black);
-    EXPECT_EQ(at(45, 45), black);
-    EXPECT_EQ(at(60, 40), white);
-    EXPECT_EQ(at(45, 60), white);
-    EXPECT_EQ(countInRow(40, 50, 200, black), 0);
-}
-
-TEST_F(DevicePaint, PenStyleDashLeavesGapsAndWidthThickens) {
-    m_device.setColor(wsiBlack);
-    m_device.setPenStyle(wsiPenDash);
-    m_device.drawLine(SheetPoint(0, 20), SheetPoint(199, 20));
-    const int dashed = countInRow(20, 0, 200, black);
+TEST(DevicePaint, PenStyleDashLeavesGapsAndWidthThickens) {
+    Canvas canvas;
+    OpenDevice& d = canvas.device;
+    d.setColor(wsiBlack), d.setPenStyle(wsiPenDash);
+    d.drawLine(SheetPoint(0, 20), SheetPoint(199, 20));
+    const int dashed = canvas.countInRow(20, 0, 200, black);
     EXPECT_GT(dashed, 50);
     EXPECT_LT(dashed, 190);
-    m_device.setPenStyle(wsiPenSolid);
-    m_device.setPenWidth(5);
-    m_device.drawLine(SheetPoint(0, 60), SheetPoint(199, 60));
-    EXPECT_EQ(at(100, 58), black);
-    EXPECT_EQ(at(100, 62), black);
-    EXPECT_EQ(at(100, 65), white);
+    d.setPenStyle(wsiPenSolid), d.setPenWidth(5);
+    d.drawLine(SheetPoint(0, 60), SheetPoint(199, 60));
+    EXPECT_EQ(canvas.at(100, 58), black);
+    EXPECT_EQ(canvas.at(100, 62), black);
+    EXPECT_EQ(canvas.at(100, 65), white);
 }
 
-TEST_F(DevicePaint, TransformationMapsSheetUnits) {
-    m_device.setDisplayTransformation(TqMatrix(FloatPoint(10.0, 10.0), FloatPoint(5.0, 5.0)));
-    m_device.setColor(wsiRed);
-    m_device.fillRectangle(SheetRectangle(SheetPoint(0, 0), SheetPoint(1, 1)));
-    EXPECT_EQ(at(5, 5), red);
-    EXPECT_EQ(at(14, 14), red);
-    EXPECT_EQ(at(15, 15), white);
-    EXPECT_EQ(at(4, 4), white);
-}
-
-TEST_F(DevicePaint, EllipsePolygonCurveAndPixel) {
-    m_device.setColor(wsiGreen);
-    m_device.drawEllipse(SheetRectangle(SheetPoint(10, 10), SheetPoint(50, 50)), true);
-    EXPECT_EQ(at(30, 30), 0x00FF00u);
-    EXPECT_EQ(at(11, 11), white); // the corner lies outside the ellipse
-    m_device.drawEllipse(SheetRectangle(SheetPoint(60, 10), SheetPoint(100, 50)), false);
-    EXPECT_EQ(at(80, 30), white); // outline only
-    EXPECT_EQ(at(80, 10), 0x00FF00u);
-    m_device.setColor(wsiBlue);
-    m_device.drawCurveUnTransformed(DevicePoint(110, 80), DevicePoint(190, 20));
-    EXPECT_EQ(at(110, 80), blue);
-    EXPECT_EQ(at(150, 50), blue); // the transition's middle
-    m_device.setPixel(5, 95);
-    EXPECT_EQ(at(5, 95), blue);
-    m_device.setColor(wsiRed);
-    DevicePoint triangle[3] = {{120, 5}, {140, 5}, {130, 15}};
-    m_device.filledPolygonUnTransformed(wsiYellow, 3, triangle);
-    EXPECT_EQ(at(130, 8), 0xFFFF00u);
-    m_device.fillRectangle(SheetRectangle(SheetPoint(150, 0), SheetPoint(160, 5)));
-    EXPECT_EQ(at(155, 2), red); // the fill kept the current colour
-}
-
-TEST_F(DevicePaint, ArrowHeadsAreFilledAtTheCappedEnds) {
-    m_device.setColor(wsiBlack);
-    DevicePoint line[2] = {{20, 50}, {120, 50}};
-    m_device.drawCappedPolylineUnTransformed(wsiLineCapRound, wsiLineCapArrow, DevicePoint(20, 12),
-                                             2, line);
-    EXPECT_EQ(line[1], DevicePoint(120, 50)); // the caller's points are left as they were
-    EXPECT_EQ(at(110, 53), black);            // inside the head, off the line
-    EXPECT_EQ(at(30, 53), white);             // no head at the round start
-}
-
-TEST_F(DevicePaint, TextIsDrawnAndMeasuredOnTheImage) {
+TEST(DevicePaint, TextIsDrawnAndMeasuredOnTheImage) {
+    Canvas canvas;
+    OpenDevice& d = canvas.device;
     WsiFont font(nullptr, 14);
-    m_device.setColor(wsiBlack);
-    const DeviceRectangle& box = m_device.drawAlignedText("Hello", SheetPoint(100, 50), font,
-                                                          wsiAlignHCenter, wsiAlignVCenter);
+    d.setColor(wsiBlack);
+    const DeviceRectangle box =
+        d.drawAlignedText("Hello", SheetPoint(100, 50), font, wsiAlignHCenter, wsiAlignVCenter);
     EXPECT_GT(box.width(), 10);
     EXPECT_NEAR((box.left() + box.right()) / 2.0, 100, 2);
     EXPECT_NEAR((box.top() + box.bottom()) / 2.0, 50, 3);
     int inked = 0;
     for (int y = box.top(); y < box.bottom(); ++y)
-        inked += countInRow(y, box.left(), box.right(), black);
+        inked += canvas.countInRow(y, box.left(), box.right(), black);
     EXPECT_GT(inked, 10);
-    EXPECT_EQ(countInRow(box.top() - 2, 0, 200, black), 0);
-    const long advance = m_device.drawText("Hello", SheetPoint(10, 90), font);
+    EXPECT_EQ(canvas.countInRow(box.top() - 2, 0, 200, black), 0);
+    const long advance = d.drawText("Hello", SheetPoint(10, 90), font);
     EXPECT_EQ(advance, box.width());
-    EXPECT_EQ(m_device.getTextExtent("Hello", font, 2).x() < advance, true);
-}
-
-TEST_F(DevicePaint, EraseFillsWithTheBackgroundColour) {
-    m_device.setColor(wsiRed);
-    m_device.setBackgroundColor(wsiBlue);
-    m_device.erase(DeviceRectangle(0, 0, 10, 10));
-    EXPECT_EQ(at(5, 5), blue);
-    m_device.fillRectangle(SheetRectangle(SheetPoint(20, 0), SheetPoint(30, 10)));
-    EXPECT_EQ(at(25, 5), red);
-    m_device.invertRectangle(SheetRectangle(SheetPoint(20, 0), SheetPoint(30, 10)));
-    EXPECT_EQ(at(25, 5), 0x00FFFFu);
+    EXPECT_LT(d.getTextExtent("Hello", font, 2).x(), advance);
+    const int whole = d.getTextExtent("He", font, -1).x();
+    EXPECT_EQ(d.getTextExtent("He", font, 10).x(), whole) << "never past the NUL";
+    EXPECT_EQ(d.drawText("He\0garbage", SheetPoint(10, 70), font), whole);
 }
 
 TEST(OutputDevicePaint, PolylineIsClampedIntoTheClipRectangle) {
@@ -202,19 +200,16 @@ TEST(OutputDevicePaint, PolylineIsClampedIntoTheClipRectangle) {
     EXPECT_FALSE(device.isOpen());
 }
 
-TEST(DevicePaintBitmap, CopiesPixelsFromAnImageDevice) {
-    QImage source(20, 20, QImage::Format_RGB32), target(20, 20, QImage::Format_RGB32);
-    source.fill(Qt::red);
-    target.fill(Qt::white);
-    TqPainter sourcePainter(&source), targetPainter(&target);
-    Device from(sourcePainter), to(targetPainter);
-    to.drawBitmap(from, DeviceRectangle(0, 0, 10, 10), DeviceRectangle(5, 5, 15, 15), wsiDrawCopy);
-    EXPECT_EQ(to.getPixel(10, 10), red);
-    EXPECT_EQ(to.getPixel(2, 2), white);
+TEST(DevicePaint, BitmapCopiesPixelsFromAnImageDevice) {
+    Canvas source, target;
+    source.device.setColor(wsiRed), source.device.fillRectangle(SheetRectangle(0, 0, 20, 20));
+    target.device.drawBitmap(source.device, DeviceRectangle(0, 0, 10, 10),
+                             DeviceRectangle(5, 5, 15, 15), wsiDrawCopy);
     Device painterless;
-    to.drawBitmap(painterless, DeviceRectangle(0, 0, 10, 10), DeviceRectangle(0, 0, 5, 5),
-                  wsiDrawCopy);
-    EXPECT_EQ(to.getPixel(2, 2), white);
+    target.device.drawBitmap(painterless, DeviceRectangle(0, 0, 10, 10),
+                             DeviceRectangle(0, 0, 5, 5), wsiDrawCopy);
+    EXPECT_EQ(target.at(10, 10), red);
+    EXPECT_EQ(target.at(2, 2), white);
 }
 
 } // namespace

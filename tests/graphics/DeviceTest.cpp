@@ -10,35 +10,19 @@
 namespace {
 
 TEST(QtConversion, AsQColor_FollowsTheTable) {
+    // wsiColor 0 (no colour: an invalid QColor) to 20.
+    // clang-format off
+    const QColor expected[] = {
+        QColor(),            Qt::white,           Qt::black,     Qt::black,     Qt::darkGray,
+        Qt::gray,            Qt::lightGray,       Qt::darkRed,   Qt::red,       QColor(243, 84, 94),
+        Qt::darkGreen,       Qt::green,           QColor(0, 255, 128), Qt::darkBlue, Qt::blue,
+        QColor(0, 255, 255), QColor(255, 0, 255), Qt::yellow,    Qt::white,     Qt::black,
+        Qt::black};
+    // clang-format on
+    for (int value = 0; value <= 20; ++value)
+        EXPECT_EQ(QtConversion::asQColor(static_cast<wsiColor>(value)), expected[value]) << value;
     EXPECT_FALSE(QtConversion::asQColor(wsiNoColor).isValid());
-    const struct {
-        int value;
-        QColor color;
-    } cases[] = {
-        {1, Qt::white},
-        {2, Qt::black},
-        {3, Qt::black},
-        {4, Qt::darkGray},
-        {5, Qt::gray},
-        {6, Qt::lightGray},
-        {7, Qt::darkRed},
-        {8, Qt::red},
-        {9, QColor(243, 84, 94)},
-        {10, Qt::darkGreen},
-        {11, Qt::green},
-        {12, QColor(0, 255, 128)},
-        {13, Qt::darkBlue},
-        {14, Qt::blue},
-        {15, QColor(0, 255, 255)},
-        {16, QColor(255, 0, 255)},
-        {17, Qt::yellow},
-        {18, Qt::white},
-        {19, Qt::black},
-        {20, Qt::black},
-        {1000, Qt::black},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(QtConversion::asQColor(static_cast<wsiColor>(c.value)), c.color) << c.value;
+    EXPECT_EQ(QtConversion::asQColor(static_cast<wsiColor>(1000)), QColor(Qt::black));
 }
 
 TEST(QtConversion, AsPenStyle_IndexesTheTableByStylePlusOne) {
@@ -115,8 +99,7 @@ TEST(OutputDevice, ClipPoints_ClampsAndTestsConsecutiveOutcodes) {
         {"points after the first visible pair clamped too",
          {{10, 10}, {20, 20}, {-5, 300}, {500, -5}, {7, 8}},
          true,
-         {{10, 10}, {20, 20}, {0, 100}, {100, 0}, {7, 8}}},
-    };
+         {{10, 10}, {20, 20}, {0, 100}, {100, 0}, {7, 8}}}};
     for (const ClipPointsCase& c : cases) {
         SCOPED_TRACE(c.what);
         std::vector<DevicePoint> in = c.in, out(in.size());
@@ -195,29 +178,20 @@ TEST(Device, WithoutAPainter_EveryOperationDoesNothingSafely) {
     WsiFont font;
     DevicePoint points[3] = {{0, 0}, {10, 10}, {20, 0}};
     const DevicePoint a(1, 1), b(5, 5);
-    device.setColor(wsiRed);
-    device.setPenStyle(wsiPenDash);
-    device.setPenWidth(3);
-    device.setBackgroundColor(wsiYellow);
-    device.setBackgroundFillMode(wsiOpaque);
-    device.setDrawMode(wsiDrawXor);
-    device.setClipRect(DeviceRectangle(0, 0, 5, 5));
-    device.drawLine(SheetPoint(0, 0), SheetPoint(5, 5));
-    device.drawRectangle(SheetRectangle(SheetPoint(0, 0), SheetPoint(5, 5)));
-    device.fillRectangle(SheetRectangle(SheetPoint(0, 0), SheetPoint(5, 5)));
-    device.invertRectangle(SheetRectangle(SheetPoint(0, 0), SheetPoint(5, 5)));
-    device.drawPolylineUnTransformed(3, points);
-    device.drawPolylineUnTransformed(2, &a, &b);
-    device.drawPolygonUnTransformed(3, points);
+    const SheetRectangle r(0, 0, 5, 5);
+    device.setColor(wsiRed), device.setPenStyle(wsiPenDash), device.setPenWidth(3);
+    device.setBackgroundColor(wsiYellow), device.setBackgroundFillMode(wsiOpaque);
+    device.setDrawMode(wsiDrawXor), device.setClipRect(DeviceRectangle(0, 0, 5, 5));
+    device.drawLine(SheetPoint(0, 0), SheetPoint(5, 5)), device.drawRectangle(r);
+    device.fillRectangle(r), device.invertRectangle(r);
+    device.drawPolylineUnTransformed(3, points), device.drawPolylineUnTransformed(2, &a, &b);
+    device.drawPolygonUnTransformed(3, points), device.drawCurveUnTransformed(a, b);
     device.filledPolygonUnTransformed(wsiBlue, 3, points);
-    device.drawCappedPolylineUnTransformed(wsiLineCapArrow, wsiLineCapArrow, DevicePoint(4, 4), 3,
-                                           points);
-    device.drawCurveUnTransformed(a, b);
-    device.drawCurvedArrowUnTransformed(a, b, DevicePoint(9, 1), DeviceRectangle(0, 0, 3, 3),
+    device.drawCappedPolylineUnTransformed(wsiLineCapArrow, wsiLineCapArrow, {4, 4}, 3, points);
+    device.drawCurvedArrowUnTransformed(a, b, {9, 1}, DeviceRectangle(0, 0, 3, 3),
                                         wsiCurveCapArrow);
     device.drawEllipseUnTransformed(DeviceRectangle(0, 0, 9, 9), true);
-    device.erase(DeviceRectangle(0, 0, 9, 9));
-    device.setPixel(1, 1);
+    device.erase(DeviceRectangle(0, 0, 9, 9)), device.setPixel(1, 1);
     EXPECT_EQ(device.getPixel(1, 1), 0u);
     EXPECT_EQ(device.drawText("text", SheetPoint(1, 1), font), 0);
     EXPECT_EQ(device.drawAlignedText("text", SheetPoint(1, 1), font, wsiAlignRight, wsiAlignTop),

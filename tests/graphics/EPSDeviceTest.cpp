@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <set>
 
 namespace {
@@ -27,9 +28,7 @@ ExportParameters parametersWith(ExportOrientation orientation, ExportPaperFeed f
 // written after the header.
 class EPSText : public testing::Test {
 protected:
-    explicit EPSText(bool gray = false)
-        : m_device(m_out, parametersWith(exportPortrait, paperFeedDefault, gray),
-                   DevicePoint(1000, 1000)) {
+    EPSText() : m_device(m_out, ExportParameters(), DevicePoint(1000, 1000)) {
         m_device.open(DeviceRectangle(0, 0, 1000, 1000), DeviceRectangle(0, 0, 1000, 1000));
         m_device.endPath(); // the path-open flag that open sets
         mark();
@@ -47,6 +46,17 @@ protected:
     std::size_t m_mark = 0;
 };
 
+// The header with its variable parts: the bounding box, the landscape turn, the page height
+// in points, the target's origin, the scale and the source's negated origin.
+std::string header(const char* box, const char* turn, const char* height, const char* origin,
+                   const char* scale, const char* source) {
+    return std::string("%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: ") + box +
+           " \ngsave\n/languagelevel where {pop languagelevel} {1} ifelse 2 lt {} {true "
+           "setstrokeadjust} ifelse\n" +
+           turn + "0 " + height + " translate\n1 -1 scale\n" + origin + " translate\n" + scale +
+           " scale\n" + source + " translate\n0 setlinejoin\n1 setlinecap\n0 setlinewidth\ngsave\n";
+}
+
 TEST(EPSHeader, IsWrittenExactlyForEachOrientationAndScale) {
     const struct {
         const char* rule;
@@ -54,80 +64,37 @@ TEST(EPSHeader, IsWrittenExactlyForEachOrientationAndScale) {
         ExportPaperFeed feed;
         DevicePoint page;
         DeviceRectangle source, target;
-        const char* expected;
-    } cases[] = {
-        {"a 500-unit target on a 1000-high device", exportPortrait, paperFeedDefault,
-         DevicePoint(1000, 1000), DeviceRectangle(0, 0, 500, 500), DeviceRectangle(0, 0, 500, 500),
-         "%!PS-Adobe-3.0 EPSF-3.0\n"
-         "%%BoundingBox: 0 100 100 200 \n"
-         "gsave\n"
-         "/languagelevel where {pop languagelevel} {1} ifelse 2 lt {} {true setstrokeadjust} "
-         "ifelse\n"
-         "0 200 translate\n"
-         "1 -1 scale\n"
-         "0 0 translate\n"
-         "0.2 0.2 scale\n"
-         "0 0 translate\n"
-         "0 setlinejoin\n"
-         "1 setlinecap\n"
-         "0 setlinewidth\n"
-         "gsave\n"},
-        {"portrait letter: scale in six significant digits, fifths truncated toward zero, "
-         "the source's origin negated",
-         exportPortrait, paperFeedDefault, DevicePoint(3060, 3960),
-         DeviceRectangle(-100, 250, 19900, 17250), DeviceRectangle(-7, 404, 2493, 3404),
-         "%!PS-Adobe-3.0 EPSF-3.0\n"
-         "%%BoundingBox: -1 111 498 711 \n"
-         "gsave\n"
-         "/languagelevel where {pop languagelevel} {1} ifelse 2 lt {} {true setstrokeadjust} "
-         "ifelse\n"
-         "0 792 translate\n"
-         "1 -1 scale\n"
-         "-1 80 translate\n"
-         "0.025 0.0352941 scale\n"
-         "100 -250 translate\n"
-         "0 setlinejoin\n"
-         "1 setlinecap\n"
-         "0 setlinewidth\n"
-         "gsave\n"},
-        {"landscape: rotated, the width written straight before \"0 translate\"", exportLandscape,
-         paperFeedDefault, DevicePoint(3960, 3060), DeviceRectangle(0, 0, 3960, 3060),
-         DeviceRectangle(0, 0, 3960, 3060),
-         "%!PS-Adobe-3.0 EPSF-3.0\n"
-         "%%BoundingBox: 0 0 792 612 \n"
-         "gsave\n"
-         "/languagelevel where {pop languagelevel} {1} ifelse 2 lt {} {true setstrokeadjust} "
-         "ifelse\n"
-         "90 rotate\n"
-         "7920 translate\n"
-         "-1 -1 scale\n"
-         "0 612 translate\n"
-         "1 -1 scale\n"
-         "0 0 translate\n"
-         "0.2 0.2 scale\n"
-         "0 0 translate\n"
-         "0 setlinejoin\n"
-         "1 setlinecap\n"
-         "0 setlinewidth\n"
-         "gsave\n"},
-        {"landscape on paper fed by its long edge: not rotated", exportLandscape, paperFeedLongEdge,
-         DevicePoint(3960, 3060), DeviceRectangle(0, 0, 3960, 3060),
-         DeviceRectangle(0, 0, 3960, 3060),
-         "%!PS-Adobe-3.0 EPSF-3.0\n"
-         "%%BoundingBox: 0 0 792 612 \n"
-         "gsave\n"
-         "/languagelevel where {pop languagelevel} {1} ifelse 2 lt {} {true setstrokeadjust} "
-         "ifelse\n"
-         "0 612 translate\n"
-         "1 -1 scale\n"
-         "0 0 translate\n"
-         "0.2 0.2 scale\n"
-         "0 0 translate\n"
-         "0 setlinejoin\n"
-         "1 setlinecap\n"
-         "0 setlinewidth\n"
-         "gsave\n"},
-    };
+        std::string expected;
+    } cases[] = {{"a 500-unit target on a 1000-high device",
+                  exportPortrait,
+                  paperFeedDefault,
+                  {1000, 1000},
+                  DeviceRectangle(0, 0, 500, 500),
+                  DeviceRectangle(0, 0, 500, 500),
+                  header("0 100 100 200", "", "200", "0 0", "0.2 0.2", "0 0")},
+                 {"portrait letter: scale in six significant digits, fifths truncated toward zero, "
+                  "the source's origin negated",
+                  exportPortrait,
+                  paperFeedDefault,
+                  {3060, 3960},
+                  DeviceRectangle(-100, 250, 19900, 17250),
+                  DeviceRectangle(-7, 404, 2493, 3404),
+                  header("-1 111 498 711", "", "792", "-1 80", "0.025 0.0352941", "100 -250")},
+                 {"landscape: rotated, the width written straight before \"0 translate\"",
+                  exportLandscape,
+                  paperFeedDefault,
+                  {3960, 3060},
+                  DeviceRectangle(0, 0, 3960, 3060),
+                  DeviceRectangle(0, 0, 3960, 3060),
+                  header("0 0 792 612", "90 rotate\n7920 translate\n-1 -1 scale\n", "612", "0 0",
+                         "0.2 0.2", "0 0")},
+                 {"landscape on paper fed by its long edge: not rotated",
+                  exportLandscape,
+                  paperFeedLongEdge,
+                  {3960, 3060},
+                  DeviceRectangle(0, 0, 3960, 3060),
+                  DeviceRectangle(0, 0, 3960, 3060),
+                  header("0 0 792 612", "", "612", "0 0", "0.2 0.2", "0 0")}};
     for (const auto& c : cases) {
         std::ostringstream out;
         PageDevice device(out, parametersWith(c.orientation, c.feed), c.page);
@@ -162,108 +129,50 @@ TEST(EPSPage, SizesFollowThePaperAndTheOrientation) {
     EXPECT_STREQ(landscape.jobName(), "job");
 }
 
-TEST_F(EPSText, Colours_FollowTheTableInColourMode) {
-    const char* expected[] = {"",
-                              "1 1 1 setrgbcolor\n",
-                              "0 0 0 setrgbcolor\n",
-                              "0 0 0 setrgbcolor\n",
-                              ".25 .25 .25 setrgbcolor\n",
-                              ".5 .5 .5 setrgbcolor\n",
-                              ".75 .75 .75 setrgbcolor\n",
-                              ".7 0 0 setrgbcolor\n",
-                              "1 0 0 setrgbcolor\n",
-                              "1 0 0 setrgbcolor\n",
-                              "0 .7 0 setrgbcolor\n",
-                              "0 1 0 setrgbcolor\n",
-                              "0 1 0 setrgbcolor\n",
-                              "0 0 .7 setrgbcolor\n",
-                              "0 0 1 setrgbcolor\n",
-                              "0 0 1 setrgbcolor\n",
-                              "1 0 1 setrgbcolor\n",
-                              "1 1 0 setrgbcolor\n",
-                              "1 1 1 setrgbcolor\n",
-                              "0 0 0 setrgbcolor\n",
-                              "0 0 0 setrgbcolor\n",
-                              "0 0 0 setrgbcolor\n"};
-    for (int value = 0; value <= 21; ++value) {
-        m_device.setColor(static_cast<wsiColor>(value));
-        EXPECT_EQ(written(), expected[value]) << "colour " << value;
+TEST(EPSColours, FollowTheTableInBothModes) {
+    // wsiColor 0 to 20; 0 writes nothing, every value from 19 on is black.
+    const char* rgb[] = {
+        "",       "1 1 1", "0 0 0", "0 0 0",  ".25 .25 .25", ".5 .5 .5", ".75 .75 .75",
+        ".7 0 0", "1 0 0", "1 0 0", "0 .7 0", "0 1 0",       "0 1 0",    "0 0 .7",
+        "0 0 1",  "0 0 1", "1 0 1", "1 1 0",  "1 1 1",       "0 0 0",    "0 0 0"};
+    const char* gray[] = {"",  "1", "0", "0", ".2", ".5", ".8", "0", "0", "0", "0",
+                          "0", "0", "0", "0", "0",  "0",  "0",  "1", "0", "0"};
+    for (const bool grayMode : {false, true}) {
+        std::ostringstream out;
+        PageDevice device(out, parametersWith(exportPortrait, paperFeedDefault, grayMode),
+                          DevicePoint(1000, 1000));
+        device.open(DeviceRectangle(0, 0, 1000, 1000), DeviceRectangle(0, 0, 1000, 1000));
+        EXPECT_EQ(device.isMonochrome(), grayMode);
+        for (const int value :
+             {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 1000}) {
+            out.str("");
+            device.setColor(static_cast<wsiColor>(value));
+            const std::string operands = (grayMode ? gray : rgb)[value < 20 ? value : 20];
+            EXPECT_EQ(out.str(), operands.empty()
+                                     ? ""
+                                     : operands + (grayMode ? " setgray\n" : " setrgbcolor\n"))
+                << "colour " << value << (grayMode ? " in grey mode" : "");
+        }
     }
-    m_device.setColor(static_cast<wsiColor>(1000));
-    EXPECT_EQ(written(), "0 0 0 setrgbcolor\n") << "every value above 19 is black";
-}
-
-class EPSGrayText : public EPSText {
-protected:
-    EPSGrayText() : EPSText(true) {}
-};
-
-TEST_F(EPSGrayText, Colours_FollowTheTableInGreyMode) {
-    const char* expected[] = {"",  "1", "0", "0", ".2", ".5", ".8", "0", "0", "0", "0",
-                              "0", "0", "0", "0", "0",  "0",  "0",  "1", "0", "0"};
-    for (int value = 0; value <= 20; ++value) {
-        m_device.setColor(static_cast<wsiColor>(value));
-        const std::string line = value == 0 ? "" : std::string(expected[value]) + " setgray\n";
-        EXPECT_EQ(written(), line) << "colour " << value;
-    }
-    EXPECT_TRUE(m_device.isMonochrome());
 }
 
 TEST_F(EPSText, PenStylesAndWidths_FollowTheTable) {
-    const struct {
-        int style;
-        const char* text;
-    } cases[] = {
-        {-1, ""},
-        {0, "[] 0 setdash\n"},
-        {1, "[3] 0 setdash\n"},
-        {2, "[1 2] 0 setdash\n"},
-        {3, "[3 2 1 2] 0 setdash\n"},
-        {4, "[3 2 1 2 1 2] 0 setdash\n"},
-        {5, "[] 0 setdash\n"},
-        {6, ""},
-    };
-    for (const auto& c : cases) {
-        m_device.setPenStyle(static_cast<wsiPenStyle>(c.style));
-        EXPECT_EQ(written(), c.text) << "style " << c.style;
+    const char* dashes[] = {"",
+                            "[] 0 setdash\n",
+                            "[3] 0 setdash\n",
+                            "[1 2] 0 setdash\n",
+                            "[3 2 1 2] 0 setdash\n",
+                            "[3 2 1 2 1 2] 0 setdash\n",
+                            "[] 0 setdash\n",
+                            ""};
+    for (int style = -1; style <= 6; ++style) {
+        m_device.setPenStyle(static_cast<wsiPenStyle>(style));
+        EXPECT_EQ(written(), dashes[style + 1]) << "style " << style;
     }
     m_device.setPenWidth(7);
     EXPECT_EQ(written(), "7 setlinewidth\n");
     m_device.setPenWidth(0);
     EXPECT_EQ(written(), "0 setlinewidth\n");
-}
-
-TEST_F(EPSText, StateChanges_StrokeTheLinesDrawnBeforeThem) {
-    m_device.drawLine(SheetPoint(1, 2), SheetPoint(3, 4));
-    m_device.setColor(wsiRed);
-    EXPECT_EQ(written(), "1 2 moveto\n3 4 lineto\nstroke\n1 0 0 setrgbcolor\n")
-        << "the lines take the colour they were drawn in";
-    m_device.drawLine(SheetPoint(1, 2), SheetPoint(3, 4));
-    m_device.setPenStyle(wsiPenDot);
-    EXPECT_EQ(written(), "1 2 moveto\n3 4 lineto\nstroke\n[1 2] 0 setdash\n");
-    m_device.drawLine(SheetPoint(1, 2), SheetPoint(3, 4));
-    m_device.setPenWidth(2);
-    EXPECT_EQ(written(), "1 2 moveto\n3 4 lineto\nstroke\n2 setlinewidth\n");
-    m_device.setColor(wsiNoColor);
-    m_device.setColor(wsiBlue);
-    EXPECT_EQ(written(), "0 0 1 setrgbcolor\n") << "no stroke without pending lines";
-}
-
-TEST_F(EPSText, Lines_AreWrittenFromTheCurrentPointAndMoveIt) {
-    m_device.primitiveMoveTo(10, 20);
-    m_device.primitiveLineTo(30, 40);
-    m_device.primitiveLineTo(50, 60);
-    EXPECT_EQ(written(), "10 20 moveto\n30 40 lineto\n30 40 moveto\n50 60 lineto\n");
-    EXPECT_EQ(m_device.currentPoint(), DevicePoint(50, 60));
-    m_device.endPath();
-    EXPECT_EQ(written(), "stroke\n");
-    m_device.endPath();
-    EXPECT_EQ(written(), "") << "no path is open";
-    m_device.closePath();
-    EXPECT_EQ(written(), "closepath\n");
-    const DevicePoint points[] = {DevicePoint(0, 0), DevicePoint(5, 0), DevicePoint(5, 5)};
-    m_device.drawPolylineUnTransformed(3, const_cast<DevicePoint*>(points));
-    EXPECT_EQ(written(), "0 0 moveto\n5 0 lineto\n5 0 moveto\n5 5 lineto\n");
 }
 
 TEST_F(EPSText, Clip_ReplacesThePreviousClipAndClipsLines) {
@@ -274,18 +183,16 @@ TEST_F(EPSText, Clip_ReplacesThePreviousClipAndClipsLines) {
         const char* rule;
         DevicePoint from, to;
         const char* text;
-    } cases[] = {
-        {"inside: as drawn", DevicePoint(110, 120), DevicePoint(190, 180),
-         "110 120 moveto\n190 180 lineto\n"},
-        {"across: both ends moved onto the edges", DevicePoint(50, 150), DevicePoint(250, 150),
-         "100 150 moveto\n200 150 lineto\n"},
-        {"one end outside", DevicePoint(150, 150), DevicePoint(150, 300),
-         "150 150 moveto\n150 200 lineto\n"},
-        {"diagonal through a corner region", DevicePoint(0, 100), DevicePoint(200, 300),
-         "100 200 moveto\n100 200 lineto\n"},
-        {"wholly outside: nothing", DevicePoint(0, 0), DevicePoint(50, 300), ""},
-        {"beside one edge: nothing", DevicePoint(300, 100), DevicePoint(300, 200), ""},
-    };
+    } cases[] = {{"inside: as drawn", DevicePoint(110, 120), DevicePoint(190, 180),
+                  "110 120 moveto\n190 180 lineto\n"},
+                 {"across: both ends moved onto the edges", DevicePoint(50, 150),
+                  DevicePoint(250, 150), "100 150 moveto\n200 150 lineto\n"},
+                 {"one end outside", DevicePoint(150, 150), DevicePoint(150, 300),
+                  "150 150 moveto\n150 200 lineto\n"},
+                 {"diagonal through a corner region", DevicePoint(0, 100), DevicePoint(200, 300),
+                  "100 200 moveto\n100 200 lineto\n"},
+                 {"wholly outside: nothing", DevicePoint(0, 0), DevicePoint(50, 300), ""},
+                 {"beside one edge: nothing", DevicePoint(300, 100), DevicePoint(300, 200), ""}};
     for (const auto& c : cases) {
         m_device.primitiveMoveTo(c.from.x(), c.from.y());
         m_device.primitiveLineTo(c.to.x(), c.to.y());
@@ -295,63 +202,101 @@ TEST_F(EPSText, Clip_ReplacesThePreviousClipAndClipsLines) {
     EXPECT_EQ(linesOf(written()).front(), "stroke") << "the open path is ended first";
 }
 
-TEST_F(EPSText, CurvesEllipsesAndFills_AreWrittenInTheirFixedForms) {
-    m_device.setPenWidth(3);
-    written();
-    m_device.drawCurve(SheetPoint(10, 20), SheetPoint(110, 80));
-    EXPECT_EQ(written(), "3 setlinewidth\nnewpath\n10 20 moveto\n60 20\n60 80\n110 80\n"
-                         "curveto\nstroke\n");
-    m_device.drawEllipse(SheetRectangle(SheetPoint(100, 100), SheetPoint(140, 140)), false);
-    EXPECT_EQ(written(), "120 120 20 0 360 arc\n3 setlinewidth\nstroke\n");
-    m_device.setColor(wsiBlue);
-    written();
-    m_device.drawEllipse(SheetRectangle(SheetPoint(0, 0), SheetPoint(41, 30)), true);
-    EXPECT_EQ(written(), "20.5 15 17.75 0 360 arc\ngsave\n  0 0 1 setrgbcolor\n  fill\n"
-                         "grestore\n3 setlinewidth\nstroke\n")
-        << "a non-circular ellipse: the mean of its half axes as radius";
-    m_device.fillRectangle(SheetRectangle(SheetPoint(1, 2), SheetPoint(11, 22)));
-    EXPECT_EQ(written(), "newpath\n1 2 moveto\n11 2 lineto\n11 22 lineto\n1 22 lineto\n"
-                         "closepath\ngsave\n  0 0 1 setrgbcolor\n  gsave fill grestore\n"
-                         "  stroke\ngrestore\nnewpath\n");
-    m_device.setBackgroundColor(wsiYellow);
-    written();
-    m_device.erase(DeviceRectangle(0, 0, 5, 5));
-    EXPECT_EQ(written(),
-              "1 1 0 setrgbcolor\nnewpath\n0 0 moveto\n5 0 lineto\n5 5 lineto\n"
-              "0 5 lineto\nclosepath\ngsave\n  1 1 0 setrgbcolor\n  gsave fill grestore\n"
-              "  stroke\ngrestore\nnewpath\n0 0 1 setrgbcolor\n")
-        << "erase fills in the background colour and sets the drawing colour back";
-    const SheetPoint triangle[] = {SheetPoint(0, 0), SheetPoint(8, 0), SheetPoint(4, 6)};
-    m_device.fillPolygon(wsiRed, 3, triangle);
-    EXPECT_EQ(written(), "newpath\n0 0 moveto\n8 0 lineto\n4 6 lineto\nclosepath\ngsave\n"
-                         "  1 0 0 setrgbcolor\n  gsave fill grestore\n  stroke\ngrestore\n"
-                         "newpath\n");
-    m_device.fillPolygon(wsiRed, 1, triangle);
-    EXPECT_EQ(written(), "") << "a single point fills nothing";
-}
+// One drawing operation and the text it writes; the steps run in order on one device.
+struct Step {
+    const char* rule;
+    std::function<void(PageDevice&)> act;
+    std::string text;
+};
 
-TEST_F(EPSText, CappedPolyline_DrawsItsArrowHeadAsAFilledTriangle) {
-    DevicePoint points[] = {DevicePoint(0, 0), DevicePoint(100, 0)};
-    m_device.drawCappedPolylineUnTransformed(wsiLineCapRound, wsiLineCapArrow, DevicePoint(10, 8),
-                                             2, points);
-    EXPECT_EQ(written(), "newpath\n100 0 moveto\n90 4 lineto\n90 -4 lineto\nclosepath\n"
-                         "gsave\n  0 0 0 setrgbcolor\n  gsave fill grestore\n  stroke\n"
-                         "grestore\nnewpath\n0 0 moveto\n90 0 lineto\n");
-    EXPECT_EQ(points[1], DevicePoint(100, 0)) << "the caller's points are left as given";
+TEST_F(EPSText, Operations_WriteTheirFixedTextInOrder) {
+    const SheetPoint a(1, 2), b(3, 4);
+    const SheetPoint triangle[] = {SheetPoint(0, 0), SheetPoint(8, 0), SheetPoint(4, 6)};
+    const std::string fillRest = "  gsave fill grestore\n  stroke\ngrestore\nnewpath\n";
+    const Step steps[] = {
+        {"a line", [&](PageDevice& d) { d.drawLine(a, b); }, "1 2 moveto\n3 4 lineto\n"},
+        {"a colour strokes the lines drawn before it", [](PageDevice& d) { d.setColor(wsiRed); },
+         "stroke\n1 0 0 setrgbcolor\n"},
+        {"so does a dash", [&](PageDevice& d) { d.drawLine(a, b), d.setPenStyle(wsiPenDot); },
+         "1 2 moveto\n3 4 lineto\nstroke\n[1 2] 0 setdash\n"},
+        {"and a width", [&](PageDevice& d) { d.drawLine(a, b), d.setPenWidth(2); },
+         "1 2 moveto\n3 4 lineto\nstroke\n2 setlinewidth\n"},
+        {"colour 0 writes nothing; no stroke without pending lines",
+         [](PageDevice& d) { d.setColor(wsiNoColor), d.setColor(wsiBlue); }, "0 0 1 setrgbcolor\n"},
+        {"lines from the current point, which each moves",
+         [](PageDevice& d) {
+             d.primitiveMoveTo(10, 20), d.primitiveLineTo(30, 40), d.primitiveLineTo(50, 60);
+             EXPECT_EQ(d.currentPoint(), DevicePoint(50, 60));
+         },
+         "10 20 moveto\n30 40 lineto\n30 40 moveto\n50 60 lineto\n"},
+        {"endPath strokes", [](PageDevice& d) { d.endPath(); }, "stroke\n"},
+        {"once: no path is open", [](PageDevice& d) { d.endPath(); }, ""},
+        {"closePath", [](PageDevice& d) { d.closePath(); }, "closepath\n"},
+        {"a polyline",
+         [](PageDevice& d) {
+             DevicePoint points[] = {{0, 0}, {5, 0}, {5, 5}};
+             d.drawPolylineUnTransformed(3, points);
+         },
+         "0 0 moveto\n5 0 lineto\n5 0 moveto\n5 5 lineto\n"},
+        {"a width", [](PageDevice& d) { d.setPenWidth(3); }, "stroke\n3 setlinewidth\n"},
+        {"a curve", [](PageDevice& d) { d.drawCurve(SheetPoint(10, 20), SheetPoint(110, 80)); },
+         "3 setlinewidth\nnewpath\n10 20 moveto\n60 20\n60 80\n110 80\ncurveto\nstroke\n"},
+        {"a circle",
+         [](PageDevice& d) { d.drawEllipse(SheetRectangle(100, 100, 140, 140), false); },
+         "120 120 20 0 360 arc\n3 setlinewidth\nstroke\n"},
+        {"a filled ellipse: an integer centre, the mean of its half axes as radius",
+         [](PageDevice& d) { d.drawEllipse(SheetRectangle(0, 0, 41, 30), true); },
+         "20 15 17.75 0 360 arc\ngsave\n  0 0 1 setrgbcolor\n  fill\ngrestore\n"
+         "3 setlinewidth\nstroke\n"},
+        {"a filled rectangle", [](PageDevice& d) { d.fillRectangle(SheetRectangle(1, 2, 11, 22)); },
+         "newpath\n1 2 moveto\n11 2 lineto\n11 22 lineto\n1 22 lineto\nclosepath\ngsave\n"
+         "  0 0 1 setrgbcolor\n" +
+             fillRest},
+        {"erase fills in the background colour and sets the drawing colour back",
+         [](PageDevice& d) {
+             d.setBackgroundColor(wsiYellow), d.erase(DeviceRectangle(0, 0, 5, 5));
+         },
+         "1 1 0 setrgbcolor\nnewpath\n0 0 moveto\n5 0 lineto\n5 5 lineto\n0 5 lineto\n"
+         "closepath\ngsave\n  1 1 0 setrgbcolor\n" +
+             fillRest + "0 0 1 setrgbcolor\n"},
+        {"a polygon filled in its colour",
+         [&](PageDevice& d) { d.fillPolygon(wsiRed, 3, triangle); },
+         "newpath\n0 0 moveto\n8 0 lineto\n4 6 lineto\nclosepath\ngsave\n"
+         "  1 0 0 setrgbcolor\n" +
+             fillRest},
+        {"a single point fills nothing", [&](PageDevice& d) { d.fillPolygon(wsiRed, 1, triangle); },
+         ""},
+        {"an arrow head as a filled triangle, the line to its base",
+         [](PageDevice& d) {
+             DevicePoint points[] = {{0, 0}, {100, 0}};
+             d.drawCappedPolylineUnTransformed(wsiLineCapRound, wsiLineCapArrow, {10, 8}, 2,
+                                               points);
+             EXPECT_EQ(points[1], DevicePoint(100, 0)) << "the caller's points are left as given";
+         },
+         "newpath\n100 0 moveto\n90 4 lineto\n90 -4 lineto\nclosepath\ngsave\n"
+         "  0 0 1 setrgbcolor\n" +
+             fillRest + "0 0 moveto\n90 0 lineto\n"},
+        {"close strokes and ends both states", [](PageDevice& d) { d.close(); },
+         "stroke\ngrestore\ngrestore\n"},
+        {"endOfPage", [](PageDevice& d) { d.endOfPage(); }, "showpage\n"},
+        {"nothing is drawn after close",
+         [&](PageDevice& d) { d.setColor(wsiRed), d.drawLine(a, b), d.close(); }, ""}};
+    for (const Step& step : steps) {
+        step.act(m_device);
+        EXPECT_EQ(written(), step.text) << step.rule;
+    }
 }
 
 TEST_F(EPSText, Text_EscapesEachCharacterByTheRule) {
     const struct {
         const char* text;
         const char* shown;
-    } cases[] = {
-        {"a(b)\\c", "(a\\(b\\)\\\\c) show"},
-        {"\xA9", "(\\37777777651) show"},
-        {"\x80\xFF", "(\\37777777600\\37777777777) show"},
-        {"tab\there\n", "(tab\\11here\\12) show"},
-        {"\x1F ~\x7F", "(\\37 ~\x7F) show"},
-        {"", "() show"},
-    };
+    } cases[] = {{"a(b)\\c", "(a\\(b\\)\\\\c) show"},
+                 {"\xA9", "(\\37777777651) show"},
+                 {"\x80\xFF", "(\\37777777600\\37777777777) show"},
+                 {"tab\there\n", "(tab\\11here\\12) show"},
+                 {"\x1F ~\x7F", "(\\37 ~\x7F) show"},
+                 {"", "() show"}};
     WsiFont font("Helvetica", 10);
     for (const auto& c : cases) {
         long advance = -1;
@@ -412,19 +357,6 @@ TEST_F(EPSText, Text_OnlyTheFirstLengthBytesAndAlignedTextFromItsBox) {
     EXPECT_NE(written().find("110 "), std::string::npos) << "starts 90 units left of 200";
 }
 
-TEST_F(EPSText, CloseAndEndOfPage_EndTheDocument) {
-    m_device.drawLine(SheetPoint(0, 0), SheetPoint(1, 1));
-    written();
-    m_device.close();
-    EXPECT_EQ(written(), "stroke\ngrestore\ngrestore\n");
-    m_device.endOfPage();
-    EXPECT_EQ(written(), "showpage\n");
-    m_device.setColor(wsiRed);
-    m_device.drawLine(SheetPoint(0, 0), SheetPoint(1, 1));
-    m_device.close();
-    EXPECT_EQ(written(), "") << "nothing is drawn after close";
-}
-
 TEST(EPSDevice, TakesOverTheDisplayTransformationOfTheExportedDevice) {
     std::ostringstream out;
     EPSDevice window(nullptr, "window", out, ExportParameters());
@@ -453,33 +385,23 @@ TEST(PostScriptFont, FamiliesMapOntoTheStandardFonts) {
         const char* family;
         bool bold, italic;
         const char* name;
-    } cases[] = {
-        {"Times", false, false, "Times-Roman"},
-        {"Times New Roman", true, false, "Times-Bold"},
-        {"serif", false, true, "Times-Italic"},
-        {"times", true, true, "Times-BoldItalic"},
-        {"Arial", false, false, "Helvetica"},
-        {"Helvetica", true, true, "Helvetica-BoldOblique"},
-        {"sans-serif", false, true, "Helvetica-Oblique"},
-        {"Arial Narrow", true, false, "Helvetica-Narrow-Bold"},
-        {"Courier New", false, false, "Courier"},
-        {"monospace", true, true, "Courier-BoldOblique"},
-        {"Symbol", true, true, "Symbol"},
-        {"Zapf Dingbats", false, false, "ZapfDingbats"},
-        {"ITC Avant Garde Gothic", true, false, "AvantGarde-Demi"},
-        {"Bookman", false, true, "Bookman-LightItalic"},
-        {"New Century Schoolbook", true, true, "NewCenturySchlbk-BoldItalic"},
-        {"Palatino Linotype", false, false, "Palatino-Roman"},
-        {"Zapf Chancery", true, false, "ZapfChancery-MediumItalic"},
-        {"Times-Bold", false, true, "Times-BoldItalic"},
-        {"Helvetica-Oblique", true, false, "Helvetica-BoldOblique"},
-        {"Comic Sans", false, false, "Helvetica"},
-        {"Comic Sans", true, false, "Helvetica-Bold"},
-        {"Wingdings", false, true, "Helvetica-Oblique"},
-        {"", true, true, "Helvetica-BoldOblique"},
-        {"a family name much longer than any of the standard font names that there are", false,
-         false, "Helvetica"},
-    };
+    } cases[] = {// clang-format off
+        {"Times", 0, 0, "Times-Roman"},                 {"Times New Roman", 1, 0, "Times-Bold"},
+        {"serif", 0, 1, "Times-Italic"},                {"times", 1, 1, "Times-BoldItalic"},
+        {"Arial", 0, 0, "Helvetica"},                   {"Helvetica", 1, 1, "Helvetica-BoldOblique"},
+        {"sans-serif", 0, 1, "Helvetica-Oblique"},      {"Arial Narrow", 1, 0, "Helvetica-Narrow-Bold"},
+        {"Courier New", 0, 0, "Courier"},               {"monospace", 1, 1, "Courier-BoldOblique"},
+        {"Symbol", 1, 1, "Symbol"},                     {"Zapf Dingbats", 0, 0, "ZapfDingbats"},
+        {"ITC Avant Garde Gothic", 1, 0, "AvantGarde-Demi"}, {"Bookman", 0, 1, "Bookman-LightItalic"},
+        {"New Century Schoolbook", 1, 1, "NewCenturySchlbk-BoldItalic"},
+        {"Palatino Linotype", 0, 0, "Palatino-Roman"},  {"Zapf Chancery", 1, 0, "ZapfChancery-MediumItalic"},
+        // A standard name adds its own weight and slant; anything else is Helvetica.
+        {"Times-Bold", 0, 1, "Times-BoldItalic"},       {"Helvetica-Oblique", 1, 0, "Helvetica-BoldOblique"},
+        {"Comic Sans", 0, 0, "Helvetica"},              {"Comic Sans", 1, 0, "Helvetica-Bold"},
+        {"Wingdings", 0, 1, "Helvetica-Oblique"},       {"", 1, 1, "Helvetica-BoldOblique"},
+        {"a family name much longer than any of the standard font names that there are", 0, 0,
+         "Helvetica"}};
+    // clang-format on
     for (const auto& c : cases)
         EXPECT_STREQ(PostScriptFont::nameFor(c.family, c.bold, c.italic), c.name) << c.family;
     WsiFont font(nullptr, 9);

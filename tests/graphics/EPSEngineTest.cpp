@@ -1,4 +1,5 @@
 // EPSEngine: the paint-engine side writes what EPSDevice writes for the same drawing.
+#include "CommaLocale.h"
 #include "EPSTestSupport.h"
 
 #include "../../bench/graphics/ExportDrawing.h"
@@ -23,75 +24,72 @@ const DeviceRectangle v_page(0, 0, 3060, 3960);
 // writer has: colours, dashes and widths, lines, polylines, polygons, a clip with the state
 // set again after it, curves, ellipses, text and aligned text.
 void drawSample(wsiDevice& d) {
-    d.setColor(wsiRed);
-    d.setPenStyle(wsiPenDash);
-    d.setPenWidth(3);
+    d.setColor(wsiRed), d.setPenStyle(wsiPenDash), d.setPenWidth(3);
     d.drawLine(SheetPoint(100, 100), SheetPoint(900, 100));
-    const SheetPoint zigzag[] = {SheetPoint(100, 200), SheetPoint(200, 300), SheetPoint(300, 200),
-                                 SheetPoint(400, 300)};
+    const SheetPoint zigzag[] = {{100, 200}, {200, 300}, {300, 200}, {400, 300}};
     d.drawPolyline(4, zigzag);
-    d.setColor(wsiDarkGreen);
-    d.drawRectangle(SheetRectangle(SheetPoint(500, 500), SheetPoint(800, 700)));
+    d.setColor(wsiDarkGreen), d.drawRectangle(SheetRectangle(500, 500, 800, 700));
     d.setClipRect(DeviceRectangle(50, 50, 2000, 1500));
-    d.setColor(wsiBlue);
-    d.setPenStyle(wsiPenDot);
-    d.setPenWidth(2);
+    d.setColor(wsiBlue), d.setPenStyle(wsiPenDot), d.setPenWidth(2);
     d.drawLine(SheetPoint(0, 1000), SheetPoint(3000, 1000)); // clipped
     d.drawCurve(SheetPoint(100, 800), SheetPoint(600, 1200));
-    d.drawEllipse(SheetRectangle(SheetPoint(1000, 200), SheetPoint(1200, 400)), false);
-    d.setColor(wsiYellow);
-    d.drawEllipse(SheetRectangle(SheetPoint(1300, 200), SheetPoint(1500, 300)), true);
+    d.drawEllipse(SheetRectangle(1000, 200, 1201, 400), false); // radius 100.25
+    d.setColor(wsiYellow), d.drawEllipse(SheetRectangle(1300, 200, 1500, 300), true);
     WsiFont font("Helvetica", 12);
-    d.setColor(wsiPurple);
-    d.drawText("Hello (EPS) \\ world", SheetPoint(300, 1300), font);
+    d.setColor(wsiPurple), d.drawText("Hello (EPS) \\ world", SheetPoint(300, 1300), font);
     font.setItalic(true);
     d.drawAlignedText("aligned", SheetPoint(1000, 1400), font, wsiAlignHCenter, wsiAlignBottom);
 }
 
-// The text EPSDevice writes for draw, opened on the letter page.
+// The text EPSDevice writes for draw after the header of the letter page, into a stream
+// whose locale has a decimal comma (which must not reach the text).
 std::string throughDevice(const std::function<void(wsiDevice&)>& draw) {
     std::ostringstream out;
+    out.imbue(commaLocale());
     EPSDevice device(nullptr, "job", out, ExportParameters());
     device.open(v_page, v_page);
+    const std::size_t header = out.str().size();
     draw(device);
     device.close();
     device.endOfPage();
-    return out.str();
+    return out.str().substr(header);
 }
 
-// The text EPSEngine writes when a painter-based Device draws the same on it.
-std::string throughEngine(const std::function<void(wsiDevice&)>& draw) {
+// The text EPSEngine writes after the header of the letter page while paint paints on it.
+std::string throughEngine(const std::function<void(TqPainter&)>& paint) {
     std::ostringstream out;
     EPSEngine engine(nullptr, "job", out, ExportParameters());
     engine.open(v_page, v_page);
-    {
-        TqPainter painter(&engine.paintDevice());
-        EXPECT_TRUE(painter.isActive());
+    const std::size_t header = out.str().size();
+    TqPainter painter(&engine.paintDevice());
+    EXPECT_TRUE(painter.isActive());
+    paint(painter);
+    painter.end();
+    return out.str().substr(header);
+}
+
+// The same with a painter-based Device drawing on the engine.
+std::string throughEngineDevice(const std::function<void(wsiDevice&)>& draw) {
+    return throughEngine([&](TqPainter& painter) {
         Device device(painter);
         draw(device);
-        painter.end();
-    }
-    return out.str();
+    });
 }
 
 TEST(EPSEngine, WritesWhatEPSDeviceWritesForTheSameDrawing) {
     const std::string device = throughDevice(drawSample);
-    const std::string engine = throughEngine(drawSample);
-    EXPECT_EQ(linesOf(engine), linesOf(device));
+    EXPECT_EQ(linesOf(throughEngineDevice(drawSample)), linesOf(device));
     EXPECT_NE(device.find("(Hello \\(EPS\\) \\\\ world) show\n"), std::string::npos);
     EXPECT_NE(device.find("/Helvetica-Oblique findfont 60 scalefont setfont\n"), std::string::npos);
-    EXPECT_NE(device.find("1 0 1 setrgbcolor\n"), std::string::npos);
-}
-
-TEST(EPSEngine, WritesWhatEPSDeviceWritesForTheBenchmarkDrawing) {
-    const auto draw = [](wsiDevice& d) { drawExportSegments(d, 5000); };
-    const std::string device = throughDevice(draw);
-    EXPECT_EQ(throughEngine(draw), device);
-    EXPECT_EQ(eps_test::countWord(device, "lineto"), 5000);
+    EXPECT_NE(device.find(" 100.25 0 360 arc\n"), std::string::npos) << "a point, not a comma";
+    const auto segments = [](wsiDevice& d) { drawExportSegments(d, 5000); };
+    const std::string benchmark = throughDevice(segments);
+    EXPECT_EQ(throughEngineDevice(segments), benchmark) << "the benchmark's drawing";
+    EXPECT_EQ(eps_test::countWord(benchmark, "lineto"), 5000);
 }
 
 TEST(EPSEngine, BeginOpensThePageAndEndClosesItOnce) {
-    std::ostringstream out;
+    std::ostringstream out, reference;
     EPSEngine engine(nullptr, "job", out, ExportParameters());
     EXPECT_STREQ(engine.jobName(), "job");
     EXPECT_EQ(engine.paintDevice().width(), 3060);
@@ -99,41 +97,26 @@ TEST(EPSEngine, BeginOpensThePageAndEndClosesItOnce) {
     EXPECT_EQ(engine.paintDevice().logicalDpiY(), 360);
     {
         TqPainter painter(&engine.paintDevice());
-        painter.drawLine(QPoint(1, 2), QPoint(3, 4));
         QImage image(4, 4, QImage::Format_RGB32);
-        painter.drawImage(QPoint(0, 0), image);
+        painter.drawLine(1, 2, 3, 4), painter.drawImage(0, 0, image), painter.drawPoint(5, 5);
         painter.drawPixmap(QRect(0, 0, 4, 4), QPixmap());
-        painter.drawPoint(QPoint(5, 5));
     }
-    std::ostringstream device;
-    EPSDevice reference(nullptr, "job", device, ExportParameters());
-    reference.open(v_page, v_page);
-    EXPECT_EQ(out.str().substr(0, device.str().size()), device.str())
+    EPSDevice(nullptr, "job", reference, ExportParameters()).open(v_page, v_page);
+    EXPECT_EQ(out.str().substr(0, reference.str().size()), reference.str())
         << "begin writes the header of the whole page";
-    const auto lines = linesOf(out.str().substr(device.str().size()));
-    const std::vector<std::string> expected = {"0 0 0 setrgbcolor", "stroke",     "[] 0 setdash",
-                                               "1 2 moveto",        "3 4 lineto", "stroke",
-                                               "grestore",          "grestore",   "showpage"};
-    EXPECT_EQ(lines, expected) << "images and points write nothing";
+    EXPECT_EQ(out.str().substr(reference.str().size()),
+              "0 0 0 setrgbcolor\nstroke\n[] 0 setdash\n1 2 moveto\n3 4 lineto\nstroke\n"
+              "grestore\ngrestore\nshowpage\n")
+        << "images and points write nothing";
 }
 
 TEST(EPSEngine, FillsWithTheBrushAndStrokesWithThePen) {
-    std::ostringstream out;
-    EPSEngine engine(nullptr, "job", out, ExportParameters());
-    engine.open(v_page, v_page);
-    const std::size_t header = out.str().size();
-    {
-        TqPainter painter(&engine.paintDevice());
-        painter.fillRect(QRect(10, 20, 30, 40), QColor(Qt::red));
-        painter.setPen(QPen(QColor(Qt::blue), 2));
-        painter.setBrush(QColor(Qt::yellow));
-        painter.drawRect(QRect(0, 0, 10, 10));
-        painter.setPen(Qt::NoPen);
-        painter.drawLine(QPoint(0, 0), QPoint(9, 9));
-        painter.drawEllipse(QRect(0, 0, 10, 10));
-        painter.end();
-    }
-    EXPECT_EQ(out.str().substr(header),
+    EXPECT_EQ(throughEngine([](TqPainter& p) {
+                  p.fillRect(QRect(10, 20, 30, 40), QColor(Qt::red));
+                  p.setPen(QPen(QColor(Qt::blue), 2)), p.setBrush(QColor(Qt::yellow));
+                  p.drawRect(QRect(0, 0, 10, 10));
+                  p.setPen(Qt::NoPen), p.drawLine(0, 0, 9, 9), p.drawEllipse(QRect(0, 0, 10, 10));
+              }),
               "newpath\n10 20 moveto\n40 20 lineto\n40 60 lineto\n10 60 lineto\nclosepath\n"
               "gsave\n  1 0 0 setrgbcolor\n  fill\ngrestore\nnewpath\n"
               "newpath\n0 0 moveto\n10 0 lineto\n10 10 lineto\n0 10 lineto\nclosepath\n"
@@ -147,24 +130,14 @@ TEST(EPSEngine, FillsWithTheBrushAndStrokesWithThePen) {
 }
 
 TEST(EPSEngine, PathsTransformsAndClipsGoThroughThePainterState) {
-    std::ostringstream out;
-    EPSEngine engine(nullptr, "job", out, ExportParameters());
-    engine.open(v_page, v_page);
-    const std::size_t header = out.str().size();
-    {
-        TqPainter painter(&engine.paintDevice());
-        painter.setPen(QPen(QColor(Qt::black), 0));
-        painter.translate(100, 200);
-        painter.setClipRect(QRect(0, 0, 50, 60));
-        QPainterPath path(QPointF(0, 0));
-        path.lineTo(10, 0);
-        path.cubicTo(QPointF(20, 0), QPointF(20, 10), QPointF(30, 10));
-        painter.drawPath(path);
-        painter.setClipping(false);
-        painter.drawLine(QLineF(0.4, 0.6, 1000, 0));
-        painter.end();
-    }
-    EXPECT_EQ(out.str().substr(header),
+    EXPECT_EQ(throughEngine([](TqPainter& p) {
+                  p.setPen(QPen(QColor(Qt::black), 0)), p.translate(100, 200);
+                  p.setClipRect(QRect(0, 0, 50, 60));
+                  QPainterPath path(QPointF(0, 0));
+                  path.lineTo(10, 0);
+                  path.cubicTo(QPointF(20, 0), QPointF(20, 10), QPointF(30, 10));
+                  p.drawPath(path), p.setClipping(false), p.drawLine(QLineF(0.4, 0.6, 1000, 0));
+              }),
               "stroke\ngrestore\ngsave\nnewpath\n100 200 moveto\n150 200 lineto\n"
               "150 260 lineto\n100 260 lineto\nclosepath\nclip\nnewpath\n"
               "0 0 0 setrgbcolor\n[] 0 setdash\n0 setlinewidth\n"
@@ -176,6 +149,25 @@ TEST(EPSEngine, PathsTransformsAndClipsGoThroughThePainterState) {
               "stroke\ngrestore\ngrestore\nshowpage\n")
         << "the clip is mapped to device units; after each clip change the pen is written "
            "again";
+}
+
+TEST(EPSEngine, FontsMapAndMeasureAsEPSDeviceDoes) {
+    std::ostringstream out;
+    EPSEngine engine(nullptr, "job", out, ExportParameters());
+    EPSDevice device(nullptr, "job", out, ExportParameters());
+    QFont font("Times New Roman", 14);
+    font.setItalic(true);
+    EXPECT_STREQ(engine.selectFont(font), "Times-Italic");
+    EXPECT_STREQ(engine.selectFont(QFont("No Such Family", 10)), "Helvetica");
+    font.setBold(true);
+    EXPECT_STREQ(engine.selectFont(font), "Times-BoldItalic");
+    WsiFont same("Times New Roman", 14);
+    same.setBold(true);
+    same.setItalic(true);
+    const DevicePoint measured = engine.pixelBox("Timing", font);
+    EXPECT_EQ(measured, device.pixelBox("Timing", same));
+    EXPECT_GT(measured.x(), 100) << "a 14-point word at 360 units per inch";
+    EXPECT_EQ(engine.pixelBox(nullptr, font), DevicePoint(0, 0));
 }
 
 TEST(EPSEngine, ColoursMapToTheNearestDeviceColour) {

@@ -101,32 +101,24 @@ std::string deviceDrawing(bool gray) {
     parameters.setGrayScale(gray);
     EPSDevice d(nullptr, "job", out, parameters);
     d.open(DeviceRectangle(0, 0, 2000, 1500), DeviceRectangle(500, 500, 2500, 2000));
-    d.setColor(wsiRed);
-    d.setPenStyle(wsiPenDashDot);
-    d.setPenWidth(3);
+    d.setColor(wsiRed), d.setPenStyle(wsiPenDashDot), d.setPenWidth(3);
     d.drawLine(SheetPoint(100, 100), SheetPoint(900, 100));
     d.setClipRect(DeviceRectangle(50, 50, 1900, 1400));
-    d.setColor(wsiBlue);
-    d.setPenStyle(wsiPenSolid);
-    d.setPenWidth(2);
+    d.setColor(wsiBlue), d.setPenStyle(wsiPenSolid), d.setPenWidth(2);
     d.drawLine(SheetPoint(-500, 1000), SheetPoint(3000, 1000));
     d.drawCurve(SheetPoint(100, 800), SheetPoint(600, 1200));
-    d.drawEllipse(SheetRectangle(SheetPoint(1000, 200), SheetPoint(1200, 400)), false);
-    d.setColor(wsiPaleGreen);
-    d.drawEllipse(SheetRectangle(SheetPoint(1300, 200), SheetPoint(1500, 300)), true);
-    d.fillRectangle(SheetRectangle(SheetPoint(1300, 500), SheetPoint(1500, 600)));
-    DevicePoint arrow[] = {DevicePoint(200, 1300), DevicePoint(800, 1300)};
-    d.drawCappedPolylineUnTransformed(wsiLineCapArrow, wsiLineCapArrow, DevicePoint(40, 30), 2,
-                                      arrow);
+    d.drawEllipse(SheetRectangle(1000, 200, 1200, 400), false);
+    d.setColor(wsiPaleGreen), d.drawEllipse(SheetRectangle(1300, 200, 1500, 300), true);
+    d.fillRectangle(SheetRectangle(1300, 500, 1500, 600));
+    DevicePoint arrow[] = {{200, 1300}, {800, 1300}};
+    d.drawCappedPolylineUnTransformed(wsiLineCapArrow, wsiLineCapArrow, {40, 30}, 2, arrow);
     d.setColor(wsiBlack);
     WsiFont font("Times", 14);
     d.drawText("Text (with) \\ escapes \xA9\n", SheetPoint(300, 600), font);
     font.setFamily("Unknown family");
     font.setBold(true);
     d.drawAlignedText("centred", SheetPoint(1000, 700), font, wsiAlignHCenter, wsiAlignVCenter);
-    d.endPath();
-    d.close();
-    d.endOfPage();
+    d.endPath(), d.close(), d.endOfPage();
     return out.str();
 }
 
@@ -140,21 +132,15 @@ TEST_F(Ghostscript, EngineDrawing_RendersWithoutErrorInsideItsBox) {
     EPSEngine engine(nullptr, "job", out, ExportParameters());
     engine.open(DeviceRectangle(0, 0, 1000, 1000), DeviceRectangle(1000, 1000, 2000, 2000));
     {
-        TqPainter painter(&engine.paintDevice());
-        painter.setPen(QPen(QColor(Qt::darkRed), 4, Qt::DashLine));
-        painter.setBrush(QColor(Qt::green));
-        painter.drawRect(QRect(100, 100, 200, 150));
-        painter.drawEllipse(QRectF(400, 100, 150, 150));
+        TqPainter p(&engine.paintDevice());
+        p.setPen(QPen(QColor(Qt::darkRed), 4, Qt::DashLine)), p.setBrush(QColor(Qt::green));
+        p.drawRect(QRect(100, 100, 200, 150)), p.drawEllipse(QRectF(400, 100, 150, 150));
         QPainterPath path(QPointF(100, 500));
         path.cubicTo(QPointF(300, 300), QPointF(500, 700), QPointF(700, 500));
         path.lineTo(700, 800);
         path.closeSubpath();
-        painter.drawPath(path);
-        painter.setClipRect(QRect(0, 0, 900, 900));
-        painter.setFont(QFont("Courier", 20));
-        painter.drawText(QPoint(100, 900), "engine text");
-        painter.drawLine(QPointF(-100, -100), QPointF(2000, 2000));
-        painter.end();
+        p.drawPath(path), p.setClipRect(QRect(0, 0, 900, 900)), p.setFont(QFont("Courier", 20));
+        p.drawText(QPoint(100, 900), "engine text"), p.drawLine(-100, -100, 2000, 2000);
     }
     checkRendersInsideItsBox(out.str(), "engine drawing");
 }
@@ -167,8 +153,7 @@ TEST_F(Ghostscript, Text_IsUprightAtItsBaselineAndAsWideAsMeasured) {
     WsiFont font("Helvetica", 20);
     // Capitals without descenders: the marks lie between the baseline and the cap height.
     const long advance = d.drawText("HIHIH", SheetPoint(500, 1000), font);
-    d.close();
-    d.endOfPage();
+    d.close(), d.endOfPage();
     const GsRun bbox = run(out.str(), "bbox");
     const auto marked = boundingBox(bbox.output, "HiRes");
     ASSERT_TRUE(marked) << bbox.output;

@@ -6,25 +6,15 @@
 
 namespace {
 
+// The getters are checked field by field below, with a word other than the default in each;
+// here the defaults must write back as the default text.
 TEST(ExportParameters, DefaultTextGivesTheDefaults) {
     ExportParameters p;
+    EXPECT_EQ(p.asText(), ExportParameters::defaultText());
     ASSERT_TRUE(p.read(ExportParameters::defaultText()));
     EXPECT_STREQ(p.message(), "");
-    EXPECT_EQ(p.destination(), exportToFile);
-    EXPECT_EQ(p.printerName(), "");
-    EXPECT_EQ(p.orientation(), exportPortrait);
-    EXPECT_TRUE(p.copyToClipboard());
-    EXPECT_EQ(p.paperSize(), paperLetter);
-    EXPECT_EQ(p.paperFeed(), paperFeedDefault);
-    EXPECT_DOUBLE_EQ(p.pictureWidth(), 6.5);
-    EXPECT_DOUBLE_EQ(p.pictureHeight(), 5.0);
-    EXPECT_EQ(p.units(), unitsInch);
-    EXPECT_FALSE(p.isGrayScale());
-    EXPECT_TRUE(p.isScaleable());
-    EXPECT_EQ(p.mifFrameForm(), mifFrameBRect);
-    EXPECT_TRUE(p.withPreview());
     EXPECT_EQ(p.asText(), ExportParameters::defaultText());
-    EXPECT_EQ(ExportParameters().asText(), ExportParameters::defaultText());
+    EXPECT_FALSE(p.mifAnchoredFrameOnly());
 }
 
 TEST(ExportParameters, ReadsEveryFieldAndWritesItBack) {
@@ -75,8 +65,7 @@ TEST(ExportParameters, MalformedTextKeepsTheDefaultsAndSaysWhy) {
         {"file,,,landscape,clipboard,a4,default,6.5,5,0,in,gray,scaleable,mifframe,preview",
          "Export parameters: 15 fields instead of 14; the defaults are used"},
         {"file,,,landscape,clipboard,a4,default,6.5,5.0x,in,gray,scaleable,mifframe,preview",
-         "Export parameters: field 9 (\"5.0x\") is not understood; the defaults are used"},
-    };
+         "Export parameters: field 9 (\"5.0x\") is not understood; the defaults are used"}};
     for (const auto& c : cases) {
         ExportParameters p;
         p.setMifAnchoredFrameOnly(true);
@@ -87,6 +76,19 @@ TEST(ExportParameters, MalformedTextKeepsTheDefaultsAndSaysWhy) {
         // The anchored-frame choice is a setting of its own: a bad text leaves it.
         EXPECT_TRUE(p.mifAnchoredFrameOnly());
     }
+}
+
+TEST(ExportParameters, BothSettingsAsStored) {
+    const ExportParameters frameOnly("file,,,landscape,clipboard,a4,default,1,1,in,color,"
+                                     "scaleable,mifshape,preview",
+                                     1);
+    EXPECT_TRUE(frameOnly.mifAnchoredFrameOnly());
+    EXPECT_EQ(frameOnly.orientation(), exportLandscape);
+    EXPECT_EQ(frameOnly.mifFrameForm(), mifFrameShapeRect);
+    const ExportParameters withPage("nonsense", 0);
+    EXPECT_FALSE(withPage.mifAnchoredFrameOnly());
+    EXPECT_EQ(withPage.asText(), ExportParameters::defaultText());
+    EXPECT_TRUE(ExportParameters("nonsense", -1).mifAnchoredFrameOnly());
 }
 
 TEST(ExportParameters, SizesInPoints) {

@@ -2,7 +2,6 @@
 // drawing, and what the engine does on its own (transforms, fills, what it leaves out).
 #include "graphics/MIFEngine.h"
 #include "MIFTestSupport.h"
-#include "graphics/MIFDevice.h"
 #include "graphics/QtConversion.h"
 #include "graphics/SheetPoint.h"
 #include "graphics/TqPainter.h"
@@ -12,32 +11,17 @@
 #include <QPixmap>
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <sstream>
-
 namespace {
 
-const DeviceRectangle drawing(0, 0, 1000, 500);
-
-std::string paintedBy(const std::function<void(TqPainter&)>& paint,
-                      const ExportParameters& parameters = fixedParameters()) {
+std::string paintedBy(const std::function<void(TqPainter&)>& paint) {
     std::ostringstream out;
-    MIFEngine engine("job", out, parameters, drawing);
+    MIFEngine engine("job", out, fixedParameters(), v_drawing);
     {
         TqPainter painter(&engine.paintDevice());
         EXPECT_TRUE(painter.isActive());
         paint(painter);
     }
     EXPECT_TRUE(engine.close());
-    return out.str();
-}
-
-std::string drawnBy(const std::function<void(MIFDevice&)>& draw,
-                    const ExportParameters& parameters = fixedParameters()) {
-    std::ostringstream out;
-    MIFDevice device("job", out, parameters, drawing);
-    draw(device);
-    EXPECT_TRUE(device.close());
     return out.str();
 }
 
@@ -51,82 +35,62 @@ struct SameTextCase {
     std::function<void(TqPainter&)> paint;
 };
 
+// The triangle (0, 0), (100, 0), (100, 100) on either side.
+DevicePoint v_triangle[] = {{0, 0}, {100, 0}, {100, 100}};
+const QPoint v_qTriangle[] = {{0, 0}, {100, 0}, {100, 100}};
+
 TEST(MIFEngine, SameDrawing_WritesTheSameTextAsTheDevice) {
     WsiFont times("Times", 12);
     times.setItalic(true);
+    const Qt::PenStyle styles[] = {Qt::SolidLine,   Qt::DashLine,       Qt::DotLine,
+                                   Qt::DashDotLine, Qt::DashDotDotLine, Qt::NoPen};
     const SameTextCase cases[] = {
         {"lines with colour, dash, width and clip",
          [](MIFDevice& d) {
-             d.setColor(wsiRed);
-             d.setPenStyle(wsiPenDash);
-             d.setPenWidth(3);
-             DevicePoint a[] = {{10, 20}, {300, 400}}, b[] = {{-100, 100}, {300, 100}};
-             d.drawPolylineUnTransformed(2, a);
-             d.setClipRect(DeviceRectangle(0, 0, 200, 200));
-             d.drawPolylineUnTransformed(2, b);
+             d.setColor(wsiRed), d.setPenStyle(wsiPenDash), d.setPenWidth(3);
+             line(d, 10, 20, 300, 400);
+             d.setClipRect(DeviceRectangle(0, 0, 200, 200)), line(d, -100, 100, 300, 100);
          },
          [](TqPainter& p) {
-             p.setPen(penOf(wsiRed, 3, Qt::DashLine));
-             p.drawLine(QPoint(10, 20), QPoint(300, 400));
-             p.setClipRect(QRect(0, 0, 200, 200));
-             p.drawLine(QPoint(-100, 100), QPoint(300, 100));
+             p.setPen(penOf(wsiRed, 3, Qt::DashLine)), p.drawLine(10, 20, 300, 400);
+             p.setClipRect(QRect(0, 0, 200, 200)), p.drawLine(-100, 100, 300, 100);
          }},
         {"every dash style",
          [](MIFDevice& d) {
-             for (int style = 0; style <= 5; ++style) {
-                 d.setPenStyle(static_cast<wsiPenStyle>(style));
-                 DevicePoint a[] = {{0, style}, {10, style}};
-                 d.drawPolylineUnTransformed(2, a);
-             }
+             for (int style = 0; style <= 5; ++style)
+                 d.setPenStyle(wsiPenStyle(style)), line(d, 0, style, 10, style);
          },
-         [](TqPainter& p) {
-             const Qt::PenStyle styles[] = {Qt::SolidLine,   Qt::DashLine,       Qt::DotLine,
-                                            Qt::DashDotLine, Qt::DashDotDotLine, Qt::NoPen};
-             for (int style = 0; style <= 5; ++style) {
-                 p.setPen(penOf(wsiBlack, 0, styles[style]));
-                 p.drawLine(QPoint(0, style), QPoint(10, style));
-             }
+         [&](TqPainter& p) {
+             for (int style = 0; style <= 5; ++style)
+                 p.setPen(penOf(wsiBlack, 0, styles[style])), p.drawLine(0, style, 10, style);
          }},
         {"polyline and polygon outline",
          [](MIFDevice& d) {
-             d.setColor(wsiGreen);
-             DevicePoint a[] = {{0, 0}, {100, 0}, {100, 100}};
-             d.drawPolylineUnTransformed(3, a);
-             d.drawPolygonUnTransformed(3, a);
+             d.setColor(wsiGreen), d.drawPolylineUnTransformed(3, v_triangle);
+             d.drawPolygonUnTransformed(3, v_triangle);
          },
          [](TqPainter& p) {
-             p.setPen(penOf(wsiGreen, 0, Qt::SolidLine));
-             const QPoint a[] = {{0, 0}, {100, 0}, {100, 100}};
-             p.drawPolyline(a, 3);
-             p.drawPolygon(a, 3);
+             p.setPen(penOf(wsiGreen, 0, Qt::SolidLine)), p.drawPolyline(v_qTriangle, 3);
+             p.drawPolygon(v_qTriangle, 3);
          }},
         {"rectangle outline and fill",
          [](MIFDevice& d) {
-             d.setColor(wsiPurple);
-             d.drawRectangle(SheetRectangle(10, 20, 110, 70));
+             d.setColor(wsiPurple), d.drawRectangle(SheetRectangle(10, 20, 110, 70));
              d.fillRectangle(SheetRectangle(10, 20, 110, 70));
          },
          [](TqPainter& p) {
-             p.setPen(penOf(wsiPurple, 0, Qt::SolidLine));
-             p.drawRect(QRect(10, 20, 100, 50));
+             p.setPen(penOf(wsiPurple, 0, Qt::SolidLine)), p.drawRect(QRect(10, 20, 100, 50));
              p.fillRect(QRect(10, 20, 100, 50), QtConversion::asQColor(wsiPurple));
          }},
         {"filled polygon",
-         [](MIFDevice& d) {
-             DevicePoint a[] = {{0, 0}, {100, 0}, {100, 100}};
-             d.filledPolygonUnTransformed(wsiYellow, 3, a);
-         },
+         [](MIFDevice& d) { d.filledPolygonUnTransformed(wsiYellow, 3, v_triangle); },
          [](TqPainter& p) {
-             p.setPen(Qt::NoPen);
-             p.setBrush(QtConversion::asQColor(wsiYellow));
-             const QPoint a[] = {{0, 0}, {100, 0}, {100, 100}};
-             p.drawPolygon(a, 3);
+             p.setPen(Qt::NoPen), p.setBrush(QtConversion::asQColor(wsiYellow));
+             p.drawPolygon(v_qTriangle, 3);
          }},
         {"curve and ellipses",
          [](MIFDevice& d) {
-             d.setColor(wsiBlue);
-             d.setPenWidth(2);
-             d.drawCurveUnTransformed({0, 0}, {101, 50});
+             d.setColor(wsiBlue), d.setPenWidth(2), d.drawCurveUnTransformed({0, 0}, {101, 50});
              d.drawEllipseUnTransformed(DeviceRectangle(10, 20, 310, 420), false);
              d.drawEllipseUnTransformed(DeviceRectangle(10, 20, 310, 420), true);
          },
@@ -134,24 +98,19 @@ TEST(MIFEngine, SameDrawing_WritesTheSameTextAsTheDevice) {
              p.setPen(penOf(wsiBlue, 2, Qt::SolidLine));
              QPainterPath path(QPointF(0, 0));
              path.cubicTo(QPointF(50, 0), QPointF(50, 50), QPointF(101, 50));
-             p.strokePath(path, p.pen());
-             p.drawEllipse(QRect(10, 20, 300, 400));
-             p.setBrush(QtConversion::asQColor(wsiBlue));
-             p.drawEllipse(QRect(10, 20, 300, 400));
+             p.strokePath(path, p.pen()), p.drawEllipse(QRect(10, 20, 300, 400));
+             p.setBrush(QtConversion::asQColor(wsiBlue)), p.drawEllipse(QRect(10, 20, 300, 400));
          }},
         {"text",
          [&](MIFDevice& d) {
-             d.setColor(wsiDarkGreen);
-             d.drawText("Hi", SheetPoint(100, 200), times);
+             d.setColor(wsiDarkGreen), d.drawText("Hi", SheetPoint(100, 200), times);
          },
          [&](TqPainter& p) {
-             p.setPen(penOf(wsiDarkGreen, 0, Qt::SolidLine));
-             p.setFont(times.toQFont());
+             p.setPen(penOf(wsiDarkGreen, 0, Qt::SolidLine)), p.setFont(times.toQFont());
              p.drawText(QPoint(100, 200), "Hi");
-         }},
-    };
+         }}};
     for (const SameTextCase& c : cases) {
-        const std::string device = drawnBy(c.draw);
+        const std::string device = fileDrawnBy(c.draw);
         EXPECT_EQ(paintedBy(c.paint), device) << c.what;
         EXPECT_NE(frameObjects(device), "") << c.what;
     }
@@ -159,21 +118,17 @@ TEST(MIFEngine, SameDrawing_WritesTheSameTextAsTheDevice) {
 
 TEST(MIFEngine, PainterTransform_IsAppliedBeforeWriting) {
     std::ostringstream out;
-    MIFEngine engine("job", out, fixedParameters(), drawing);
+    MIFEngine engine("job", out, fixedParameters(), v_drawing);
     // The painter's device measures in tenths of a point, like the MIF device.
     EXPECT_EQ(engine.paintDevice().width(), 1000);
     EXPECT_EQ(engine.paintDevice().logicalDpiY(), 720);
     const std::string painted = paintedBy([](TqPainter& p) {
-        p.translate(100, 50);
-        p.scale(2, 2);
-        p.drawLine(QPoint(0, 0), QPoint(10, 10));
+        p.translate(100, 50), p.scale(2, 2), p.drawLine(0, 0, 10, 10);
         p.setClipRect(QRect(0, 0, 5, 100)); // (100, 50) to (110, 250) on the device
-        p.drawLine(QPoint(0, 10), QPoint(10, 10));
+        p.drawLine(0, 10, 10, 10);
     });
-    EXPECT_EQ(painted, drawnBy([](MIFDevice& d) {
-                  DevicePoint a[] = {{100, 50}, {120, 70}}, b[] = {{100, 70}, {110, 70}};
-                  d.drawPolylineUnTransformed(2, a);
-                  d.drawPolylineUnTransformed(2, b);
+    EXPECT_EQ(painted, fileDrawnBy([](MIFDevice& d) {
+                  line(d, 100, 50, 120, 70), line(d, 100, 70, 110, 70);
               }));
 }
 
@@ -181,17 +136,14 @@ TEST(MIFEngine, PixelsAndPoints_WriteNothing) {
     const std::string painted = paintedBy([](TqPainter& p) {
         QImage image(4, 4, QImage::Format_RGB32);
         image.fill(Qt::red);
-        p.drawImage(QPoint(0, 0), image);
-        p.drawPixmap(QRect(0, 0, 4, 4), QPixmap::fromImage(image));
-        p.drawTiledPixmap(QRect(0, 0, 8, 8), QPixmap::fromImage(image));
-        p.drawPoint(QPoint(1, 1));
-        p.setPen(Qt::NoPen); // a pen of width 1
-        p.setBrush(Qt::NoBrush);
-        p.drawRect(QRect(0, 0, 10, 10)); // neither pen nor brush: still the outline
+        p.drawImage(QPoint(0, 0), image),
+            p.drawPixmap(QRect(0, 0, 4, 4), QPixmap::fromImage(image));
+        p.drawTiledPixmap(QRect(0, 0, 8, 8), QPixmap::fromImage(image)), p.drawPoint(1, 1);
+        p.setPen(Qt::NoPen), p.setBrush(Qt::NoBrush); // a pen of width 1, no brush
+        p.drawRect(QRect(0, 0, 10, 10));              // neither pen nor brush: still the outline
     });
-    EXPECT_EQ(frameObjects(painted), frameObjects(drawnBy([](MIFDevice& d) {
-                  d.setPenStyle(wsiPenNull);
-                  d.setPenWidth(1);
+    EXPECT_EQ(frameObjects(painted), frameObjects(fileDrawnBy([](MIFDevice& d) {
+                  d.setPenStyle(wsiPenNull), d.setPenWidth(1);
                   d.drawRectangle(SheetRectangle(0, 0, 10, 10));
               })));
 }

@@ -1,15 +1,39 @@
-// What the MIF tests share: parameters for an unscaled export, the graphic objects cut out of
-// a written file, and a check that a file's statements are balanced.
+// What the MIF tests share: parameters for an unscaled export, a file drawn through the MIF
+// device, the graphic objects cut out of a written file, and a check that a file's statements
+// are balanced.
 #pragma once
 
 #include "graphics/ExportParameters.h"
+#include "graphics/MIFDevice.h"
 
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <sstream>
 #include <string>
 
 // A fixed (unscaled) picture: a device unit is a tenth of a point, so device 123 is "12.3".
 inline ExportParameters fixedParameters() {
     return ExportParameters(
         "file,,,portrait,clipboard,letter,default,6.5,5.0,in,color,fixed,mifframe,preview");
+}
+
+inline const DeviceRectangle v_drawing(0, 0, 1000, 500);
+
+// The whole file that draw writes through a MIF device over v_drawing.
+inline std::string fileDrawnBy(const std::function<void(MIFDevice&)>& draw,
+                               const ExportParameters& parameters = fixedParameters()) {
+    std::ostringstream out;
+    MIFDevice device("job", out, parameters, v_drawing);
+    draw(device);
+    EXPECT_TRUE(device.close());
+    return out.str();
+}
+
+// The line from (x1, y1) to (x2, y2), as a polyline of two device points.
+inline void line(MIFDevice& d, int x1, int y1, int x2, int y2) {
+    DevicePoint points[] = {{x1, y1}, {x2, y2}};
+    d.drawPolylineUnTransformed(2, points);
 }
 
 // The text between the frame's opening statements and its end, or "<no frame>".

@@ -128,10 +128,4 @@ TEST(Points, TextForms) {
     EXPECT_STREQ(DevicePoint(1, 2).asString(), "(1,2)");
 }
 
-TEST(Points, ScratchIsOneSharedInstancePerClass) {
-    EXPECT_EQ(&DevicePoint::scratch(), &DevicePoint::scratch());
-    EXPECT_EQ(&SheetPoint::scratch(), &SheetPoint::scratch());
-    EXPECT_EQ(&FloatPoint::scratch(), &FloatPoint::scratch());
-}
-
 } // namespace

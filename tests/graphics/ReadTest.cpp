@@ -36,8 +36,7 @@ TEST(PointRead, TwoNumbersSetThePointAnythingElseLeavesItUnchanged) {
         {"word first", {{ST_WORD, "a"}, {ST_NUMBER, "2"}}, false, {5, 5}},
         {"string second", {{ST_NUMBER, "1"}, {ST_STRING, "2"}}, false, {5, 5}},
         {"one item only", {{ST_NUMBER, "1"}}, false, {5, 5}},
-        {"empty", {}, false, {5, 5}},
-    };
+        {"empty", {}, false, {5, 5}}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         auto element = elementOf(c.items);

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdint>
 #include <sstream>
 
 namespace {
@@ -52,6 +54,19 @@ TEST(DeviceRectangle, QueriesAndMoves) {
     EXPECT_EQ(r, DeviceRectangle(-1, -1, 9, 4));
     r.translateBy(FloatPoint(0.5, 1.0));
     EXPECT_EQ(r, DeviceRectangle(-1, 0, 10, 5)); // -0.5 rounds away from zero
+}
+
+TEST(DeviceRectangle, ExtentsAtTheEndsOfTheRange_WrapWithoutOverflow) {
+    const DeviceRectangle everything(INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX);
+    EXPECT_EQ(everything.extent(), DevicePoint(-1, -1));
+    EXPECT_EQ(everything.toQRect(),
+              QRect(QPoint(INT32_MIN, INT32_MIN), QPoint(INT32_MAX - 1, INT32_MAX - 1)));
+    DeviceRectangle inverted;
+    inverted.setRight(-10);
+    inverted.alignCenter(DeviceRectangle(INT32_MIN, 0, -1, 10), true, false);
+    EXPECT_EQ(inverted.left(), INT32_MIN + (INT32_MAX / 2 + 5)) << "half of INT32_MAX + 10";
+    EXPECT_EQ(SheetRectangle(SheetPoint(-1e12, 0.5), SheetPoint(1e12, NAN)).toQRect(),
+              QRect(QPoint(INT32_MIN, 1), QPoint(INT32_MAX - 1, -1)));
 }
 
 TEST(DeviceRectangle, ContainsPoint_IncludesEveryEdgeAndCorner) {
@@ -125,8 +140,7 @@ TEST(DeviceRectangle, ClipLineSegment_EachEdgeAndCornerRegion) {
         {"left, through bottom", {-20, 140}, {40, 80}, true, {20, 100}},
         {"above, misses past the right", {90, -10}, {300, 50}, false, {90, -10}},
         {"top, through right", {150, -50}, {50, 50}, true, {100, 0}},
-        {"above, vertical", {50, -50}, {50, -10}, false, {50, -50}},
-    };
+        {"above, vertical", {50, -50}, {50, -10}, false, {50, -50}}};
     for (const ClipCase& c : cases) {
         SCOPED_TRACE(c.region);
         DevicePoint p = c.p;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <sstream>
 
 namespace {
@@ -17,20 +18,15 @@ struct ApplyCase {
 };
 
 TEST(Transformation, ApplyHalf_RoundsAsymmetricallyAndClamps) {
+    // clang-format off
     const ApplyCase cases[] = {
-        {1, 0, -1.7, true, -1},
-        {1, 0, 2.5, true, 3},
-        {1, 0, -1.7, false, -1},
-        {1, 0, 1.99, false, 1},
-        {1, 0, 1e12, false, 2147483647L},
-        {1, 0, -1e12, false, -2147483648L},
-        {1, 0, 2147483647.0, true, 2147483647L},
-        {1, 0, -2147483648.4, true, -2147483647L},
-        {1, 0, -2147483649.0, false, -2147483648L},
-        {2, 10, 3, false, 16},
-        {0.5, -1, 3, true, 1},
-        {1, 0, NAN, false, 0},
-    };
+        {1, 0, -1.7, true, -1},                     {1, 0, 2.5, true, 3},
+        {1, 0, -1.7, false, -1},                    {1, 0, 1.99, false, 1},
+        {1, 0, 1e12, false, 2147483647L},           {1, 0, -1e12, false, -2147483648L},
+        {1, 0, 2147483647.0, true, 2147483647L},    {1, 0, -2147483648.4, true, -2147483647L},
+        {1, 0, -2147483649.0, false, -2147483648L}, {2, 10, 3, false, 16},
+        {0.5, -1, 3, true, 1},                      {1, 0, NAN, false, 0}};
+    // clang-format on
     for (const ApplyCase& c : cases) {
         SCOPED_TRACE(testing::Message() << c.scale << "*" << c.v << "+" << c.translation);
         Transformation t;
@@ -85,6 +81,11 @@ TEST(TqMatrix, PhysicalToLogical_MapsTheRectangleBackInPlace) {
     QRect r(12, 24, 20, 40); // edges 12..32 and 24..64
     m.physicalToLogical(r);
     EXPECT_EQ(r, QRect(1, 1, 10, 10));
+    // A degenerate mapping gives edges at the ends of the range, not undefined values.
+    QRect all(0, 0, 10, 10);
+    TqMatrix(FloatPoint(0.0, 1e-300), FloatPoint(5.0, 0.0)).physicalToLogical(all);
+    EXPECT_EQ(all.left(), INT32_MIN);
+    EXPECT_EQ(all.bottom(), INT32_MAX - 1);
 }
 
 TEST(Transformation, TextForms) {

@@ -20,10 +20,6 @@ bool Device::checkBreakExecution() {
 namespace {
 std::unique_ptr<QPoint[]> p_polyPoints;
 long v_polyPointsCapacity = 0;
-
-QString textOf(const char* text, int length) {
-    return QString::fromUtf8(text, length < 0 ? -1 : length);
-}
 } // namespace
 
 Device::Device() = default;
@@ -253,7 +249,7 @@ void Device::primitiveDrawText(const char* text, const DevicePoint& at, int leng
     WsiFont* previous = selectedFont();
     selectFont(font);
     advance = newFontMetric().advance(text, length);
-    m_painter->drawText(at.toQPoint(), textOf(text, length));
+    m_painter->drawText(at.toQPoint(), WsiFontMetric::textOf(text, length));
     if (previous)
         selectFont(*previous);
     else

@@ -39,8 +39,10 @@ public:
     std::int32_t top() const { return m_origin.y(); }
     std::int32_t right() const { return m_corner.x(); }
     std::int32_t bottom() const { return m_corner.y(); }
-    std::int32_t width() const { return m_corner.x() - m_origin.x(); }
-    std::int32_t height() const { return m_corner.y() - m_origin.y(); }
+    // corner - origin, wrapping at 32 bits like the point arithmetic: a rectangle spanning
+    // the whole device range has width -1.
+    std::int32_t width() const { return wrappedDifference(m_corner.x(), m_origin.x()); }
+    std::int32_t height() const { return wrappedDifference(m_corner.y(), m_origin.y()); }
     DevicePoint extent() const { return DevicePoint(width(), height()); }
     DevicePoint upRight() const { return DevicePoint(right(), top()); }
     DevicePoint lowLeft() const { return DevicePoint(left(), bottom()); }
@@ -48,8 +50,12 @@ public:
     bool containsPoint(const DevicePoint& p) const;
     bool operator==(const DeviceRectangle& r) const;
     bool operator!=(const DeviceRectangle& r) const { return !(*this == r); }
-    // The Qt rectangle of the same origin, width and height.
-    QRect toQRect() const { return QRect(left(), top(), width(), height()); }
+    // The Qt rectangle of the same edges (Qt's right and bottom are the last pixel inside,
+    // one less than ours), built without arithmetic that could overflow.
+    QRect toQRect() const {
+        return QRect(QPoint(left(), top()),
+                     QPoint(wrappedDifference(right(), 1), wrappedDifference(bottom(), 1)));
+    }
 
     // Reads left, top, right and bottom from the element's first four items, which must all
     // be number tokens (the stored form "0,5,10,20"), as decimal integers saturated to 32
@@ -121,6 +127,11 @@ protected:
     void enforceOrder();
 
 private:
+    static std::int32_t wrappedDifference(std::int32_t a, std::int32_t b) {
+        return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) -
+                                         static_cast<std::uint32_t>(b));
+    }
+
     DevicePoint m_origin;
     DevicePoint m_corner;
 };

@@ -3,6 +3,7 @@
 #include "graphics/EPSWriter_p.h"
 #include "graphics/PostScriptFont.h"
 #include "graphics/QtConversion.h"
+#include "graphics/WsiFont.h"
 #include "graphics/wsiDevice.h"
 
 #include <QPainterPath>
@@ -88,6 +89,33 @@ DevicePoint EPSEngine::paperSize() const {
 
 DevicePoint EPSEngine::deviceSize() const {
     return EPSWriter::deviceSize(m_parameters);
+}
+
+// --- Fonts ----------------------------------------------------------------------------------
+
+const char* EPSEngine::selectFont(const QFont& font) const {
+    const QByteArray family = font.family().toUtf8();
+    return PostScriptFont::nameFor(std::string_view(family.constData(), std::size_t(family.size())),
+                                   font.bold(), font.italic());
+}
+
+const DevicePoint& EPSEngine::pixelBox(const char* text, const QFont& font) {
+    static DevicePoint box;
+    box.setXY(0, 0);
+    if (!text)
+        return box;
+    // The page's resolution makes a point 1 / fontScaleFactor device units, as printed.
+    WsiFont measured(PostScriptFont::measuringFamily(selectFont(font)), pointSizeOf(font));
+    measured.setBold(font.bold());
+    measured.setItalic(font.italic());
+    const WsiFontMetric metric(measured, m_paintDevice.get());
+    box.setXY(metric.advance(text, -1), metric.height());
+    return box;
+}
+
+double EPSEngine::pointSizeOf(const QFont& font) const {
+    return font.pointSizeF() > 0 ? font.pointSizeF()
+                                 : font.pixelSize() * 72.0 / m_paintDevice->logicalDpiY();
 }
 
 // --- QPaintEngine -----------------------------------------------------------------------------
@@ -299,16 +327,9 @@ void EPSEngine::drawTextItem(const QPointF& p, const QTextItem& textItem) {
     if (!applyPen())
         return;
     const QFont font = textItem.font();
-    const double points = font.pointSizeF() > 0
-                              ? font.pointSizeF()
-                              : font.pixelSize() * 72.0 / m_paintDevice->logicalDpiY();
-    const QByteArray family = font.family().toUtf8();
-    const char* name =
-        PostScriptFont::nameFor(std::string_view(family.constData(), std::size_t(family.size())),
-                                font.bold(), font.italic());
     const QByteArray text = textItem.text().toUtf8();
-    m_writer->text(std::string_view(text.constData(), std::size_t(text.size())), map(p), name,
-                   points / m_writer->fontScaleFactor(), m_penColor);
+    m_writer->text(std::string_view(text.constData(), std::size_t(text.size())), map(p),
+                   selectFont(font), pointSizeOf(font) / m_writer->fontScaleFactor(), m_penColor);
 }
 
 void EPSEngine::drawImage(const QRectF&, const QImage&, const QRectF&, Qt::ImageConversionFlags) {}

@@ -66,6 +66,16 @@ public:
     DevicePoint paperSize() const;
     virtual DevicePoint deviceSize() const;
 
+    // --- Fonts ------------------------------------------------------------------------------
+    // The standard PostScript font that text in font is written in: its family, weight and
+    // slant mapped by PostScriptFont::nameFor, "Helvetica" (in that weight and slant) for a
+    // family it does not know. A static string; never null.
+    const char* selectFont(const QFont& font) const;
+    // The width and height (ascent + descent) in device units of text printed in font, as
+    // the font of selectFont measures at the export's resolution; (0, 0) for a null text.
+    // In a static object, valid until the next call.
+    const DevicePoint& pixelBox(const char* text, const QFont& font);
+
     // --- QPaintEngine -----------------------------------------------------------------------
     // Opens the page with the whole page as source and target unless open was called.
     bool begin(QPaintDevice* device) override;
@@ -103,6 +113,8 @@ public:
     static wsiPenStyle penStyleOf(Qt::PenStyle style);
 
 private:
+    // The size of font in points, a pixel size taken at the page's resolution.
+    double pointSizeOf(const QFont& font) const;
     DevicePoint map(const QPointF& p) const;
     DeviceRectangle mapRect(const QRectF& r) const;
     void updateClip(const QPaintEngineState& state);

@@ -365,9 +365,10 @@ void EPSWriter::ellipse(const DeviceRectangle& r, bool filled, wsiColor fill, bo
     if (!m_drawing || (!filled && !outline))
         return;
     strokePending();
-    putReal((static_cast<double>(r.left()) + r.right()) / 2);
-    put(' ');
-    putReal((static_cast<double>(r.top()) + r.bottom()) / 2);
+    // The centre is a drawing coordinate, an integer like all of them; the radius keeps its
+    // fraction.
+    putPoint((static_cast<long long>(r.left()) + r.right()) / 2,
+             (static_cast<long long>(r.top()) + r.bottom()) / 2);
     put(' ');
     putReal((static_cast<double>(r.width()) + r.height()) / 4);
     put(" 0 360 arc\n");

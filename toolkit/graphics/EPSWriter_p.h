@@ -100,9 +100,9 @@ public:
     // --- Shapes and text --------------------------------------------------------------------
     void curve(const DevicePoint& from, const DevicePoint& first, const DevicePoint& second,
                const DevicePoint& to);
-    // The circle of r's centre (radius: the mean of r's half width and half height); when
-    // filled, filled in fill (the current colour when 0); stroked when outline, else the
-    // path is dropped.
+    // The circle of r's centre (its coordinates halved truncating toward zero; radius: the
+    // mean of r's half width and half height, with its fraction); when filled, filled in
+    // fill (the current colour when 0); stroked when outline, else the path is dropped.
     void ellipse(const DeviceRectangle& r, bool filled, wsiColor fill, bool outline);
     // The polygon filled in color (the current colour when 0) and, when outline, stroked in
     // that colour; nothing for fewer than 2 points.

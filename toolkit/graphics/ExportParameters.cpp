@@ -92,6 +92,11 @@ ExportParameters::ExportParameters(const char* text) {
     (void)read(text);
 }
 
+ExportParameters::ExportParameters(const char* printSetup, int exportMifAsAFrame)
+    : m_mifAnchoredFrameOnly(exportMifAsAFrame != 0) {
+    (void)read(printSetup);
+}
+
 const char* ExportParameters::defaultText() {
     return "file,,,portrait,clipboard,letter,default,6.5,5.0,in,color,scaleable,mifframe,preview";
 }

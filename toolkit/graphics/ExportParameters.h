@@ -48,6 +48,10 @@ public:
     ExportParameters();
     // Reads text as read() does, keeping the defaults when it is malformed.
     explicit ExportParameters(const char* text);
+    // The parameters of the two settings as they are stored: the "PrintSetup" text, read as
+    // read() does, and the "ExportMifAsAFrame" integer, non-zero for MIF drawings written as
+    // an anchored frame only.
+    ExportParameters(const char* printSetup, int exportMifAsAFrame);
 
     // The "PrintSetup" default: "file,,,portrait,clipboard,letter,default,6.5,5.0,in,color,
     // scaleable,mifframe,preview" (one line). A static string.

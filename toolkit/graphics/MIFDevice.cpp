@@ -2,15 +2,6 @@
 
 #include "graphics/QtConversion.h"
 
-#include <cstring>
-
-namespace {
-// A length that never reaches past the text's NUL, for the measures that trust it.
-int boundedLength(const char* text, int length) {
-    return length < 0 ? length : static_cast<int>(strnlen(text, static_cast<std::size_t>(length)));
-}
-} // namespace
-
 MIFDevice::MIFDevice(const char* jobName, std::ostream& out, const ExportParameters& parameters,
                      const DeviceRectangle& drawing)
     : m_writer(jobName, out, parameters, drawing), m_measuring(nullptr, drawing) {
@@ -74,7 +65,6 @@ void MIFDevice::primitiveDrawText(const char* text, const DevicePoint& at, int l
     advance = 0;
     if (!text)
         return;
-    length = boundedLength(text, length);
     advance = WsiFontMetric(font, &m_measuring).advance(text, length);
     m_writer.text(text, length, at, wsiAlignLeft, MIFFont::fromWsiFont(font));
 }
@@ -84,7 +74,6 @@ void MIFDevice::primitiveDrawAlignedText(const char* text, const DevicePoint& at
                                          DeviceRectangle& bounds) {
     if (!text)
         return;
-    length = boundedLength(text, length);
     DevicePoint start;
     alignText(text, at, length, font, h, v, start, bounds);
     m_writer.text(text, length, DevicePoint(at.x(), start.y()), h, MIFFont::fromWsiFont(font));

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 
 // The overlap of a and b into result; false when it has no area (touching edges included).
 template <class Rect>
@@ -23,16 +24,25 @@ void uniteWith(Rect& a, const Rect& b) {
     a.setBottom(std::max(a.bottom(), b.bottom()));
 }
 
-// Moves a to b's origin plus, per chosen axis, half the size difference (the coordinate
-// type's division: truncating for integers); sets displacement to the move.
+// Half of a - b: in 64 bits and truncating toward zero for device units, so that the
+// difference of two extents cannot overflow; in doubles for sheet units.
+inline std::int32_t halfDifference(std::int32_t a, std::int32_t b) {
+    return static_cast<std::int32_t>((std::int64_t{a} - b) / 2);
+}
+inline double halfDifference(double a, double b) {
+    return (a - b) / 2;
+}
+
+// Moves a to b's origin plus, per chosen axis, half the size difference; sets displacement
+// to the move.
 template <class Rect, class Point>
 void alignCentered(Rect& a, const Rect& b, bool horizontally, bool vertically,
                    Point& displacement) {
     Point origin = b.origin();
     if (horizontally)
-        origin.adjustX((b.width() - a.width()) / 2);
+        origin.adjustX(halfDifference(b.width(), a.width()));
     if (vertically)
-        origin.adjustY((b.height() - a.height()) / 2);
+        origin.adjustY(halfDifference(b.height(), a.height()));
     displacement = origin;
     displacement -= a.origin();
     a.moveTo(origin);

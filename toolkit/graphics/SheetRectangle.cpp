@@ -9,6 +9,8 @@
 #include "graphics/Transformation.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <ostream>
 #include <utility>
 
@@ -51,11 +53,23 @@ SheetRectangle& SheetRectangle::scratch() {
     return instance;
 }
 
+namespace {
+// v rounded half away from zero into the signed 32-bit range of device edges (NaN to 0).
+std::int32_t edgeOf(double v) {
+    if (std::isnan(v))
+        return 0;
+    return static_cast<std::int32_t>(
+        FloatPoint::asLong(std::clamp(v, -2147483648.0, 2147483647.0)));
+}
+} // namespace
+
 QRect SheetRectangle::toQRect() const {
-    const auto l = static_cast<int>(FloatPoint::asLong(left()));
-    const auto t = static_cast<int>(FloatPoint::asLong(top()));
-    return QRect(l, t, static_cast<int>(FloatPoint::asLong(right())) - l,
-                 static_cast<int>(FloatPoint::asLong(bottom())) - t);
+    DeviceRectangle edges;
+    edges.setLeft(edgeOf(left()));
+    edges.setTop(edgeOf(top()));
+    edges.setRight(edgeOf(right()));
+    edges.setBottom(edgeOf(bottom()));
+    return edges.toQRect();
 }
 
 bool SheetRectangle::containsPoint(const SheetPoint& p) const {

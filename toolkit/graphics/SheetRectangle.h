@@ -48,7 +48,8 @@ public:
     bool containsPoint(const SheetPoint& p) const;
     bool operator==(const SheetRectangle& r) const;
     bool operator!=(const SheetRectangle& r) const { return !(*this == r); }
-    // The Qt rectangle of the edges rounded half away from zero.
+    // The Qt rectangle of the edges rounded half away from zero and limited to the signed
+    // 32-bit range.
     QRect toQRect() const;
 
     // Reads left, top, right and bottom from the element's first four items, which must all

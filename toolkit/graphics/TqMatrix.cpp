@@ -1,5 +1,6 @@
 #include "graphics/TqMatrix.h"
 
+#include "graphics/SheetRectangle.h"
 #include "graphics/Transformation.h"
 
 #include <QRect>
@@ -87,12 +88,13 @@ void TqMatrix::scrollBy(const FloatPoint& d) {
 }
 
 void TqMatrix::physicalToLogical(QRect& rect) const {
-    const long left = FloatPoint::asLong(applyInverseXHalfTo(rect.left()));
-    const long top = FloatPoint::asLong(applyInverseYHalfTo(rect.top()));
-    const long right = FloatPoint::asLong(applyInverseXHalfTo(rect.left() + rect.width()));
-    const long bottom = FloatPoint::asLong(applyInverseYHalfTo(rect.top() + rect.height()));
-    rect.setRect(static_cast<int>(left), static_cast<int>(top), static_cast<int>(right - left),
-                 static_cast<int>(bottom - top));
+    // Qt's right and bottom are the last pixel inside; the mapped edges are those after it.
+    SheetRectangle logical;
+    logical.setLeft(applyInverseXHalfTo(rect.left()));
+    logical.setTop(applyInverseYHalfTo(rect.top()));
+    logical.setRight(applyInverseXHalfTo(long{rect.right()} + 1));
+    logical.setBottom(applyInverseYHalfTo(long{rect.bottom()} + 1));
+    rect = logical.toQRect();
 }
 
 std::ostream& TqMatrix::printOn(std::ostream& out) const {

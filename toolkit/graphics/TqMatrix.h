@@ -52,7 +52,8 @@ public:
     void scrollBy(const FloatPoint& d);
 
     // Maps a device rectangle back into logical units, in place. Its edges (left, top and
-    // the exclusive right and bottom) are mapped and rounded half away from zero.
+    // the exclusive right and bottom) are mapped and rounded half away from zero, limited to
+    // the signed 32-bit range of a QRect.
     void physicalToLogical(QRect& rect) const;
 
     // "(scale:" scale " xlate:" translation ")".

@@ -47,6 +47,13 @@ int WsiFontMetric::leading() const {
 int WsiFontMetric::advance(const char* text, int length) const {
     if (!text)
         return 0;
-    const int size = length < 0 ? static_cast<int>(std::strlen(text)) : length;
-    return static_cast<int>(std::ceil(m_metrics.horizontalAdvance(QString::fromUtf8(text, size))));
+    return static_cast<int>(std::ceil(m_metrics.horizontalAdvance(textOf(text, length))));
+}
+
+QString WsiFontMetric::textOf(const char* text, int length) {
+    if (!text)
+        return QString();
+    const std::size_t size =
+        length < 0 ? std::strlen(text) : ::strnlen(text, static_cast<std::size_t>(length));
+    return QString::fromUtf8(text, static_cast<qsizetype>(size));
 }

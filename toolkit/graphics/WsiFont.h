@@ -51,9 +51,13 @@ public:
     int descent() const;
     int height() const { return ascent() + descent(); }
     int leading() const;
-    // The advance of the first length bytes of the UTF-8 text (all of it when length < 0);
-    // 0 for a null text.
+    // The advance of the first length bytes of the UTF-8 text (all of it when length < 0;
+    // never past its NUL); 0 for a null text.
     int advance(const char* text, int length) const;
+
+    // The first length bytes of text as a string (all when length < 0; never past its NUL;
+    // empty for a null text).
+    static QString textOf(const char* text, int length);
 
 private:
     QFontMetricsF m_metrics;
