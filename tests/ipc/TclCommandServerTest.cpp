@@ -1,5 +1,6 @@
 // The command server end to end over loopback: wire format, built-in commands, the
-// receive cut, the hand-over to the servicing thread, broadcast, the timer and the port file.
+// receive cut, the hand-over to the servicing thread, broadcast, stopping, the polling mode
+// and the port file.
 #include "IpcTestSupport.h"
 
 #include "core/appiApplication.h"
