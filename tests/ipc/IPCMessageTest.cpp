@@ -80,21 +80,6 @@ TEST(IPCMessageParser, GetMessage_GivesEachOutcomeWithItsLogLines) {
     }
 }
 
-TEST(IPCMessageParser, ConsecutiveFrames_AreReadOneByOneUntilTheSourceEnds) {
-    const std::string bytes = frameBytes(magic, 2, 1, 2, "ok") + frameBytes(magic, 0, 3, 4, "");
-    IPCMemorySource source(bytes);
-    IPCMessageParser parser;
-    bool readError = false;
-    for (const char* text : {"ok", static_cast<const char*>(nullptr)}) {
-        std::unique_ptr<IPCMessage> message(parser.getMessage(source, readError));
-        ASSERT_TRUE(message);
-        EXPECT_STREQ(message->text() ? message->text() : "<null>", text ? text : "<null>");
-        EXPECT_EQ(parser.lastHeaderBytes(), 20);
-    }
-    EXPECT_FALSE(parser.getMessage(source, readError)) << "the source is exhausted";
-    EXPECT_EQ(parser.lastHeaderBytes(), 0);
-}
-
 TEST(IPCMessage, Dumps_PrintTheirExactTexts) {
     char errorText[] = "disk full";
     const std::string status = "Dumping IPCStatusMessage:   v_code is ";

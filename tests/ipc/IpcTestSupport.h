@@ -125,7 +125,6 @@ public:
     RawClient& operator=(const RawClient&) = delete;
 
     bool connected() const { return m_socket != piSocket::invalid; }
-    unsigned int socket() const { return m_socket; }
     static std::string lengthPrefix(std::size_t length) {
         char prefix[4];
         ipcWriteInt(prefix, static_cast<std::int32_t>(length));

@@ -178,8 +178,6 @@ TEST_F(ToolsTest, TclClient_DrivesTheServerFromARealTclsh) {
     std::remove(script.c_str());
 }
 
-// "shutdown" and SIGTERM stop the server with or without threads; --safe takes file access
-// from the scripts of "result".
 // Every way the server stops, with threads and without: "shutdown", SIGTERM, and the timer,
 // which spares a server while a client is connected. --safe takes file access from "result".
 TEST_F(ToolsTest, ShutdownSigtermAndTimer_StopTheServerAndRemoveThePortFile) {
