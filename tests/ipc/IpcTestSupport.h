@@ -10,13 +10,13 @@
 #include "ipc/TclConnectionWithClient.h"
 #include "ipc/platform/piSocket.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <fstream>
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <sys/socket.h>
 #include <tcl.h>
