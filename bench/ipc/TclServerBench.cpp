@@ -117,7 +117,6 @@ Figures measure(int port, const std::string& script, int clients, int requestsEa
     std::vector<unsigned int> sockets;
     for (int i = 0; i < clients; ++i)
         sockets.push_back(piSocket::connectLoopback(port));
-    std::atomic<int> ready{0};
     std::vector<std::thread> threads;
     const auto start = Clock::now();
     for (int i = 0; i < clients; ++i) {
@@ -126,7 +125,6 @@ Figures measure(int port, const std::string& script, int clients, int requestsEa
             std::vector<double>& own = latencies[static_cast<std::size_t>(i)];
             own.reserve(static_cast<std::size_t>(requestsEach));
             char reply[64];
-            ++ready;
             for (int r = 0; r < requestsEach; ++r) {
                 const auto sent = Clock::now();
                 piSocket::sendAll(socket, frame.data(), frame.size());

@@ -15,29 +15,30 @@
 #include <vector>
 
 namespace {
+// Keeps each message the dispatcher hands on as "TEXT>COMMAND": its text ("<null>" without
+// one) or status code, and the text of the command it answers ("-" for none).
 class Collector : public IPCMessageHandler {
 public:
     void handleMessage(IPCMessage* message, IPCCommand* command) override {
+        const std::unique_ptr<IPCMessage> owned(message);
+        const auto* status = dynamic_cast<IPCStatusMessage*>(message);
+        const std::string text = status            ? "status " + std::to_string(status->v_code)
+                                 : message->text() ? message->text()
+                                                   : "<null>";
         std::lock_guard lock(m_mutex);
-        m_received.emplace_back(message, command);
+        m_received.push_back(text + ">" + (command ? command->text() : "-"));
     }
-    int count() {
+    std::vector<std::string> received() {
         std::lock_guard lock(m_mutex);
-        return static_cast<int>(m_received.size());
+        return m_received;
     }
-    IPCMessage* message(int i) {
-        std::lock_guard lock(m_mutex);
-        return m_received.at(i).first.get();
+    bool hasReceived(std::size_t count) {
+        return eventually([&] { return received().size() == count; });
     }
-    IPCCommand* command(int i) {
-        std::lock_guard lock(m_mutex);
-        return m_received.at(i).second;
-    }
-    int statusCode(int i) { return static_cast<IPCStatusMessage*>(message(i))->v_code; }
 
 private:
     std::mutex m_mutex;
-    std::vector<std::pair<std::unique_ptr<IPCMessage>, IPCCommand*>> m_received;
+    std::vector<std::string> m_received;
 };
 
 // Reads one length-prefixed request from the peer side; "" at the end of the stream.
@@ -56,10 +57,13 @@ protected:
     SocketPair pair;
     IPCMessageParser parser;
     Collector collector;
-    IPCMessageDispatcher dispatcher;
+    IPCMessageDispatcher dispatcher{&collector};
+    SyncCommandSender sender{&parser, &dispatcher};
+    void startSender() {
+        sender.setSocket(pair.ours);
+        ASSERT_TRUE(sender.activate());
+    }
 };
-using SyncCommandSenderTest = ChannelTest;
-using AsyncEventReceiverTest = ChannelTest;
 } // namespace
 
 TEST(IPCMessageDispatcher, SendMessage_GoesToTheHandlerOrIsKept) {
@@ -71,34 +75,32 @@ TEST(IPCMessageDispatcher, SendMessage_GoesToTheHandlerOrIsKept) {
     IPCCommand command("cmd");
     dispatcher.sendMessage(new IPCMessage(3, 4, "handled"), &command);
     dispatcher.sendMessage(nullptr, &command);
-    ASSERT_EQ(collector.count(), 1);
-    EXPECT_STREQ(collector.message(0)->text(), "handled");
-    EXPECT_EQ(collector.command(0), &command);
+    EXPECT_EQ(collector.received(), std::vector<std::string>{"handled>cmd"});
     dispatcher.addCommand(new IPCCommand("owned"));
     EXPECT_EQ(dispatcher.numCommands(), 1);
 }
 
-TEST_F(SyncCommandSenderTest, SyncAndAsyncCommands_AreWrittenInOrderAndRepliesHandedBack) {
-    SyncCommandSender sender(&parser, &dispatcher);
-    sender.setSocket(pair.ours);
+// Sync and async commands go out in order; a reply goes back to its waiter, or to the
+// handler it names; an unanswered one gives null after the reply time.
+TEST_F(ChannelTest, SyncCommandSender_WritesInOrderAndHandsRepliesBack) {
     LogCapture log;
-    ASSERT_TRUE(sender.activate());
+    sender.setReplyTimeout(100);
+    startSender();
     std::thread peer([&] {
         EXPECT_EQ(readRequest(pair.peer), "first");
         sendAll(pair.peer, replyFrame("one"));
         EXPECT_EQ(readRequest(pair.peer), "async");
         EXPECT_EQ(readRequest(pair.peer), "second");
         sendAll(pair.peer, replyFrame("two"));
+        EXPECT_EQ(readRequest(pair.peer), "silent");
     });
-    IPCCommand first("first"), async("async"), second("second");
+    IPCCommand first("first"), async("async"), second("second"), silent("silent");
     std::unique_ptr<IPCMessage> reply(sender.syncSendCommand(&first, nullptr));
-    ASSERT_TRUE(reply);
-    EXPECT_STREQ(reply->text(), "one");
+    EXPECT_STREQ(reply ? reply->text() : "<none>", "one");
     sender.asyncSendCommand(&async);
     EXPECT_EQ(sender.syncSendCommand(&second, &collector), nullptr);
-    ASSERT_EQ(collector.count(), 1);
-    EXPECT_STREQ(collector.message(0)->text(), "two");
-    EXPECT_EQ(collector.command(0), &second);
+    EXPECT_EQ(collector.received(), std::vector<std::string>{"two>second"});
+    EXPECT_EQ(sender.syncSendCommand(&silent, nullptr), nullptr);
     peer.join();
     sender.stop();
     sender.join();
@@ -109,34 +111,48 @@ TEST_F(SyncCommandSenderTest, SyncAndAsyncCommands_AreWrittenInOrderAndRepliesHa
         EXPECT_TRUE(log.contains(line)) << line;
 }
 
-TEST_F(SyncCommandSenderTest, UnansweredCommand_ReturnsNullAfterTheReplyTime) {
-    SyncCommandSender sender(&parser, &dispatcher);
-    sender.setSocket(pair.ours);
-    sender.setReplyTimeout(50);
-    ASSERT_TRUE(sender.activate());
-    IPCCommand silent("set x 1");
-    EXPECT_EQ(sender.syncSendCommand(&silent, nullptr), nullptr);
-    EXPECT_EQ(readRequest(pair.peer), "set x 1");
+// Threads that send at once each get the reply to their own command.
+TEST_F(ChannelTest, SyncCommandSender_GivesConcurrentSendersTheirOwnReplies) {
+    startSender();
+    constexpr int senders = 4, rounds = 50;
+    std::thread echo([&] {
+        for (int i = 0; i < senders * rounds; ++i)
+            sendAll(pair.peer, replyFrame(readRequest(pair.peer)));
+    });
+    std::atomic<int> right{0}, finished{0};
+    std::vector<std::thread> threads;
+    for (int s = 0; s < senders; ++s)
+        threads.emplace_back([&, s] {
+            for (int r = 0; r < rounds; ++r) {
+                IPCCommand command(
+                    ("sender " + std::to_string(s) + "." + std::to_string(r)).c_str());
+                std::unique_ptr<IPCMessage> reply(sender.syncSendCommand(&command, nullptr));
+                right += reply && std::string(reply->text()) == command.text();
+            }
+            ++finished;
+        });
+    EXPECT_TRUE(eventually([&] { return finished == senders; }, 20000));
+    sender.stop();                 // releases a sender that would wait for ever
+    piSocket::shutdown(pair.ours); // and the echo, should it wait for more
+    for (std::thread& thread : threads)
+        thread.join();
+    echo.join();
+    EXPECT_EQ(right.load(), senders * rounds);
 }
 
-TEST_F(SyncCommandSenderTest, ClosedPeer_TellsTheDispatcherAndReleasesTheWaiter) {
+TEST_F(ChannelTest, SyncCommandSender_TellsTheDispatcherWhenThePeerIsGone) {
     pair.closePeer();
-    dispatcher.setHandler(&collector);
-    SyncCommandSender sender(&parser, &dispatcher);
-    sender.setSocket(pair.ours);
-    ASSERT_TRUE(sender.activate());
+    startSender();
     IPCCommand command("beep");
     EXPECT_EQ(sender.syncSendCommand(&command, nullptr), nullptr);
-    ASSERT_TRUE(eventually([&] { return collector.count() == 1; }));
-    EXPECT_EQ(collector.message(0)->isa(), IPC_STATUS_MESSAGE);
-    EXPECT_EQ(collector.statusCode(0), DISCONNECTED_FROM_SE);
+    ASSERT_TRUE(collector.hasReceived(1));
+    EXPECT_EQ(collector.received()[0], "status 4>beep") << "DISCONNECTED_FROM_SE";
     sender.join();
     EXPECT_FALSE(sender.getContinueFlag());
 }
 
-TEST_F(AsyncEventReceiverTest, PeerMessages_AreDispatchedUntilTheStreamEnds) {
-    dispatcher.setHandler(&collector);
-    AsyncEventReceiver receiver(&parser, &dispatcher, nullptr);
+TEST_F(ChannelTest, AsyncEventReceiver_DispatchesPeerMessagesUntilTheStreamEndsOrItStops) {
+    AsyncEventReceiver receiver(&parser, &dispatcher, nullptr), idle(&parser, &dispatcher, nullptr);
     receiver.setSocket(pair.ours);
     IPCCommand hello("hello"), context("context");
     receiver.setAERCommand(&hello);
@@ -144,61 +160,49 @@ TEST_F(AsyncEventReceiverTest, PeerMessages_AreDispatchedUntilTheStreamEnds) {
     LogCapture log;
     ASSERT_TRUE(receiver.activate());
     EXPECT_EQ(readRequest(pair.peer), "hello") << "the start command goes out first";
-    sendAll(pair.peer, replyFrame("event 1") + replyFrame("event 2"));
-    ASSERT_TRUE(eventually([&] { return collector.count() == 2; }));
-    EXPECT_STREQ(collector.message(1)->text(), "event 2");
-    EXPECT_EQ(collector.command(0), &context);
+    sendAll(pair.peer, replyFrame("event 1") + frameBytes(0xBAD, 0, 0, 0, "") + replyFrame(""));
+    ASSERT_TRUE(collector.hasReceived(2)) << "a frame with a bad magic is skipped";
+    EXPECT_EQ(collector.received(),
+              (std::vector<std::string>{"event 1>context", "<null>>context"}));
     piSocket::shutdown(pair.peer);
     receiver.join();
     for (const char* line : {"\nAsyncEventReceiver thread starting\n",
                              "\nAsyncEventReceiver calling getMessage with socket ",
                              "\nAsyncEventReceiver thread terminating\n"})
         EXPECT_TRUE(log.contains(line)) << line;
+
+    SocketPair quiet;
+    idle.setSocket(quiet.ours);
+    ASSERT_TRUE(idle.activate());
+    idle.stop();
+    idle.join();
+    EXPECT_TRUE(idle.threadFinished()) << "stop ends a receiver that waits for data";
 }
 
-TEST_F(AsyncEventReceiverTest, Stop_EndsAReceiverThatWaitsForData) {
-    AsyncEventReceiver receiver(&parser, &dispatcher, nullptr);
-    receiver.setSocket(pair.ours);
-    ASSERT_TRUE(receiver.activate());
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    receiver.stop();
-    receiver.join();
-    EXPECT_TRUE(receiver.threadFinished());
-}
-
-TEST(AutoConnectPoller, PortFileThatAppears_IsReportedOnceAsFoundPortfile) {
+TEST(AutoConnectPoller, PortFileThatAppears_IsReportedOnceAndStopPollingEndsQuietly) {
     const std::string path = ::testing::TempDir() + "tq_poller.port";
     std::remove(path.c_str());
     IPCPortFile portFile(path.c_str()), writer(path.c_str());
     Collector collector;
     IPCMessageDispatcher dispatcher(&collector);
-    AutoConnectPoller poller(&portFile, 10, &dispatcher);
+    AutoConnectPoller poller(&portFile, 10, &dispatcher), stopped(&portFile, 10000, &dispatcher);
     LogCapture log;
+    ASSERT_TRUE(stopped.activate());
+    stopped.stopPolling();
+    stopped.join();
+    EXPECT_FALSE(stopped.getContinueFlag());
     ASSERT_TRUE(poller.activate());
     std::this_thread::sleep_for(std::chrono::milliseconds(40));
-    EXPECT_EQ(collector.count(), 0);
+    EXPECT_TRUE(collector.received().empty());
     writer.setOwner(2);
     writer.setPort(4242);
     ASSERT_TRUE(writer.writePortFile());
-    ASSERT_TRUE(eventually([&] { return collector.count() == 1; }));
+    ASSERT_TRUE(collector.hasReceived(1));
     poller.join();
-    EXPECT_EQ(collector.statusCode(0), FOUND_PORTFILE);
-    EXPECT_EQ(collector.command(0), nullptr);
+    EXPECT_EQ(collector.received(), std::vector<std::string>{"status 0>-"}) << "FOUND_PORTFILE";
     EXPECT_EQ(portFile.port(), 4242);
     EXPECT_TRUE(log.contains("\nAuto Polling started\n"));
     EXPECT_TRUE(
         log.contains("\nSending FOUND_PORTFILE to main thread\n\nAuto Poller terminating\n"));
     std::remove(path.c_str());
-}
-
-TEST(AutoConnectPoller, StopPolling_EndsWithoutAMessage) {
-    IPCPortFile portFile((::testing::TempDir() + "tq_never.port").c_str());
-    Collector collector;
-    IPCMessageDispatcher dispatcher(&collector);
-    AutoConnectPoller poller(&portFile, 10000, &dispatcher);
-    ASSERT_TRUE(poller.activate());
-    poller.stopPolling();
-    poller.join();
-    EXPECT_EQ(collector.count(), 0);
-    EXPECT_FALSE(poller.getContinueFlag());
 }

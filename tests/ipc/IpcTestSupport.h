@@ -1,5 +1,5 @@
-// Shared helpers of the ipc tests: a capture of the debug print, a raw loopback client that
-// speaks the command server's wire format, and a command server with a few test commands.
+// Shared helpers of the ipc tests: a capture of the debug print, socket pairs and frames, a
+// raw loopback client of the command server, and a command server with a few test commands.
 #pragma once
 
 #include "core/DebugPrint.h"
@@ -10,16 +10,16 @@
 #include "ipc/TclConnectionWithClient.h"
 #include "ipc/platform/piSocket.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstdint>
 #include <fstream>
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <sys/socket.h>
+#include <tcl.h>
 #include <thread>
 
 // Captures the debug print at DBG_TRACE for its lifetime.
@@ -53,13 +53,29 @@ private:
     DebugPrintSink m_sink;
 };
 
+// Polls until condition holds or milliseconds pass; returns the condition's last value.
+inline bool eventually(const std::function<bool()>& condition, long milliseconds = 5000) {
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+inline bool sendAll(unsigned int socket, const std::string& bytes) {
+    return piSocket::sendAll(socket, bytes.data(), bytes.size()) == long(bytes.size());
+}
+
 // A connected pair of local stream sockets, closed at the end of the test.
 struct SocketPair {
     SocketPair() {
         int pair[2];
         if (::socketpair(AF_UNIX, SOCK_STREAM, 0, pair) == 0) {
-            ours = static_cast<unsigned int>(pair[0]);
-            peer = static_cast<unsigned int>(pair[1]);
+            ours = unsigned(pair[0]);
+            peer = unsigned(pair[1]);
         }
     }
     ~SocketPair() {
@@ -73,20 +89,11 @@ struct SocketPair {
     unsigned int ours = piSocket::invalid, peer = piSocket::invalid;
 };
 
-inline bool sendAll(unsigned int socket, const std::string& bytes) {
-    return piSocket::sendAll(socket, bytes.data(), bytes.size()) == long(bytes.size());
-}
-
 // The bytes of one framed message: the header with the given fields, then the payload.
 inline std::string frameBytes(std::uint32_t magic, std::int32_t length, std::int32_t code,
                               std::int32_t value, const std::string& payload) {
-    IPCHeader header;
-    header.start = magic;
-    header.length = length;
-    header.code = code;
-    header.value = value;
     std::string bytes(IPCHeader::size, '\0');
-    header.encode(bytes.data());
+    IPCHeader{magic, length, 12, code, value}.encode(bytes.data());
     return bytes + payload;
 }
 
@@ -105,22 +112,19 @@ inline void writeText(const std::string& path, const std::string& text) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
 }
 
-struct Reply {
-    IPCHeader header;
-    std::string text;
-};
-
-// A client that writes raw bytes and reads framed replies, with time limits throughout.
+// A client that writes raw bytes and reads framed replies. Every read has a time limit, so a
+// server that sends too little fails the test instead of hanging it.
 class RawClient {
 public:
-    explicit RawClient(int port) : m_socket(piSocket::connectLoopback(port)) {}
+    explicit RawClient(int port) : m_socket(piSocket::connectLoopback(port)) {
+        const timeval limit{10, 0};
+        ::setsockopt(int(m_socket), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    }
     ~RawClient() { close(); }
     RawClient(const RawClient&) = delete;
     RawClient& operator=(const RawClient&) = delete;
 
     bool connected() const { return m_socket != piSocket::invalid; }
-    unsigned int socket() const { return m_socket; }
-    bool sendBytes(const std::string& bytes) { return sendAll(m_socket, bytes); }
     static std::string lengthPrefix(std::size_t length) {
         char prefix[4];
         ipcWriteInt(prefix, static_cast<std::int32_t>(length));
@@ -129,25 +133,31 @@ public:
     static std::string frame(const std::string& script) {
         return lengthPrefix(script.size()) + script;
     }
+    bool sendBytes(const std::string& bytes) { return sendAll(m_socket, bytes); }
     bool sendScript(const std::string& script) { return sendBytes(frame(script)); }
-    // The next reply, or nothing when none came within milliseconds or the stream ended.
-    std::optional<Reply> readReply(long milliseconds = 5000) {
-        char header[IPCHeader::size];
-        if (piSocket::waitReadable(m_socket, milliseconds) <= 0 ||
-            piSocket::receiveAll(m_socket, header, sizeof header) != IPCHeader::size)
-            return std::nullopt;
-        Reply reply{IPCHeader::decode(header), {}};
-        reply.text.resize(static_cast<std::size_t>(std::max(reply.header.length, 0)));
-        if (!reply.text.empty() &&
-            piSocket::receiveAll(m_socket, reply.text.data(), reply.text.size()) !=
-                long(reply.text.size()))
-            return std::nullopt;
-        return reply;
+    // Exactly count bytes, or fewer when the stream ended or stalled.
+    std::string readBytes(std::size_t count) {
+        std::string bytes(count, '\0');
+        const long received = piSocket::receiveAll(m_socket, bytes.data(), count);
+        bytes.resize(received > 0 ? std::size_t(received) : 0);
+        return bytes;
     }
-    // The text of the next reply, or "<no reply>".
+    // The text of the next reply: "<no reply>" when none began within milliseconds, "<closed>"
+    // when the stream ended instead, "<bad reply>" when it is not a whole reply.
     std::string replyText(long milliseconds = 5000) {
-        const std::optional<Reply> reply = readReply(milliseconds);
-        return reply ? reply->text : "<no reply>";
+        if (piSocket::waitReadable(m_socket, milliseconds) <= 0)
+            return "<no reply>";
+        const std::string header = readBytes(IPCHeader::size);
+        if (header.empty())
+            return "<closed>";
+        if (header.size() != IPCHeader::size)
+            return "<bad reply>";
+        const IPCHeader decoded = IPCHeader::decode(header.data());
+        const std::string text = readBytes(std::size_t(std::max(decoded.length, 0)));
+        const bool whole = decoded.start == IPCHeader::magic && decoded.reserved == 12 &&
+                           decoded.code == 14 && decoded.value == decoded.length &&
+                           long(text.size()) == decoded.length;
+        return whole ? text : "<bad reply>";
     }
     std::string request(const std::string& script) {
         return sendScript(script) ? replyText() : "<send failed>";
@@ -168,10 +178,9 @@ private:
 };
 
 // A command server with test commands: "where" answers an id of the thread its handler ran
-// on, "here" the same registered async (so it runs on the connection's own thread); "empty"
-// answers an empty text, "nulltext" a null one; "subscribe" sets the caller's broadcast flag,
-// "announce TEXT" broadcasts TEXT; "count" answers how often the timeout command ran; "big"
-// answers 64 KiB.
+// on, "here" the same as an async command (run on the connection's own thread); "say ?TEXT?"
+// answers TEXT, or a null text without one; "subscribe" sets the caller's broadcast flag,
+// "announce TEXT" broadcasts TEXT. Replies go through sendResp, to the running command.
 class TestServer : public TclCommandServer {
 public:
     explicit TestServer(bool withServicer = true) : m_withServicer(withServicer) {}
@@ -192,66 +201,55 @@ public:
 
     void addCommands(TclConnectionWithClient* connection) override {
         TclCommandServer::addCommands(connection);
-        const std::pair<const char*, Handler> commands[] = {
-            {"where", &TestServer::whereCmd},      {"empty", &TestServer::emptyCmd},
-            {"nulltext", &TestServer::nullCmd},    {"subscribe", &TestServer::subscribeCmd},
-            {"count", &TestServer::countCmd},      {"big", &TestServer::bigCmd},
-            {"announce", &TestServer::announceCmd}};
-        for (const auto& [name, handler] : commands)
+        for (const auto& [name, handler] : {std::pair{"where", &TestServer::whereCmd},
+                                            {"say", &TestServer::sayCmd},
+                                            {"subscribe", &TestServer::subscribeCmd},
+                                            {"announce", &TestServer::announceCmd}})
             connection->addCommand(name, static_cast<TclServerHandler>(handler), false);
         connection->addCommand("here", static_cast<TclServerHandler>(&TestServer::whereCmd), true);
     }
     void connectionHasBeenRemoved(TclConnectionWithClient*) override { ++removed; }
     void serverIsListening(int port) override { listeningPort = port; }
-    TclServerCommand* connectionTimeoutCommand() override {
-        return timeoutMilliseconds > 0 ? &m_timeoutCommand : nullptr;
-    }
+    TclServerCommand* connectionTimeoutCommand() override { return nullptr; }
     void scriptFailed(TclConnectionWithClient*, const char*, const char* errorText) override {
         std::lock_guard lock(m_mutex);
         m_lastError = errorText;
     }
-    int connectionTimeoutMilliseconds() override { return timeoutMilliseconds; }
+    int connectionTimeoutMilliseconds() override { return 0; }
     std::string lastError() {
         std::lock_guard lock(m_mutex);
         return m_lastError;
     }
 
-    std::atomic<int> removed{0}, timeouts{0};
-    int listeningPort = 0, timeoutMilliseconds = 0;
+    std::atomic<int> removed{0};
+    int listeningPort = 0;
 
 private:
-    using Handler = int (TestServer::*)(TclServerCommand*);
-    int reply(TclServerCommand* command, const std::string& text) {
-        sendCmdResp(TCS_RESULT, text.c_str(), command);
-        return 0;
+    int whereCmd(TclServerCommand*) {
+        sendResp(TCS_RESULT,
+                 std::to_string(std::hash<std::thread::id>()(std::this_thread::get_id())).c_str());
+        return TCL_OK;
     }
-    int whereCmd(TclServerCommand* command) {
-        return reply(command,
-                     std::to_string(std::hash<std::thread::id>()(std::this_thread::get_id())));
+    int sayCmd(TclServerCommand* command) {
+        sendResp(TCS_RESULT, command->objc() > 1 ? Tcl_GetString(command->objv()[1]) : nullptr);
+        return TCL_OK;
     }
-    int emptyCmd(TclServerCommand* command) { return reply(command, ""); }
-    int nullCmd(TclServerCommand*) {
-        sendResp(TCS_RESULT, nullptr);
-        return 0;
-    }
-    int subscribeCmd(TclServerCommand* command) {
+    int subscribeCmd(TclServerCommand*) {
         setClientBroadcast(true, nullptr);
-        return reply(command, getClientBroadcast(nullptr) ? "subscribed" : "not subscribed");
+        sendResp(TCS_RESULT, getClientBroadcast(nullptr) ? "subscribed" : "not");
+        return TCL_OK;
     }
-    int announceCmd(TclServerCommand* command);
-    int countCmd(TclServerCommand* command) { return reply(command, std::to_string(timeouts)); }
-    int bigCmd(TclServerCommand* command) { return reply(command, std::string(64 * 1024, 'b')); }
-    int timeoutCmd(TclServerCommand*) {
-        ++timeouts;
-        return 0;
+    int announceCmd(TclServerCommand* command) {
+        if (command->objc() != 2)
+            return TCL_ERROR;
+        broadcast(TCS_STATUS, Tcl_GetString(command->objv()[1]));
+        return TCL_OK;
     }
 
     bool m_withServicer;
     std::unique_ptr<TclCommandServicer> m_servicer;
     std::mutex m_mutex;
     std::string m_lastError;
-    TclServerCommand m_timeoutCommand{
-        nullptr, static_cast<TclServerHandler>(&TestServer::timeoutCmd), nullptr};
 };
 
 // Counts the beeps instead of sounding them, for the lifetime of the object.
@@ -265,16 +263,3 @@ public:
 private:
     const piSystem* m_previous;
 };
-
-// Polls until condition holds or milliseconds pass; returns the condition's last value.
-template <typename Condition>
-bool eventually(Condition condition, long milliseconds = 5000) {
-    const auto deadline =
-        std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
-}

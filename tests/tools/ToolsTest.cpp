@@ -6,12 +6,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <spawn.h>
 #include <string>
 #include <sys/wait.h>
@@ -25,138 +27,137 @@ extern char** environ;
 namespace {
 using namespace std::chrono_literals;
 
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+// Whether condition came true within 10 s.
+bool eventually(const std::function<bool()>& condition) {
+    for (int look = 0; look < 2000; ++look) {
+        if (condition())
+            return true;
+        std::this_thread::sleep_for(5ms);
+    }
+    return false;
 }
 
-// A child process whose standard output goes to a file; ended by its pid if it overstays.
-class Process {
-public:
-    Process(std::vector<std::string> arguments, const std::string& outputPath)
-        : m_outputPath(outputPath) {
+std::string shellQuoted(const std::string& text) {
+    std::string result(1, '\'');
+    for (const char c : text) {
+        if (c == '\'')
+            result.append("'\\''");
+        else
+            result.push_back(c);
+    }
+    result.push_back('\'');
+    return result;
+}
+
+// Runs a command line through the shell, ended after 20 s at the latest: its exit status
+// and its standard output.
+std::pair<int, std::string> run(const std::string& commandLine) {
+    std::FILE* pipe = ::popen(("timeout 20 " + commandLine).c_str(), "r");
+    std::string output;
+    char buffer[256];
+    for (std::size_t count; pipe && (count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        output.append(buffer, count);
+    const int status = pipe ? ::pclose(pipe) : -1;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+// A tqserver started for one test on its own port file; killed by its pid if it overstays.
+class ToolsTest : public ::testing::Test {
+protected:
+    void startServer(std::vector<std::string> options = {}) {
+        std::remove(portFile.c_str());
+        options.insert(options.begin(), {TQ_TQSERVER, "--port-file", portFile});
         std::vector<char*> argv;
-        for (std::string& argument : arguments)
+        for (std::string& argument : options)
             argv.push_back(argument.data());
         argv.push_back(nullptr);
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 1, outputPath.c_str(),
-                                         O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-        if (posix_spawn(&m_pid, argv[0], &actions, nullptr, argv.data(), environ) != 0)
-            m_pid = -1;
+        posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                         0600);
+        posix_spawn_file_actions_adddup2(&actions, 1, 2);
+        ASSERT_EQ(posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ), 0);
         posix_spawn_file_actions_destroy(&actions);
-    }
-    ~Process() {
-        if (m_pid > 0 && !m_exited) {
-            ::kill(m_pid, SIGKILL);
-            ::waitpid(m_pid, nullptr, 0);
-        }
-        std::remove(m_outputPath.c_str());
-    }
-    bool started() const { return m_pid > 0; }
-    pid_t pid() const { return m_pid; }
-    // The exit status, or -1 when the process did not end within the time (it is then killed).
-    int wait(std::chrono::milliseconds limit = 10s) {
-        const auto deadline = std::chrono::steady_clock::now() + limit;
-        int status = 0;
-        while (::waitpid(m_pid, &status, WNOHANG) == 0) {
-            if (std::chrono::steady_clock::now() > deadline)
-                return -1;
-            std::this_thread::sleep_for(5ms);
-        }
-        m_exited = true;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
-    std::string output() const { return readFile(m_outputPath); }
-
-private:
-    std::string m_outputPath;
-    pid_t m_pid = -1;
-    bool m_exited = false;
-};
-
-// A tqserver started for one test, with its port file.
-class ToolsTest : public ::testing::Test {
-protected:
-    void startServer(std::vector<std::string> extra = {}) {
-        std::remove(portFile.c_str());
-        std::vector<std::string> arguments{TQ_TQSERVER, "--port-file", portFile};
-        arguments.insert(arguments.end(), extra.begin(), extra.end());
-        server = std::make_unique<Process>(arguments, temp("server.out"));
-        ASSERT_TRUE(server->started());
         IPCPortFile file(portFile.c_str());
-        const auto deadline = std::chrono::steady_clock::now() + 10s;
-        while (!file.readPortFile()) {
-            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "no port file";
-            std::this_thread::sleep_for(5ms);
-        }
+        ASSERT_TRUE(eventually([&] { return file.readPortFile(); })) << "no port file";
         EXPECT_EQ(file.owner(), 2);
+        port = file.port();
+        EXPECT_TRUE(eventually(
+            [&] { return printed("listening on 127.0.0.1:" + std::to_string(port) + "\n"); }));
+    }
+    // The server's exit status (128 + the signal when one ended it), or -1 when it did not
+    // end within 10 s; it is then killed.
+    int waitForServer() {
+        int status = 0;
+        const bool ended = eventually([&] { return ::waitpid(pid, &status, WNOHANG) == pid; });
+        if (!ended) {
+            ::kill(pid, SIGKILL);
+            ::waitpid(pid, nullptr, 0);
+        }
+        pid = -1;
+        return !ended ? -1 : WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
     void TearDown() override {
-        if (server && server->started())
-            ::kill(server->pid(), SIGTERM);
+        if (pid > 0) {
+            ::kill(pid, SIGTERM);
+            EXPECT_EQ(waitForServer(), 0);
+        }
+        std::remove(portFile.c_str());
+        std::remove(output.c_str());
     }
-    struct Result {
-        int status;
-        std::string output;
-    };
-    Result send(std::vector<std::string> scripts, long waitMs = 2000) {
-        std::vector<std::string> arguments{TQ_TQSEND, "--port-file", portFile, "--wait-ms",
-                                           std::to_string(waitMs)};
-        arguments.insert(arguments.end(), scripts.begin(), scripts.end());
-        Process client(arguments, temp("send.out"));
-        const int status = client.wait();
-        return {status, client.output()};
+    // Whether the server printed text on its standard output or error.
+    bool printed(const std::string& text) const {
+        std::ifstream in(output);
+        return std::string(std::istreambuf_iterator<char>(in), {}).find(text) != std::string::npos;
     }
-    // Per test and process, since ctest runs the tests side by side.
-    static std::string temp(const char* name) {
-        return ::testing::TempDir() + "tq_tools_" +
-               ::testing::UnitTest::GetInstance()->current_test_info()->name() + "_" +
-               std::to_string(::getpid()) + "_" + name;
+    std::pair<int, std::string> send(const std::vector<std::string>& scripts) {
+        std::string commandLine =
+            std::string(TQ_TQSEND) + " --port-file " + shellQuoted(portFile) + " --wait-ms 300";
+        for (const std::string& script : scripts)
+            commandLine.append(" ").append(shellQuoted(script));
+        return run(commandLine);
     }
 
-    std::string portFile = temp("server.port");
-    std::unique_ptr<Process> server;
+    // Per test and process, since ctest runs the tests side by side.
+    std::string portFile = ::testing::TempDir() + "tq_tools_" +
+                           ::testing::UnitTest::GetInstance()->current_test_info()->name() + "_" +
+                           std::to_string(::getpid()) + ".port",
+                output = portFile + ".out";
+    pid_t pid = -1;
+    int port = 0;
 };
+
+const std::string beeped = "Beep you back...\n";
 } // namespace
 
 TEST_F(ToolsTest, Tqsend_PrintsEachReplyAndExitsWithTheProtocolsOutcome) {
     startServer();
-    const std::string beeped = "Beep you back...\n", version = tqVersionString();
     const std::tuple<std::vector<std::string>, std::string, int> cases[] = {
         {{"beep"}, beeped, 0},
-        {{"version"}, version + "\n", 0},
+        {{"version"}, tqVersionString() + std::string("\n"), 0},
         {{"result {expr 6*7}", "result {string toupper abc}"}, "42\nABC\n", 0},
         {{"nonsense"}, "Bad command\n", 1},
-        {{"result {error x}"}, "Bad command\n", 1},
-        {{"set x 1", "beep"}, beeped, 0},
+        {{"result {error x}", "beep"}, "Bad command\n" + beeped, 1},
+        {{"set x 1", "beep"}, beeped, 0}, // the first script gets no reply
         {{"beep; beep"}, beeped + beeped, 0},
         {{"quit", "beep"}, "", 0}};
-    for (const auto& [scripts, output, status] : cases) {
-        const Result result = send(scripts, 300);
-        EXPECT_EQ(result.status, status) << scripts[0];
-        EXPECT_EQ(result.output, output) << scripts[0];
-    }
+    for (const auto& [scripts, output, status] : cases)
+        EXPECT_EQ(send(scripts), std::pair(status, output)) << scripts[0];
 }
 
 TEST_F(ToolsTest, Tqsend_ExitsTwoWhenTheServerCannotBeReached) {
-    std::remove(portFile.c_str());
-    EXPECT_EQ(send({"beep"}).status, 2) << "no port file";
+    EXPECT_EQ(send({"beep"}).first, 2) << "no port file";
     IPCPortFile stale(portFile.c_str());
     stale.setOwner(2);
     stale.setPort(1); // nothing listens on port 1 of this machine's loopback
     ASSERT_TRUE(stale.writePortFile());
-    EXPECT_EQ(send({"beep"}).status, 2) << "nobody listening";
-    EXPECT_EQ(Process({TQ_TQSEND, "--port-file", portFile}, temp("usage.out")).wait(), 2)
-        << "no script";
-    std::remove(portFile.c_str());
+    EXPECT_EQ(send({"beep"}).first, 2) << "nobody listening";
+    EXPECT_EQ(send({}).first, 2) << "no script";
 }
 
 TEST_F(ToolsTest, TclClient_DrivesTheServerFromARealTclsh) {
     startServer();
-    const std::string script = temp("client.tcl"),
+    const std::string script = portFile + ".tcl",
                       connect = "tarqclient::connect {" + portFile + "}";
     std::ofstream(script)
         << "package require tarqclient\nset chan [" << connect << "]\n"
@@ -170,57 +171,51 @@ TEST_F(ToolsTest, TclClient_DrivesTheServerFromARealTclsh) {
         << "set again [" << connect << "]\n"
         << "puts [tarqclient::send $again {result {expr 2+3}}]\n"
            "tarqclient::send $again quit 200\n";
-    ::setenv("TCLLIBPATH", TQ_TCL_PACKAGE_DIR, 1);
-    Process tclsh({TQ_TCLSH, script}, temp("tclsh.out"));
-    ASSERT_EQ(tclsh.wait(), 1) << "the last send ends with the closed connection: "
-                               << tclsh.output();
-    EXPECT_EQ(tclsh.output(), "Beep you back...\n2000\nBad command\n"
-                              "1:tarqclient: no reply within 200 ms\n\u00c3\u00a9\n5\n");
+    // The last send ends with the closed connection: tclsh reports it and exits 1.
+    EXPECT_EQ(run("env TCLLIBPATH=" TQ_TCL_PACKAGE_DIR " " TQ_TCLSH " " + shellQuoted(script)),
+              std::pair(1, std::string("Beep you back...\n2000\nBad command\n"
+                                       "1:tarqclient: no reply within 200 ms\n\u00c3\u00a9\n5\n")));
     std::remove(script.c_str());
 }
 
-TEST_F(ToolsTest, Shutdown_StopsTheServerAndRemovesThePortFile) {
-    const std::pair<std::vector<std::string>, bool> cases[] = {
-        {{}, true}, {{"--no-threads"}, true}, {{}, false}, {{"--no-threads", "--safe"}, false}};
-    for (const auto& [options, byCommand] : cases) {
+// Every way the server stops, with threads and without: "shutdown", SIGTERM, and the timer,
+// which spares a server while a client is connected. --safe takes file access from "result".
+TEST_F(ToolsTest, ShutdownSigtermAndTimer_StopTheServerAndRemoveThePortFile) {
+    enum Stop { Shutdown, Sigterm, Timer, TimerWithClient };
+    const std::pair<std::vector<std::string>, Stop> cases[] = {
+        {{}, Shutdown},
+        {{"--no-threads"}, Shutdown},
+        {{}, Sigterm},
+        {{"--no-threads", "--safe"}, Sigterm},
+        {{"--timeout-ms", "100"}, Timer},
+        {{"--timeout-ms", "100", "--no-threads"}, Timer},
+        {{"--timeout-ms", "150"}, TimerWithClient},
+        {{"--timeout-ms", "150", "--no-threads"}, TimerWithClient}};
+    for (const auto& [options, stop] : cases) {
+        const auto given = [&](const char* option) {
+            return std::find(options.begin(), options.end(), option) != options.end();
+        };
+        const bool threads = !given("--no-threads"), safe = given("--safe");
+        SCOPED_TRACE(std::to_string(stop) + (threads ? " with threads" : " without"));
         startServer(options);
-        EXPECT_EQ(send({"beep"}).output, "Beep you back...\n");
-        if (byCommand)
-            EXPECT_EQ(send({"shutdown"}).status, 0);
-        else
-            ::kill(server->pid(), SIGTERM);
-        EXPECT_EQ(server->wait(), 0) << (byCommand ? "shutdown" : "SIGTERM");
+        if (stop != Timer) {
+            const unsigned int client =
+                stop == TimerWithClient ? piSocket::connectLoopback(port) : piSocket::invalid;
+            std::this_thread::sleep_for(stop == TimerWithClient ? 400ms : 0ms);
+            EXPECT_EQ(send({"beep", "result {close [open /dev/null]}"}),
+                      std::pair(safe ? 1 : 0, beeped + (safe ? "Bad command\n" : "\n")));
+            piSocket::close(client);
+            if (stop == Sigterm)
+                ::kill(pid, SIGTERM);
+            else
+                EXPECT_EQ(send({"shutdown"}).first, 0);
+        }
+        EXPECT_EQ(waitForServer(), 0);
         EXPECT_FALSE(std::filesystem::exists(portFile));
+        EXPECT_EQ(printed("Starting connection timer for " +
+                          (stop >= Timer ? options[1] + " msec.\n" : std::string())),
+                  threads && stop >= Timer);
     }
-}
-
-// The timer stops a server that no client used, and spares one with a client connected.
-TEST_F(ToolsTest, Timeout_StopsOnlyAServerNoClientUses) {
-    for (const bool noThreads : {false, true}) {
-        std::vector<std::string> options{"--timeout-ms", "100"};
-        if (noThreads)
-            options.push_back("--no-threads");
-        startServer(options);
-        EXPECT_EQ(server->wait(), 0) << noThreads;
-        EXPECT_FALSE(std::filesystem::exists(portFile)) << noThreads;
-        options[1] = "150";
-        startServer(options);
-        IPCPortFile file(portFile.c_str());
-        ASSERT_TRUE(file.readPortFile());
-        const unsigned int client = piSocket::connectLoopback(file.port());
-        ASSERT_NE(client, piSocket::invalid);
-        std::this_thread::sleep_for(400ms);
-        EXPECT_EQ(send({"beep"}).output, "Beep you back...\n") << noThreads;
-        piSocket::close(client);
-        EXPECT_EQ(send({"shutdown"}).status, 0);
-        EXPECT_EQ(server->wait(), 0);
-    }
-}
-
-TEST_F(ToolsTest, SafeServer_RefusesFileAccessInResultScripts) {
-    startServer({"--safe"});
-    EXPECT_EQ(send({"result {open /etc/hostname}"}).output, "Bad command\n");
-    EXPECT_EQ(send({"result {llength {a b c}}"}).output, "3\n");
 }
 
 // The signal goes on to the disposition the server replaced: the default action, or a
@@ -228,8 +223,8 @@ TEST_F(ToolsTest, SafeServer_RefusesFileAccessInResultScripts) {
 TEST_F(ToolsTest, FatalSignal_RemovesThePortFileAndStillEndsTheServer) {
     for (const int signal : {SIGABRT, SIGSEGV}) {
         startServer();
-        ::kill(server->pid(), signal);
-        const int status = server->wait();
+        ::kill(pid, signal);
+        const int status = waitForServer();
         EXPECT_TRUE(status != 0 && status != -1) << signal << ": " << status;
         if (signal == SIGABRT) {
             EXPECT_EQ(status, 128 + SIGABRT);

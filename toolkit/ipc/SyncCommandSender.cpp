@@ -58,6 +58,7 @@ IPCMessage* SyncCommandSender::syncSendCommand(IPCCommand* command, IPCMessageHa
         reply = m_message;
         m_message = nullptr;
         m_answered = nullptr;
+        m_cmdSignal.vSend(); // the sender thread may go on to the next command
     }
     m_commandMutex.vRelease();
     if (reply && handler) {
@@ -78,7 +79,8 @@ void SyncCommandSender::vThreadMain() {
     Printf(DBG_INFO, "\nSyncCommandSender thread starting\n");
     m_commandMutex.vAquire();
     while (getContinueFlag()) {
-        while (m_queue.empty() && getContinueFlag())
+        // A reply is taken by its waiter before the next one is read: each waiter gets its own.
+        while ((m_queue.empty() || m_answered) && getContinueFlag())
             (void)m_cmdSignal.vWait(-1);
         if (!getContinueFlag())
             break;

@@ -60,9 +60,10 @@ public:
     SyncSignal& doneSignal() { return m_doneSignal; }
     SyncSignal& asyncReadySignal() { return m_asyncReadySignal; }
 
-    // Queues command and waits until its reply was read or the reply time passed. With a
-    // handler, the reply goes to it and null is returned; otherwise the reply is returned
-    // for the caller to delete. Null when no reply came or the sender stopped.
+    // Queues command and waits until its reply was read or the reply time passed; safe from
+    // several threads at once, each getting the reply to its own command. With a handler,
+    // the reply goes to it and null is returned; otherwise the reply is returned for the
+    // caller to delete. Null when no reply came or the sender stopped.
     IPCMessage* syncSendCommand(IPCCommand* command, IPCMessageHandler* handler);
     // Queues command without waiting for anything.
     void asyncSendCommand(IPCCommand* command);
@@ -78,7 +79,7 @@ private:
     std::unique_ptr<SocketOStream> m_ostrm;
     std::deque<std::pair<IPCCommand*, int>> m_queue;
     IPCMessage* m_message = nullptr;
-    IPCCommand* m_answered = nullptr; // the synchronous command whose turn ended last
+    IPCCommand* m_answered = nullptr; // the synchronous command whose reply awaits its waiter
     std::atomic<bool> m_continue{true};
     ProtectedResource m_commandMutex{"SyncCommandSender"};
     SyncSignal m_cmdSignal{m_commandMutex};

@@ -15,12 +15,17 @@
 #include <poll.h>
 #include <tcl.h>
 #include <thread>
+#include <utility>
 
 namespace {
 bool threadsDisabled() {
     const appiApplication* application = appiApplication::current();
     return application && application->disableThreads();
 }
+
+// The command whose handler runs on this thread. An async handler runs on its connection's
+// thread while the servicing thread runs another command: its replies go to its own client.
+thread_local TclServerCommand* t_runningCommand = nullptr;
 } // namespace
 
 TclCommandServer::TclCommandServer() : m_usingThreads(!threadsDisabled()) {}
@@ -139,6 +144,9 @@ int TclCommandServer::syncSendCommand(TclServerCommand* command) {
         std::this_thread::yield();
     m_commandMutex.vAquire();
     SyncSignal& finished = finishedSignalOf(command);
+    // A send the signal holds now is for a command whose completion is already visible (this
+    // one, or an earlier one seen done while looking): drop it, or a wait would wake for it.
+    finished.vClear();
     // A stop releases the sender at once, unless its command is running: then the sender
     // waits for it, since the command belongs to the sender's connection.
     while (!command->executed() && !(done() && m_currentCommand != command))
@@ -242,7 +250,13 @@ void TclCommandServer::executeCurrentCommand() {
 }
 
 void TclCommandServer::executeCommand(TclServerCommand* command) {
+    TclServerCommand* const outer = std::exchange(t_runningCommand, command);
     command->setResult((this->*(command->handler()))(command));
+    t_runningCommand = outer;
+}
+
+TclServerCommand* TclCommandServer::runningCommand() const {
+    return t_runningCommand ? t_runningCommand : m_currentCommand;
 }
 
 void TclCommandServer::requestStop() {
@@ -365,8 +379,7 @@ int TclCommandServer::port() const {
 // --- Responses ---
 
 void TclCommandServer::sendResp(TclServerRespType type, const char* text) {
-    if (m_currentCommand && m_currentCommand->connection())
-        m_currentCommand->connection()->sendResp(type, text);
+    sendCmdResp(type, text, runningCommand());
 }
 
 void TclCommandServer::sendCmdResp(TclServerRespType type, const char* text,
@@ -386,7 +399,8 @@ void TclCommandServer::broadcast(TclServerRespType type, const char* text) {
 TclConnectionWithClient* TclCommandServer::targetOf(TclConnectionWithClient* connection) const {
     if (connection)
         return connection;
-    return m_currentCommand ? m_currentCommand->connection() : nullptr;
+    const TclServerCommand* command = runningCommand();
+    return command ? command->connection() : nullptr;
 }
 
 void TclCommandServer::setClientBroadcast(bool broadcast, TclConnectionWithClient* connection) {

@@ -107,13 +107,14 @@ public:
     int port() const;
 
     // --- Responses ---
-    // To the connection of the current command; nothing when there is none.
+    // To the connection of the command whose handler runs on the calling thread (else of the
+    // current command); nothing when there is none.
     void sendResp(TclServerRespType type, const char* text);
     void sendCmdResp(TclServerRespType type, const char* text, TclServerCommand* command);
     void sendStr(const char* text) { sendResp(TCS_RESULT, text); }
     // To every connection whose broadcast flag is set.
     void broadcast(TclServerRespType type, const char* text);
-    // On connection, or on the current command's connection when it is null.
+    // On connection or, when it is null, on the connection sendResp would answer.
     void setClientBroadcast(bool broadcast, TclConnectionWithClient* connection);
     bool getClientBroadcast(TclConnectionWithClient* connection) const;
 
@@ -160,6 +161,7 @@ public:
     int references() const { return m_references.load(); }
 
 private:
+    TclServerCommand* runningCommand() const;
     TclConnectionWithClient* targetOf(TclConnectionWithClient* connection) const;
     void acceptPending();
     void reapConnections(bool wait);

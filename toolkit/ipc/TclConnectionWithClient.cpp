@@ -207,10 +207,6 @@ void TclConnectionWithClient::cleanupTclInterp() {
     m_interp = nullptr;
 }
 
-void TclConnectionWithClient::deactivate() {
-    ThreadMainObject::deactivate();
-}
-
 void TclConnectionWithClient::shutdownSocket() {
     std::lock_guard lock(m_sendMutex);
     if (m_socket != piSocket::invalid)
@@ -225,10 +221,10 @@ void TclConnectionWithClient::closeSocket() {
 
 void TclConnectionWithClient::vThreadMain() {
     Printf(DBG_INFO, "\nTclConnectionWithClient thread starting\n");
-    if (createTclInterp()) {
-        if (!isPsuedo())
-            executeCommands();
-    }
+    // Without an interpreter the first receiveData() gives up the connection's slot.
+    createTclInterp();
+    if (!isPsuedo())
+        executeCommands();
     Printf(DBG_INFO, "\nTclConnectionWithClient thread terminating\n");
     if (!isPsuedo()) {
         // The interpreter and Tcl's per-thread state belong to this thread: free them here.

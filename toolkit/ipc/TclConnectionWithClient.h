@@ -62,7 +62,6 @@ public:
     // refused an interpreter.
     bool createTclInterp();
     void cleanupTclInterp();
-    void deactivate() override;
 
     // How a frame read ended: Frame (text in buffer, NUL-terminated), ShortHeader (fewer
     // than 4 bytes) or ShortText (no byte of the text). A length of capacity or more is

@@ -140,10 +140,6 @@ TclConnectionWithClient* TclServerConnectionAcceptor::waitForConnection() {
     return m_server->newConnection(socket);
 }
 
-void TclServerConnectionAcceptor::deactivate() {
-    ThreadMainObject::deactivate();
-}
-
 void TclServerConnectionAcceptor::vThreadMain() {
     Printf(DBG_INFO, "\nTclServerConnectionAcceptor thread starting\n");
     while (m_server->acceptingConnection() && isActive()) {

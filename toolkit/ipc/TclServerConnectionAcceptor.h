@@ -30,7 +30,6 @@ public:
     // Waits (when blocking, up to the server's poll interval) and accepts one client: its
     // new connection, or null when none came, the accept failed or the server refused it.
     TclConnectionWithClient* waitForConnection();
-    void deactivate() override;
 
     void setIsBlocking(bool isBlocking) { m_isBlocking = isBlocking; }
     bool isBlocking() const { return m_isBlocking.load(); }

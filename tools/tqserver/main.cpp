@@ -62,7 +62,7 @@ void deleteApplication() {
     application = nullptr;
 }
 
-// Termination stopSet are taken by a thread of their own (sigwait), so they stop the
+// Termination signals are taken by a thread of their own (sigwait), so they stop the
 // server in an orderly way; SIGUSR1 only ends that thread.
 sigset_t stopSignals() {
     sigset_t stopSet;
