@@ -25,7 +25,7 @@ public:
             const std::string family = name.substr(0, slash);
             const std::string width = name.substr(slash + 1, end - slash - 1);
             m_times[family.substr(family.find('_') + 1) + "/" + width]
-                   [family.substr(0, family.find('_'))] = run.GetAdjustedRealTime();
+                   [family.substr(0, family.find('_'))] = run.GetAdjustedCPUTime();
         }
     }
 
