@@ -92,9 +92,11 @@ BIGINTBOOLEAN caseEqualityOf(const std::string& a, const std::string& b) {
     return BIGINT_TRUE;
 }
 
-std::string zAsX(std::string bits, bool decode) {
+// The bits as >> copies them (Z becomes X), as << decodes them (anything but 0 and 1 becomes
+// X), or as ~ inverts them.
+std::string mapped(std::string bits, char how) {
     for (char& c : bits)
-        c = definite(c) || (!decode && c != 'Z') ? c : 'X';
+        c = how == '>' ? (c == 'Z' ? 'X' : c) : !definite(c) ? 'X' : how == '~' ? c ^ 1 : c;
     return bits;
 }
 
@@ -154,9 +156,10 @@ TEST(BigIntFastPaths, MatchTheAlgorithmsCharacterByCharacter) {
             const std::string bits = ra.substr(1);
             const unsigned shift = std::min(count, wa);
             EXPECT_EQ(bslOf(a >> count),
-                      cat("0", std::string(shift, '0'), zAsX(bits.substr(0, wa - shift), false)));
+                      cat("0", std::string(shift, '0'), mapped(bits.substr(0, wa - shift), '>')));
             EXPECT_EQ(bslOf(a << count),
-                      cat("0", zAsX(bits.substr(shift), true), std::string(shift, '0')));
+                      cat("0", mapped(bits.substr(shift), '<'), std::string(shift, '0')));
+            EXPECT_EQ(bslOf(~a), cat("0", mapped(bits, '~')));
             if (HasFailure())
                 return;
         }

@@ -21,9 +21,7 @@
 
 namespace {
 
-using bigint_test::bin;
-using bigint_test::cat;
-using bigint_test::randomBits;
+using namespace bigint_test;
 
 std::string lowered(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),

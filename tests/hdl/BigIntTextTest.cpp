@@ -12,9 +12,7 @@
 
 namespace {
 
-using bigint_test::bin;
-using bigint_test::randomBits;
-using bigint_test::take;
+using namespace bigint_test;
 
 // Binary writes X and Z in the chosen case and the fill character as stored; hexadecimal and
 // octal write X unless every bit of the group is Z, and fill digits beyond the value; decimal
@@ -74,15 +72,6 @@ TEST(BigIntText, OnlyPlainDecimalShowsTheSignAndAValueWithoutWidthConvertsToNull
     for (char* text : {empty.BSLToBinary(4, 0, true), empty.BSLToOctal(4, 0, true),
                        empty.BSLToHexadecimal(4, 0, true), empty.BSLToDecimal(4, 0, true)})
         EXPECT_EQ(take(text), "<null>");
-}
-
-TEST(BigIntText, WideDecimalValues) {
-    EXPECT_EQ(take(bin(("1" + std::string(200, '0')).c_str()).BSLToDecimal(0, 0, false)),
-              "1606938044258990275541962092341162602522202993782792835301376");
-    EXPECT_EQ(take(BigInt("1606938044258990275541962092341162602522202993782792835301376",
-                          RadixDecimal, 0)
-                       .BSLToHexadecimal(0, 0, true)),
-              "1" + std::string(50, '0'));
 }
 
 // The conversion as one doubling step per bit over a decimal digit string: slow, but plainly
