@@ -32,25 +32,21 @@ TEST(BigIntConstruction, FromLongUsesTheBitLengthAndTwosComplementForNegatives) 
 
 // A larger width extends by the four-state rule, a smaller one keeps the low bits.
 TEST(BigIntConstruction, FromDigitStringsOfEachRadix) {
+    const Radix B = RadixBinary, O = RadixOctal, H = RadixHexadecimal, D = RadixDecimal;
     // clang-format off
     const std::tuple<const char*, Radix, unsigned, const char*> cases[] = {
-        {"10xz", RadixBinary, 0, "010XZ"},           {"1_0", RadixBinary, 0, "010"},
-        {"1?", RadixBinary, 0, "01X"},               {"7x", RadixOctal, 0, "0111XXX"},
-        {"z1", RadixOctal, 0, "0ZZZ001"},            {"aZ", RadixHexadecimal, 0, "01010ZZZZ"},
-        {"F_f", RadixHexadecimal, 0, "011111111"},   {"g", RadixHexadecimal, 0, "0XXXX"},
-        {"8", RadixOctal, 0, "0XXX"},                {"5", RadixDecimal, 0, "0101"},
-        {"0", RadixPlainDecimal, 0, "00"},           {"1_000", RadixDecimal, 0, "01111101000"},
-        {"-5", RadixPlainDecimal, 0, "1011"},        {"-4", RadixDecimal, 0, "1100"},
-        {"-5", RadixDecimal, 8, "111111011"},        {"-5", RadixDecimal, 2, "111"},
-        {"-0", RadixDecimal, 0, "00"},               {"1x", RadixDecimal, 0, "0X"},
-        {"1x", RadixDecimal, 4, "0XXXX"},            {"-", RadixDecimal, 0, "0X"},
-        {"", RadixDecimal, 2, "0XX"},                {"5-", RadixDecimal, 0, "0X"},
-        {"101", RadixBinary, 5, "000101"},           {"x01", RadixBinary, 5, "0XXX01"},
-        {"z", RadixHexadecimal, 6, "0ZZZZZZ"},       {"011", RadixBinary, 5, "000011"},
-        {"F0", RadixHexadecimal, 6, "0110000"},      {"12", RadixDecimal, 2, "000"},
-        {"", RadixBinary, 3, "0000"},                {"", RadixOctal, 0, "<null>"},
-        {"__", RadixDecimal, 0, "<null>"},           {"1", RadixNone, 0, "<null>"},
-        {"1", static_cast<Radix>(7), 0, "<null>"},   {nullptr, RadixBinary, 4, "<null>"}};
+        {"10xz", B, 0, "010XZ"}, {"1_0", B, 0, "010"},         {"1?", B, 0, "01X"},
+        {"7x", O, 0, "0111XXX"}, {"z1", O, 0, "0ZZZ001"},      {"8", O, 0, "0XXX"},
+        {"aZ", H, 0, "01010ZZZZ"}, {"F_f", H, 0, "011111111"}, {"g", H, 0, "0XXXX"},
+        {"5", D, 0, "0101"},     {"1_000", D, 0, "01111101000"}, {"0", RadixPlainDecimal, 0, "00"},
+        {"-5", RadixPlainDecimal, 0, "1011"}, {"-4", D, 0, "1100"}, {"-5", D, 8, "111111011"},
+        {"-5", D, 2, "111"},     {"-0", D, 0, "00"},           {"1x", D, 0, "0X"},
+        {"1x", D, 4, "0XXXX"},   {"-", D, 0, "0X"},            {"", D, 2, "0XX"},
+        {"5-", D, 0, "0X"},      {"12", D, 2, "000"},          {"101", B, 5, "000101"},
+        {"x01", B, 5, "0XXX01"}, {"011", B, 5, "000011"},      {"z", H, 6, "0ZZZZZZ"},
+        {"F0", H, 6, "0110000"}, {"", B, 3, "0000"},           {"", O, 0, "<null>"},
+        {"__", D, 0, "<null>"},  {"1", RadixNone, 0, "<null>"}, {"1", Radix(7), 0, "<null>"},
+        {nullptr, B, 4, "<null>"}};
     // clang-format on
     for (const auto& [text, radix, width, representation] : cases) {
         const BigInt value(text, radix, width);

@@ -1,5 +1,4 @@
 #include "hdl/HDLConstant.h"
-#include "hdl/BigInt.h"
 
 #include "BigIntTestSupport.h"
 
@@ -65,26 +64,6 @@ TEST(ParseHDLConstant, RejectsMalformedTextAndClearsTheOutputs) {
     for (const auto& [parser, text, summary] : cases)
         EXPECT_EQ(parsed(parser, text, HDLVHDL, 9, RadixOctal, 1, 3), summary)
             << (text ? text : "null");
-}
-
-// What the application does with a constant a user typed: parse it, then build the value
-// from the digits, the radix and the declared size.
-TEST(ParseHDLConstant, ResultsBuildTheBigIntOfTheConstant) {
-    // clang-format off
-    const std::pair<const char*, const char*> cases[] = {
-        {"8'hFF", "011111111"}, {"4'bx", "0XXXX"}, {"6'o7z", "0111ZZZ"}, {"'h1_0", "000010000"},
-        {"-3", "101"}, {"X\"1F\"", "000011111"}, {"3'd12", "0100"}, {"\"300\"", "0100101100"}};
-    // clang-format on
-    for (const auto& [text, representation] : cases) {
-        HDLanguage language = HDLNone;
-        Radix radix;
-        char upperCase;
-        unsigned size, bits = 0;
-        const std::unique_ptr<char[]> digits(
-            parseHDLConstant(text, language, radix, upperCase, size, bits));
-        ASSERT_NE(digits, nullptr) << text;
-        EXPECT_STREQ(BigInt(digits.get(), radix, size).bsl(), representation) << text;
-    }
 }
 
 // Hexadecimal digits need allowXZ for X, Z and underscores; the counts are in bits.
