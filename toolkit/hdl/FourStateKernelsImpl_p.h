@@ -176,15 +176,30 @@ inline bool isDefinite(char c) {
     return c == '0' || c == '1';
 }
 
+// Whether four vectors of characters are all '0' or '1', from the or and the and of them: no
+// character has a bit the or lacks or lacks a bit the and has, so when the or has no bit
+// outside '1' and the and every bit of '0', each character lies between the two.
+struct DefiniteBlock {
+    Bytes any{}, all = ~Bytes{};
+    void add(const Bytes& v) {
+        any |= v;
+        all &= v;
+    }
+    Bytes stray() const { return indefinite(any) | indefinite(all); }
+};
+
 // Long runs are tested four vectors at a time; the vector that ends the run is found after.
 std::size_t firstUndecidedRun(const char* a, const char* b, std::size_t n) {
     std::size_t i = 0;
     for (; i + 4 * lanes <= n; i += 4 * lanes) {
-        const Bytes any = undecided(load(a + i), load(b + i)) |
-                          undecided(load(a + i + lanes), load(b + i + lanes)) |
-                          undecided(load(a + i + 2 * lanes), load(b + i + 2 * lanes)) |
-                          undecided(load(a + i + 3 * lanes), load(b + i + 3 * lanes));
-        if (!allZero(any))
+        Bytes differ{};
+        DefiniteBlock block;
+        for (std::size_t k = i; k < i + 4 * lanes; k += lanes) {
+            const Bytes va = load(a + k);
+            differ |= va ^ load(b + k);
+            block.add(va);
+        }
+        if (!allZero(differ | block.stray()))
             break;
     }
     for (; i + lanes <= n; i += lanes)
@@ -200,10 +215,13 @@ std::size_t firstUndecidedRun(const char* a, const char* b, std::size_t n) {
 
 bool allDefiniteRun(const char* a, std::size_t n) {
     std::size_t i = 0;
-    for (; i + 4 * lanes <= n; i += 4 * lanes)
-        if (!allZero(indefinite(load(a + i)) | indefinite(load(a + i + lanes)) |
-                     indefinite(load(a + i + 2 * lanes)) | indefinite(load(a + i + 3 * lanes))))
+    for (; i + 4 * lanes <= n; i += 4 * lanes) {
+        DefiniteBlock block;
+        for (std::size_t k = i; k < i + 4 * lanes; k += lanes)
+            block.add(load(a + k));
+        if (!allZero(block.stray()))
             return false;
+    }
     for (; i + lanes <= n; i += lanes)
         if (!allZero(indefinite(load(a + i))))
             return false;
