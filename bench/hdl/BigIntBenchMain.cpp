@@ -1,6 +1,7 @@
 // The benchmark program's main: runs every benchmark with the console reporter and then
 // prints each BigInt figure beside its same-run baselines as ratios (baseline time divided by
-// BigInt's time, so above 1 means BigInt is faster).
+// BigInt's time, so above 1 means BigInt is faster). The times are CPU times: on a machine
+// shared with other work they vary far less than the wall-clock times.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
