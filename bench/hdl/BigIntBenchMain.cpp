@@ -1,6 +1,7 @@
 // The benchmark program's main: runs every benchmark with the console reporter and then
 // prints each BigInt figure beside its same-run baselines as ratios (baseline time divided by
-// BigInt's time, so above 1 means BigInt is faster).
+// BigInt's time, so above 1 means BigInt is faster). The times are CPU times: on a machine
+// shared with other work they vary far less than the wall-clock times.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -25,7 +26,7 @@ public:
             const std::string family = name.substr(0, slash);
             const std::string width = name.substr(slash + 1, end - slash - 1);
             m_times[family.substr(family.find('_') + 1) + "/" + width]
-                   [family.substr(0, family.find('_'))] = run.GetAdjustedRealTime();
+                   [family.substr(0, family.find('_'))] = run.GetAdjustedCPUTime();
         }
     }
 

@@ -28,6 +28,30 @@ void checkRepresentation(const BigInt& value) {
     check(std::strlen(value.bsl()) == value.size() + 1);
 }
 
+// The conversion steps on their own, on any text: each result covers exactly the width it
+// reports.
+void convertSteps(FuzzedDataProvider& input) {
+    std::string text = input.ConsumeRandomLengthString(maxWidth / 4);
+    (void)BigInt::removeUnderscores(text.data());
+    (void)BigInt::removeNegativeSign(text.data());
+    for (auto step : {BigInt::binToBSL, BigInt::octToBSL, BigInt::hexToBSL, BigInt::decToBSL}) {
+        unsigned width = input.ConsumeIntegralInRange<unsigned>(0, maxWidth);
+        char* bsl = step(text.c_str(), width);
+        check(std::strlen(bsl) == std::size_t(width) + 1);
+        delete[] bsl;
+    }
+    (void)BigInt::asDigit(text.empty() ? '\0' : text[0]);
+}
+
+// Operators whose operands may swap give the same string either way.
+void checkCommutes(const BigInt& a, const BigInt& b) {
+    auto same = [](const BigInt& x, const BigInt& y) {
+        return x.size() == y.size() && std::strcmp(x.bsl(), y.bsl()) == 0;
+    };
+    check(same(a + b, b + a) && same(a & b, b & a) && same(a.nor(b), b.nor(a)));
+    check(a.case_eq(b) == b.case_eq(a));
+}
+
 void convert(const BigInt& value, FuzzedDataProvider& input) {
     const unsigned width = input.ConsumeIntegralInRange<unsigned>(0, maxWidth);
     const unsigned group = input.ConsumeIntegralInRange<unsigned>(0, 9);
@@ -61,7 +85,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const int position = input.ConsumeIntegralInRange<int>(-8, static_cast<int>(maxWidth));
         const long number = input.ConsumeIntegral<long>();
         BIGINTBOOLEAN answer = BIGINT_FALSE;
-        switch (input.ConsumeIntegralInRange<int>(0, 29)) {
+        switch (input.ConsumeIntegralInRange<int>(0, 32)) {
         case 0:
             target = a & b;
             break;
@@ -136,7 +160,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             answer = a.case_eq(b);
             break;
         case 24:
-            answer = a.case_neq(b);
+            answer = a.case_neq(number);
             break;
         case 25:
             convert(a, input);
@@ -151,6 +175,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             (void)a.isZero();
             (void)a.isPositive();
             (void)a.isNegative();
+            delete[] a.asString();
+            break;
+        case 29:
+            convertSteps(input);
+            break;
+        case 30:
+            checkCommutes(a, b);
+            break;
+        case 31:
+            answer = a >= b;
             break;
         default:
             target = a.reductionNand().combine(b.reductionXor());

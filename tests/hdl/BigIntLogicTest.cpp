@@ -4,96 +4,30 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
 #include <cstring>
-#include <random>
+#include <functional>
 #include <string>
 #include <tuple>
 
 namespace {
 
-using bigint_test::bin;
-using bigint_test::bslOf;
-using bigint_test::cat;
-using bigint_test::randomBits;
-using bigint_test::val;
+using namespace bigint_test;
 
-using Operation = BigInt& (*)(const BigInt&, const BigInt&);
-
-// and, or, xor, nor, nand, each with its four-state table: rows for the left bit and columns
-// for the right, both in the order 0 1 X Z.
-const std::pair<Operation, const char*> operations[] = {
-    {[](const BigInt& a, const BigInt& b) -> BigInt& { return a & b; }, "000001XX0XXX0XXX"},
-    {[](const BigInt& a, const BigInt& b) -> BigInt& { return a | b; }, "01XX1111X1XXX1XX"},
-    {[](const BigInt& a, const BigInt& b) -> BigInt& { return a ^ b; }, "01XX10XXXXXXXXXX"},
-    {[](const BigInt& a, const BigInt& b) -> BigInt& { return a.nor(b); }, "10XX0000X0XXX0XX"},
-    {[](const BigInt& a, const BigInt& b) -> BigInt& { return a.nand(b); }, "111110XX1XXX1XXX"}};
-enum { And, Or, Xor, Nor, Nand };
-
-char tableBit(int op, char left, char right) {
-    auto decode = [](char bit) { return bit == '0' ? 0 : bit == '1' ? 1 : bit == 'Z' ? 3 : 2; };
-    return operations[op].second[decode(left) * 4 + decode(right)];
-}
-
-TEST(BigIntBitwise, EveryTableEntryIncludingLowerCaseAndOtherCharacters) {
-    for (int op = And; op <= Nand; ++op)
-        for (char left : {'0', '1', 'X', 'Z'})
-            for (char right : {'0', '1', 'X', 'Z'}) {
-                const char l[] = {left, '\0'}, r[] = {right, '\0'};
-                EXPECT_EQ(bslOf(operations[op].first(bin(l), bin(r))),
-                          (std::string{'0', tableBit(op, left, right)}))
-                    << op << " " << left << right;
-            }
-    // A reduction's lower-case "x" and its blank decode as X.
+// Every table entry and the extension of random operands are checked in BigIntFastPathTest;
+// here are the operands random ones do not give: no bits, sign characters and the characters
+// a reduction writes.
+TEST(BigIntBitwise, ExtendsTheNarrowerOperandAndReadsOtherCharactersAsX) {
+    // clang-format off
+    const std::tuple<const char*, int, const char*, const char*> cases[] = {
+        {"1010", And, "11", "00010"}, {"X1", Or, "0000", "0XXX1"}, {"1111", And, "", "00000"},
+        {"", Or, "", "0"},            {"d-1", And, "d-1", "01"},   {"d-1", Or, "d6", "0111"}};
+    // clang-format on
+    for (const auto& [left, op, right, expected] : cases)
+        EXPECT_EQ(bslOf(bitwise[op].first(val(left), val(right))), expected) << left << op << right;
     EXPECT_EQ(bslOf(bin("1").reductionAnd() & bin("1").reductionOr()), "01");
     EXPECT_EQ(bslOf(bin("1X").reductionAnd() | bin("0")), "0X");
     EXPECT_EQ(bslOf(BigInt().reductionOr() & bin("1")), "0X");
-}
-
-// A leading 1 or 0 extends as 0, X and Z fill the missing bits (Z giving X), no bits read as
-// 0, and the sign character of the result is always 0.
-TEST(BigIntBitwise, NarrowerOperandExtendsByTheFourStateRule) {
-    const std::tuple<const char*, int, const char*, const char*> cases[] = {
-        {"1010", And, "11", "00010"},
-        {"X1", Or, "0000", "0XXX1"},
-        {"0000", Or, "X1", "0XXX1"},
-        {"Z0", And, "1111", "0XXX0"},
-        {"01", Xor, "1111", "01110"},
-        {"1111", And, "", "00000"},
-        {"", Or, "", "0"},
-        {"11", Nor, "0000", "01100"},
-        {"11", Nand, "1111", "01100"},
-        {"d-1", And, "d-1", "01"},
-        {"d-1", Or, "d6", "0111"}};
-    for (const auto& [left, op, right, expected] : cases) {
-        const BigInt& result = operations[op].first(val(left), val(right));
-        EXPECT_EQ(bslOf(result), expected) << left << " op " << op << " " << right;
-        EXPECT_EQ(result.size(), std::strlen(expected) - 1);
-    }
-}
-
-// Random four-state operands at the widths around the word and vector sizes, against the
-// tables applied one character at a time.
-TEST(BigIntBitwise, WidthSweepMatchesTheTablesBitByBit) {
-    std::mt19937_64 random(7);
-    for (unsigned wa :
-         {1, 2, 3, 15, 16, 17, 31, 32, 33, 47, 63, 64, 65, 127, 128, 129, 255, 256, 257})
-        for (unsigned wb : {wa, wa / 2 + 1, wa + 17}) {
-            const std::string a = randomBits(random, wa), b = randomBits(random, wb);
-            const unsigned w = std::max(wa, wb);
-            auto at = [w](const std::string& bits, unsigned i) {
-                const unsigned missing = w - static_cast<unsigned>(bits.size());
-                return i >= missing ? bits[i - missing] : bits[0] == '1' ? '0' : bits[0];
-            };
-            for (int op = And; op <= Nand; ++op) {
-                std::string expected = "0";
-                for (unsigned i = 0; i < w; ++i)
-                    expected += tableBit(op, at(a, i), at(b, i));
-                EXPECT_EQ(bslOf(operations[op].first(bin(a.c_str()), bin(b.c_str()))), expected)
-                    << "widths " << wa << " " << wb << " op " << op;
-            }
-        }
 }
 
 TEST(BigIntBitwise, CompoundAssignmentsAndLongOperands) {
@@ -108,52 +42,31 @@ TEST(BigIntBitwise, CompoundAssignmentsAndLongOperands) {
     value |= bin("1");
     value ^= 2L;
     EXPECT_EQ(bslOf(value), "00011");
-    EXPECT_EQ(bslOf(bin("1010").nor(1L)), "00100");
-    EXPECT_EQ(bslOf(bin("1010").nand(3L)), "01101");
-    EXPECT_EQ(bslOf(bin("10") & 1L), "000");
-    EXPECT_EQ(bslOf(bin("10") | 1L), "011");
-    EXPECT_EQ(bslOf(bin("10") ^ 3L), "001");
+    // clang-format off
+    const std::pair<const BigInt*, const char*> longs[] = {
+        {&bin("1010").nor(1L), "00100"}, {&bin("1010").nand(3L), "01101"},
+        {&(bin("10") & 1L), "000"}, {&(bin("10") | 1L), "011"}, {&(bin("10") ^ 3L), "001"}};
+    // clang-format on
+    for (const auto& [result, expected] : longs)
+        EXPECT_EQ(bslOf(*result), expected);
 }
 
-TEST(BigIntBitwise, NotKeepsTheWidthAndTurnsXAndZIntoX) {
-    EXPECT_EQ(bslOf(~bin("01XZ")), "010XX");
-    EXPECT_EQ(bslOf(~BigInt(-1L)), "00");
-    EXPECT_EQ(bslOf(~BigInt()), "0");
-    std::mt19937_64 random(3);
-    const std::string wide = randomBits(random, 70, "01");
-    EXPECT_EQ(bslOf(~~bin(wide.c_str())), cat("0", wide));
-}
-
-// Right shifts are logical, left shifts fill zeros from the right; both turn Z into X.
-TEST(BigIntShift, ShiftsMoveBitsAndTurnZIntoX) {
-    const std::pair<unsigned, const char*> right[] = {
-        {0, "01X01"}, {1, "001X0"}, {3, "00001"}, {4, "00000"}, {9, "00000"}};
-    for (const auto& [count, representation] : right)
-        EXPECT_EQ(bslOf(bin("1Z01") >> count), representation) << count;
-    const std::pair<unsigned, const char*> left[] = {
-        {0, "01X0X"}, {1, "0X0X0"}, {3, "0X000"}, {4, "00000"}, {40, "00000"}};
-    for (const auto& [count, representation] : left)
-        EXPECT_EQ(bslOf(bin("1X0Z") << count), representation) << count;
-    EXPECT_EQ(bslOf(BigInt(-4L) >> 0), "0100") << "the sign character is cleared";
-    EXPECT_EQ(bslOf(BigInt(-3L) << 1), "010");
-    EXPECT_EQ(bslOf(bin("1").reductionAnd().reductionAnd() >> 0), "01");
-    EXPECT_EQ(bslOf(bin("X").reductionOr() >> 0), "0x") << "lower-case x is kept";
-    EXPECT_EQ(bslOf(BigInt() >> 3), "0");
-}
-
-TEST(BigIntShift, WideShiftsMoveEveryBit) {
-    std::mt19937_64 random(11);
-    for (unsigned width : {63u, 64u, 65u, 129u, 300u}) {
-        const std::string bits = randomBits(random, width, "01XZ");
-        std::string noZ = bits;
-        std::replace(noZ.begin(), noZ.end(), 'Z', 'X');
-        for (unsigned count : {1u, 7u, 16u, 33u, width - 1}) {
-            EXPECT_EQ(bslOf(bin(bits.c_str()) >> count),
-                      cat("0", std::string(count, '0'), noZ.substr(0, width - count)));
-            EXPECT_EQ(bslOf(bin(bits.c_str()) << count),
-                      cat("0", noZ.substr(count), std::string(count, '0')));
-        }
-    }
+// Random four-state operands go through ~, << and >> in BigIntFastPathTest; here are a
+// reduction's "x", which only >> keeps, the sign character, which all clear, and no bits.
+TEST(BigIntShift, NotAndShiftsKeepTheWidthAndClearTheSign) {
+    using Unary = BigInt& (*)(const BigInt&);
+    const Unary invert = [](const BigInt& v) -> BigInt& { return ~v; };
+    const Unary right = [](const BigInt& v) -> BigInt& { return v >> 0; };
+    const Unary left = [](const BigInt& v) -> BigInt& { return v << 0; };
+    const BigInt x = bin("X").reductionOr(); // "xx"
+    // clang-format off
+    const std::tuple<BigInt, Unary, const char*> cases[] = {
+        {x, invert, "0X"},           {x, right, "0x"},             {x, left, "0X"},
+        {BigInt(-1L), invert, "00"}, {BigInt(-4L), right, "0100"}, {BigInt(-3L), left, "001"},
+        {BigInt(), invert, "0"},     {BigInt(), right, "0"},       {BigInt(), left, "0"}};
+    // clang-format on
+    for (const auto& [value, operation, expected] : cases)
+        EXPECT_EQ(bslOf(operation(value)), expected) << bslOf(value);
 }
 
 TEST(BigIntReductions, ScanFromTheLeastSignificantBitAndWriteLowerCaseX) {
@@ -180,37 +93,42 @@ TEST(BigIntReductions, ScanFromTheLeastSignificantBitAndWriteLowerCaseX) {
     }
 }
 
-TEST(BigIntSelection, BitAndRangeCountFromTheLeastSignificantAndReadXOutside) {
+// Positions count from the least significant bit (0); those outside the value read X.
+TEST(BigIntSelection, BitsRangesClipAndCombine) {
     const BigInt value = bin("10Z1");
-    const std::pair<int, const char*> bitCases[] = {{0, "01"}, {1, "0Z"}, {2, "00"},
-                                                    {3, "01"}, {4, "0X"}, {-1, "0X"}};
-    for (const auto& [position, representation] : bitCases)
-        EXPECT_EQ(bslOf(value[position]), representation) << position;
-    EXPECT_EQ(bslOf(value.bits(2, 0)), "00Z1");
-    EXPECT_EQ(bslOf(value.bits(0, 2)), "00Z1") << "either order";
-    EXPECT_EQ(bslOf(value.bits(5, 2)), "0XX10");
-    EXPECT_EQ(bslOf(value.bits(1, -2)), "0Z1XX");
-    EXPECT_EQ(bslOf(value.bits(3, 3)), "01");
-    EXPECT_EQ(bslOf(BigInt().bits(1, 0)), "0XX");
-    EXPECT_EQ(value.bits(INT_MAX, INT_MIN).size(), 0u);
-}
-
-TEST(BigIntSelection, ClipKeepsTheLowBitsAndTheSignCharacter) {
-    BigInt value(-6L); // sign '1', bits 010
-    for (unsigned width : {2u, 0u, 5u}) {
-        value.clip(width);
-        EXPECT_EQ(bslOf(value), "110") << width;
+    const std::pair<std::function<BigInt&()>, const char*> cases[] = {
+        {[&]() -> BigInt& { return value[0]; }, "01"},
+        {[&]() -> BigInt& { return value[1]; }, "0Z"},
+        {[&]() -> BigInt& { return value[3]; }, "01"},
+        {[&]() -> BigInt& { return value[4]; }, "0X"},
+        {[&]() -> BigInt& { return value[-1]; }, "0X"},
+        {[&]() -> BigInt& { return value.bits(2, 0); }, "00Z1"},
+        {[&]() -> BigInt& { return value.bits(0, 2); }, "00Z1"},
+        {[&]() -> BigInt& { return value.bits(5, 2); }, "0XX10"},
+        {[&]() -> BigInt& { return value.bits(1, -2); }, "0Z1XX"},
+        {[&]() -> BigInt& { return value.bits(3, 3); }, "01"},
+        {[&]() -> BigInt& { return BigInt().bits(1, 0); }, "0XX"},
+        {[&]() -> BigInt& { return value.bits(INT_MAX, INT_MIN); }, "0"},
+        {[&]() -> BigInt& { return bin("10").combine(bin("0Z1")); }, "0100Z1"},
+        {[&]() -> BigInt& { return BigInt(-1L).combine(BigInt(-1L)); }, "011"},
+        {[&]() -> BigInt& { return BigInt().combine(bin("1")); }, "01"},
+        {[&]() -> BigInt& { return bin("1").combine(BigInt()); }, "01"}};
+    for (const auto& [select, expected] : cases) {
+        const BigInt& result = select();
+        EXPECT_EQ(bslOf(result), expected);
+        EXPECT_EQ(result.size(), std::strlen(expected) - 1) << expected;
     }
-    BigInt wide = bin("1X0Z1");
-    wide.clip(4);
-    EXPECT_EQ(bslOf(wide), "0X0Z1");
-}
-
-TEST(BigIntSelection, CombinePutsThisValueOnTop) {
-    EXPECT_EQ(bslOf(bin("10").combine(bin("0Z1"))), "0100Z1");
-    EXPECT_EQ(bslOf(BigInt(-1L).combine(BigInt(-1L))), "011");
-    EXPECT_EQ(bslOf(BigInt().combine(bin("1"))), "01");
-    EXPECT_EQ(bslOf(bin("1").combine(BigInt())), "01");
+    // clip keeps the low bits and the sign character, and ignores 0 and widths not below.
+    // clang-format off
+    const std::tuple<BigInt, unsigned, const char*> clips[] = {
+        {BigInt(-6L), 2, "110"}, {BigInt(-6L), 0, "1010"}, {BigInt(-6L), 3, "1010"},
+        {bin("1X0Z1"), 4, "0X0Z1"}};
+    // clang-format on
+    for (auto [clipped, width, expected] : clips) {
+        clipped.clip(width);
+        EXPECT_EQ(bslOf(clipped), expected) << width;
+        EXPECT_EQ(clipped.size(), std::strlen(expected) - 1);
+    }
 }
 
 } // namespace

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <random>
 #include <string>
 #include <unistd.h>
@@ -21,9 +22,7 @@
 
 namespace {
 
-using bigint_test::bin;
-using bigint_test::cat;
-using bigint_test::randomBits;
+using namespace bigint_test;
 
 std::string lowered(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
@@ -53,9 +52,10 @@ std::vector<std::pair<std::string, std::string>> makeCases() {
             add(cat("(", literal(a), " ", operators[op], " ", literal(b), ")"), *results[op]);
     }
     for (int i = 0; i < 600; ++i) {
-        // Mostly definite bits, so that the reductions are not all x.
-        const std::string a =
-            randomBits(random, width() % 40 + 1, i % 3 ? "0000000011111111XZ" : "01");
+        // Short runs of mostly definite bits, so that the reductions are not all x, and runs of
+        // 0 and 1 bits as wide as the other operands.
+        const std::string a = i % 3 ? randomBits(random, width() % 40 + 1, "0000000011111111XZ")
+                                    : randomBits(random, width(), "01");
         const BigInt x = bin(a.c_str());
         add(cat("(&", literal(a), ")"), x.reductionAnd());
         add(cat("(|", literal(a), ")"), x.reductionOr());
@@ -88,6 +88,8 @@ TEST(BigIntOracle, AgreesWithIcarusVerilogWhereTheSemanticsMeet) {
     const std::filesystem::path directory =
         std::filesystem::temp_directory_path() / cat("tq_bigint_oracle_", std::to_string(getpid()));
     std::filesystem::create_directories(directory);
+    const std::shared_ptr<void> removeDirectory(
+        nullptr, [&](void*) { std::filesystem::remove_all(directory); });
     const std::string source = (directory / "oracle.v").string(),
                       program = (directory / "oracle.vvp").string(),
                       output = (directory / "oracle.txt").string();
@@ -114,7 +116,6 @@ TEST(BigIntOracle, AgreesWithIcarusVerilogWhereTheSemanticsMeet) {
     }
     EXPECT_EQ(index, cases.size()) << "the simulator printed fewer results than asked";
     EXPECT_EQ(mismatches, 0u);
-    std::filesystem::remove_all(directory);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// Helpers shared by the BigInt tests: values from their bits, representation strings, heap
-// text taken into a std::string, and random four-state bit strings.
+// Helpers shared by the BigInt tests: values from their representation, heap text taken into a
+// std::string, random bit strings, and the five four-state tables.
 #pragma once
 
 #include "hdl/BigInt.h"
@@ -8,6 +8,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 
 namespace bigint_test {
 
@@ -24,6 +25,16 @@ inline BigInt val(const std::string& text) {
     const std::size_t slash = std::min(text.find('/'), text.size());
     const unsigned width = slash < text.size() ? std::stoul(text.substr(slash + 1)) : 0;
     return BigInt(text.substr(1, slash - 1).c_str(), RadixDecimal, width);
+}
+
+// The value whose representation is bsl. A sign character '1' needs 0 and 1 bits, not all 0:
+// the value is the negation of its two's complement.
+inline BigInt fromRepresentation(const std::string& bsl) {
+    if (bsl[0] != '1')
+        return bin(bsl.c_str() + 1);
+    std::string magnitude = bsl;
+    BigInt::twosComplement(magnitude.data());
+    return -bin(magnitude.c_str() + 1);
 }
 
 // The representation string, or "<null>".
@@ -52,6 +63,23 @@ std::string cat(const Parts&... parts) {
     std::string joined;
     (joined.append(parts), ...);
     return joined;
+}
+
+// and, or, xor, nor, nand, each with its four-state table: rows for the left bit and columns
+// for the right, both in the order 0 1 X Z.
+using Operation = BigInt& (*)(const BigInt&, const BigInt&);
+inline const std::pair<Operation, const char*> bitwise[] = {
+    {[](const BigInt& a, const BigInt& b) -> BigInt& { return a & b; }, "000001XX0XXX0XXX"},
+    {[](const BigInt& a, const BigInt& b) -> BigInt& { return a | b; }, "01XX1111X1XXX1XX"},
+    {[](const BigInt& a, const BigInt& b) -> BigInt& { return a ^ b; }, "01XX10XXXXXXXXXX"},
+    {[](const BigInt& a, const BigInt& b) -> BigInt& { return a.nor(b); }, "10XX0000X0XXX0XX"},
+    {[](const BigInt& a, const BigInt& b) -> BigInt& { return a.nand(b); }, "111110XX1XXX1XXX"}};
+enum { And, Or, Xor, Nor, Nand };
+
+// The table entry for two bit characters; any character but 0, 1 and Z reads as X.
+inline char tableBit(int op, char left, char right) {
+    auto row = [](char bit) { return bit == '0' ? 0 : bit == '1' ? 1 : bit == 'Z' ? 3 : 2; };
+    return bitwise[op].second[row(left) * 4 + row(right)];
 }
 
 } // namespace bigint_test

@@ -5,23 +5,21 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <climits>
 #include <random>
 #include <string>
 #include <tuple>
 
 namespace {
 
-using bigint_test::bin;
-using bigint_test::randomBits;
-using bigint_test::take;
+using namespace bigint_test;
 
 // Binary writes X and Z in the chosen case and the fill character as stored; hexadecimal and
 // octal write X unless every bit of the group is Z, and fill digits beyond the value; decimal
-// writes "#" for any unknown bit.
-TEST(BigIntText, ConvertsWithFillGroupingAndCase) {
-    // The radix as a letter, upper case for upper-case digits: b, o, h, d (decimal), p (plain
-    // decimal), - (none), 6 (not a radix).
+// writes "#" for any unknown bit, and only plain decimal shows a sign. A value without width
+// converts to null.
+TEST(BigIntText, ConvertsWithFillGroupingCaseAndSign) {
+    // The value as val() reads it; the radix as a letter, upper case for upper-case digits: b,
+    // o, h, d (decimal), p (plain decimal), - (none), 6 (not a radix).
     // clang-format off
     const std::tuple<const char*, char, unsigned, unsigned, const char*> cases[] = {
         {"10xz", 'B', 0, 0, "10XZ"},          {"10xz", 'b', 0, 0, "10xz"},
@@ -35,54 +33,29 @@ TEST(BigIntText, ConvertsWithFillGroupingAndCase) {
         {"ZZZ0", 'h', 0, 0, "x"},             {"0X10", 'H', 0, 0, "X"},
         {"1111", 'H', 12, 0, "00F"},          {"X0000", 'h', 12, 0, "Xx0"},
         {"Z0000", 'h', 8, 0, "z0"},           {"10110", 'H', 0, 0, "16"},
-        {"1111", 'H', 3, 0, "7"},             {"111000101", 'O', 0, 0, "705"},
-        {"ZZZ", 'o', 0, 0, "z"},              {"Z01", 'O', 0, 0, "X"},
-        {"11", 'O', 6, 0, "03"},              {"111111", 'O', 0, 1, "7_7"},
-        {"1010", 'D', 0, 0, "10"},            {"1010", 'D', 2, 0, "2"},
-        {"1010", 'D', 10, 3, "10"},           {"1X", 'D', 0, 0, "#"},
-        {"Z", 'P', 0, 0, "#"},                {"0", 'P', 0, 0, "0"},
-        {"1", '-', 0, 0, "<null>"},           {"1", '6', 0, 0, "<null>"}};
+        {"1111", 'H', 3, 0, "7"},             {"10010001101000101", 'H', 0, 2, "1_23_45"},
+        {"d-1/70", 'h', 0, 4, "3f_ffff_ffff_ffff_ffff"},
+        {"1001000110100010101100111100010011010", 'h', 0, 0, "123456789a"},
+        {"111000101", 'O', 0, 0, "705"},      {"ZZZ", 'o', 0, 0, "z"},
+        {"Z01", 'O', 0, 0, "X"},              {"11", 'O', 6, 0, "03"},
+        {"111111", 'O', 0, 1, "7_7"},         {"1010", 'D', 0, 0, "10"},
+        {"1010", 'D', 2, 0, "2"},             {"1010", 'D', 10, 3, "10"},
+        {"1X", 'D', 0, 0, "#"},               {"Z", 'P', 0, 0, "#"},
+        {"0", 'P', 0, 0, "0"},                {"d-5", 'D', 0, 0, "3"},
+        {"d-5", 'P', 0, 0, "-5"},             {"d-5", 'P', 2, 0, "-1"},
+        {"d-9223372036854775808", 'P', 0, 0, "-9223372036854775808"},
+        {"d18446744073709551615", 'D', 0, 0, "18446744073709551615"},
+        {"1", '-', 0, 0, "<null>"},           {"1", '6', 0, 0, "<null>"},
+        {"", 'B', 4, 0, "<null>"},            {"", 'O', 4, 0, "<null>"},
+        {"", 'H', 4, 0, "<null>"},            {"", 'P', 4, 0, "<null>"}};
     // clang-format on
     const std::string letters = "-bdhop6"; // in the order of the enumeration
-    for (const auto& [bits, letter, width, group, text] : cases) {
+    for (const auto& [value, letter, width, group, text] : cases) {
         const auto radix = static_cast<Radix>(letters.find(std::tolower(letter)));
         const bool upper = std::isupper(letter) || letter == '-' || letter == '6';
-        EXPECT_EQ(take(bin(bits).asNumericString(radix, width, group, upper)), text)
-            << bits << " " << letter << " width " << width << " group " << group;
+        EXPECT_EQ(take(val(value).asNumericString(radix, width, group, upper)), text)
+            << value << " " << letter << " width " << width << " group " << group;
     }
-    EXPECT_EQ(take(bin("10010001101000101").asNumericString(RadixHexadecimal, 0, 2, true)),
-              "1_23_45");
-    EXPECT_EQ(take(bin("1001000110100010101100111100010011010")
-                       .asNumericString(RadixHexadecimal, 0, 0, false)),
-              "123456789a");
-    EXPECT_EQ(take(bin(std::string(64, '1').c_str()).asNumericString(RadixDecimal, 0, 0, true)),
-              "18446744073709551615");
-}
-
-TEST(BigIntText, OnlyPlainDecimalShowsTheSignAndAValueWithoutWidthConvertsToNull) {
-    const BigInt minusFive(-5L); // sign '1', bits 011
-    EXPECT_EQ(take(minusFive.asNumericString(RadixDecimal, 0, 0, true)), "3");
-    EXPECT_EQ(take(minusFive.asNumericString(RadixPlainDecimal, 0, 0, true)), "-5");
-    EXPECT_EQ(take(minusFive.BSLToDecimal(2, 0, true)), "-1") << "low bits of the magnitude";
-    EXPECT_EQ(take(BigInt(LONG_MIN).asNumericString(RadixPlainDecimal, 0, 0, true)),
-              std::to_string(LONG_MIN));
-    EXPECT_EQ(take(BigInt(LONG_MAX).asNumericString(RadixPlainDecimal, 0, 0, true)),
-              std::to_string(LONG_MAX));
-    EXPECT_EQ(take(BigInt("-1", RadixDecimal, 70).BSLToHexadecimal(0, 4, false)),
-              "3f_ffff_ffff_ffff_ffff");
-    const BigInt empty;
-    for (char* text : {empty.BSLToBinary(4, 0, true), empty.BSLToOctal(4, 0, true),
-                       empty.BSLToHexadecimal(4, 0, true), empty.BSLToDecimal(4, 0, true)})
-        EXPECT_EQ(take(text), "<null>");
-}
-
-TEST(BigIntText, WideDecimalValues) {
-    EXPECT_EQ(take(bin(("1" + std::string(200, '0')).c_str()).BSLToDecimal(0, 0, false)),
-              "1606938044258990275541962092341162602522202993782792835301376");
-    EXPECT_EQ(take(BigInt("1606938044258990275541962092341162602522202993782792835301376",
-                          RadixDecimal, 0)
-                       .BSLToHexadecimal(0, 0, true)),
-              "1" + std::string(50, '0'));
 }
 
 // The conversion as one doubling step per bit over a decimal digit string: slow, but plainly

@@ -1,117 +1,69 @@
 #include "hdl/HDLConstant.h"
-#include "hdl/BigInt.h"
+
+#include "BigIntTestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
 #include <tuple>
-#include <vector>
 
 namespace {
 
+using bigint_test::cat;
 using Parser = char* (*)(const char*, HDLanguage&, Radix&, char&, unsigned&, unsigned&);
 
-// The outputs of one parser call that starts from the given values.
-struct Parsed {
-    Parsed(Parser parser, const char* text, HDLanguage l = HDLNone, Radix r = RadixNone, char u = 0,
-           unsigned s = 0, unsigned b = 0)
-        : language(l), radix(r), upperCase(u), size(s), bits(b),
-          digits(parser(text, language, radix, upperCase, size, bits)) {}
-    HDLanguage language;
-    Radix radix;
-    char upperCase;
-    unsigned size, bits;
-    std::unique_ptr<char[]> digits;
-};
-
-struct ParseCase {
-    const char* text;
-    const char* digits;
-    HDLanguage language;
-    Radix radix;
-    char upperCase;
-    unsigned size, bits;
-};
-
-void expectParsed(const Parsed& p, const ParseCase& c) {
-    ASSERT_NE(p.digits, nullptr) << c.text;
-    EXPECT_STREQ(p.digits.get(), c.digits) << c.text;
-    EXPECT_EQ(p.language, c.language) << c.text;
-    EXPECT_EQ(p.radix, c.radix) << c.text;
-    EXPECT_EQ(p.upperCase, c.upperCase) << c.text;
-    EXPECT_EQ(p.size, c.size) << c.text;
-    EXPECT_EQ(p.bits, c.bits) << c.text;
+// A parser's outputs in one line, "digits language radix upperCase size bits" ("<null>" when
+// it returns null), the outputs starting from the values given.
+std::string parsed(Parser parser, const char* text, HDLanguage language = HDLNone,
+                   unsigned bits = 0, Radix radix = RadixNone, char upperCase = 0,
+                   unsigned size = 0) {
+    const std::unique_ptr<char[]> digits(parser(text, language, radix, upperCase, size, bits));
+    std::string line = digits ? digits.get() : "<null>";
+    for (unsigned n : {unsigned(language), unsigned(radix), unsigned(upperCase), size, bits})
+        line.append(" ").append(std::to_string(n));
+    return line;
 }
 
 TEST(ParseHDLConstant, RecognisesPlainVerilogAndVHDLConstants) {
-    const ParseCase cases[] = {{"8'hFF", "FF", HDLVerilog, RadixHexadecimal, 0, 8, 8},
-                               {"'B10xz", "10xz", HDLVerilog, RadixBinary, 1, 0, 4},
-                               {"4 'b1010", "1010", HDLVerilog, RadixBinary, 0, 4, 4},
-                               {"12", "12", HDLVerilog, RadixPlainDecimal, 0, 0, 4},
-                               {"-3", "-3", HDLVerilog, RadixPlainDecimal, 0, 0, 2},
-                               {" \t0", "0", HDLVerilog, RadixPlainDecimal, 0, 0, 1},
-                               {"X\"1F\"", "1F", HDLVHDL, RadixHexadecimal, 1, 0, 8},
-                               {"b \"0101\"", "0101", HDLVHDL, RadixBinary, 0, 0, 4},
-                               {"'hx_F", "x_F", HDLVerilog, RadixHexadecimal, 0, 0, 8},
-                               {"16'D1_000", "1_000", HDLVerilog, RadixDecimal, 1, 16, 10},
-                               {"3'o17", "17", HDLVerilog, RadixOctal, 0, 3, 6},
-                               {"'O", "", HDLVerilog, RadixOctal, 1, 0, 0},
-                               {"O\"\"", "", HDLVHDL, RadixOctal, 1, 0, 0},
-                               {"o\"7z\"", "7z", HDLVHDL, RadixOctal, 0, 0, 6},
-                               {"\"255\"", "255", HDLVHDL, RadixDecimal, 1, 0, 8},
-                               {"\"0101\"", "0101", HDLVHDL, RadixDecimal, 1, 0, 7},
-                               {"8x\"ff\"", "ff", HDLVHDL, RadixHexadecimal, 0, 8, 8},
-                               {"'b1_", "1_", HDLVerilog, RadixBinary, 0, 0, 1},
-                               {"99999999999'b1", "1", HDLVerilog, RadixBinary, 0, 2147483647, 1}};
-    for (const ParseCase& c : cases)
-        expectParsed(Parsed(parseHDLConstant, c.text), c);
-    expectParsed(Parsed(parseVerilogConstant, "  2 'h1z"),
-                 {"", "1z", HDLVerilog, RadixHexadecimal, 0, 2, 8});
-    expectParsed(Parsed(parseVHDLConstant, " 4 B\t\"1_0\""),
-                 {"", "1_0", HDLVHDL, RadixBinary, 1, 4, 2});
-    // A plain decimal keeps a caller's VHDL, and its count is added to bits, not assigned.
-    expectParsed(Parsed(parseHDLConstant, "8", HDLVHDL, RadixNone, 0, 0, 5),
-                 {"", "8", HDLVHDL, RadixPlainDecimal, 0, 0, 9});
-}
-
-// A failure clears the language a caller set; parseHDLConstant clears every other output too.
-TEST(ParseHDLConstant, RejectsMalformedTextAndClearsTheOutputs) {
-    const std::pair<Parser, std::vector<const char*>> cases[] = {
-        {parseHDLConstant,
-         {"4'b 1010", "b \"0101\" ", "B\"01\"x", "'sb1", "8'", "'b", "'b_1", "'b1__0", "'d1x",
-          "\"1F\"", "X\"1F", "H\"1F\"", "", "8'q1", nullptr}},
-        {parseVerilogConstant, {"12", "X\"1F\"", "4'b102", nullptr}},
-        {parseVHDLConstant, {"8'hFF", "\"1\"\"", nullptr}}};
-    for (const auto& [parser, texts] : cases)
-        for (const char* text : texts) {
-            const Parsed p(parser, text, HDLVHDL, RadixOctal, 1, 3, 9);
-            SCOPED_TRACE(text ? text : "null");
-            EXPECT_EQ(p.digits, nullptr);
-            EXPECT_EQ(p.language, HDLNone);
-            if (parser == parseHDLConstant) {
-                EXPECT_EQ(p.radix, RadixNone);
-                EXPECT_EQ(p.upperCase, 0);
-                EXPECT_EQ(p.size, 0u);
-                EXPECT_EQ(p.bits, 0u);
-            }
-        }
-}
-
-// What the application does with a constant a user typed: parse it, then build the value
-// from the digits, the radix and the declared size.
-TEST(ParseHDLConstant, ResultsBuildTheBigIntOfTheConstant) {
+    // clang-format off
     const std::pair<const char*, const char*> cases[] = {
-        {"8'hFF", "011111111"}, {"4'bx", "0XXXX"},
-        {"6'o7z", "0111ZZZ"},   {"'h1_0", "000010000"},
-        {"-3", "101"},          {"X\"1F\"", "000011111"},
-        {"3'd12", "0100"},      {"\"300\"", "0100101100"},
-        {"5'b1", "000001"}};
-    for (const auto& [text, representation] : cases) {
-        const Parsed p(parseHDLConstant, text);
-        ASSERT_NE(p.digits, nullptr) << text;
-        EXPECT_STREQ(BigInt(p.digits.get(), p.radix, p.size).bsl(), representation) << text;
-    }
+        {"8'hFF", "FF 1 3 0 8 8"},           {"'B10xz", "10xz 1 1 1 0 4"},
+        {"4 'b1010", "1010 1 1 0 4 4"},      {"12", "12 1 5 0 0 4"},
+        {"-3", "-3 1 5 0 0 2"},              {" \t0", "0 1 5 0 0 1"},
+        {"X\"1F\"", "1F 2 3 1 0 8"},         {"b \"0101\"", "0101 2 1 0 0 4"},
+        {"'hx_F", "x_F 1 3 0 0 8"},          {"16'D1_000", "1_000 1 2 1 16 10"},
+        {"3'o17", "17 1 4 0 3 6"},           {"'O", " 1 4 1 0 0"},
+        {"O\"\"", " 2 4 1 0 0"},             {"o\"7z\"", "7z 2 4 0 0 6"},
+        {"\"255\"", "255 2 2 1 0 8"},        {"\"0101\"", "0101 2 2 1 0 7"},
+        {"8x\"ff\"", "ff 2 3 0 8 8"},        {"'b1_", "1_ 1 1 0 0 1"},
+        {"99999999999'b1", "1 1 1 0 2147483647 1"}};
+    // clang-format on
+    for (const auto& [text, summary] : cases)
+        EXPECT_EQ(parsed(parseHDLConstant, text), summary) << text;
+    EXPECT_EQ(parsed(parseVerilogConstant, "  2 'h1z"), "1z 1 3 0 2 8");
+    EXPECT_EQ(parsed(parseVHDLConstant, " 4 B\t\"1_0\""), "1_0 2 1 1 4 2");
+    // A plain decimal keeps a caller's VHDL, and its count is added to bits, not assigned.
+    EXPECT_EQ(parsed(parseHDLConstant, "8", HDLVHDL, 5), "8 2 5 0 0 9");
+}
+
+// parseHDLConstant clears all five outputs when it fails. The other two clear the language
+// and what they read before the failure; the rest stays as the caller set it.
+TEST(ParseHDLConstant, RejectsMalformedTextAndClearsTheOutputs) {
+    for (const char* text :
+         {"4'b 1010", "b \"0101\" ", "B\"01\"x", "'sb1", "8'", "'b", "'b_1", "'b1__0", "'d1x",
+          "\"1F\"", "X\"1F", "H\"1F\"", "", "8'q1", "8'hFF ", static_cast<const char*>(nullptr)})
+        EXPECT_EQ(parsed(parseHDLConstant, text, HDLVHDL, 9, RadixOctal, 1, 3), "<null> 0 0 0 0 0")
+            << (text ? text : "null");
+    const std::tuple<Parser, const char*, const char*> cases[] = {
+        {parseVerilogConstant, "12", "<null> 0 0 0 12 0"},
+        {parseVerilogConstant, "4'b102", "<null> 0 1 0 4 0"},
+        {parseVerilogConstant, nullptr, "<null> 0 0 0 0 0"},
+        {parseVHDLConstant, "8'hFF", "<null> 0 0 0 8 0"},
+        {parseVHDLConstant, "X\"1\"\"", "<null> 0 3 0 0 0"}};
+    for (const auto& [parser, text, summary] : cases)
+        EXPECT_EQ(parsed(parser, text, HDLVHDL, 9, RadixOctal, 1, 3), summary)
+            << (text ? text : "null");
 }
 
 // Hexadecimal digits need allowXZ for X, Z and underscores; the counts are in bits.
@@ -147,29 +99,24 @@ TEST(DigitPredicates, CheckDigitsUnderscoresAndCountBits) {
         }
     // The counts add to bits; null is each check's empty case.
     unsigned bits = 10;
-    EXPECT_TRUE(isBinary("11", bits));
-    EXPECT_TRUE(isOctal("7", bits));
-    EXPECT_TRUE(isDecimal("255", bits));
-    EXPECT_TRUE(isHexadecimal("A", bits, false));
+    const bool answers[] = {isBinary("11", bits),      isOctal("7", bits),
+                            isDecimal("255", bits),    isHexadecimal("A", bits, false),
+                            !isBinary(nullptr, bits),  isOctal(nullptr, bits),
+                            !isDecimal(nullptr, bits), !isHexadecimal(nullptr, bits, true)};
+    for (bool answer : answers)
+        EXPECT_TRUE(answer);
     EXPECT_EQ(bits, 10u + 2 + 3 + 8 + 4);
-    EXPECT_FALSE(isBinary(nullptr, bits));
-    EXPECT_TRUE(isOctal(nullptr, bits));
-    EXPECT_FALSE(isDecimal(nullptr, bits));
-    EXPECT_FALSE(isHexadecimal(nullptr, bits, true));
-    EXPECT_EQ(bits, 27u);
 }
 
-TEST(RadixCharacter, GivesTheLetterOfEachNotation) {
-    const std::tuple<Radix, HDLanguage, char, char> cases[] = {
-        {RadixHexadecimal, HDLVerilog, 0, 'h'}, {RadixHexadecimal, HDLVHDL, 1, 'X'},
-        {RadixBinary, HDLNone, 1, 'B'},         {RadixOctal, HDLVHDL, 0, 'o'},
-        {RadixDecimal, HDLVerilog, 1, 'D'},     {RadixPlainDecimal, HDLVerilog, 1, '\0'},
-        {RadixNone, HDLVerilog, 0, '\0'},       {static_cast<Radix>(9), HDLVerilog, 0, '\0'}};
-    for (const auto& [radix, language, upper, letter] : cases)
+TEST(FormatHDLString, WritesEachNotationWithTheLetterOfItsRadix) {
+    // The letters of every radix come back through the parser in the round trip below.
+    const std::tuple<Radix, HDLanguage, char, char> letters[] = {
+        {RadixHexadecimal, HDLVerilog, 0, 'h'},
+        {RadixHexadecimal, HDLVHDL, 1, 'X'},
+        {RadixPlainDecimal, HDLVerilog, 1, '\0'},
+        {static_cast<Radix>(9), HDLVerilog, 0, '\0'}};
+    for (const auto& [radix, language, upper, letter] : letters)
         EXPECT_EQ(radixCharacter(radix, language, upper), letter) << radix << " " << language;
-}
-
-TEST(FormatHDLString, WritesEachNotation) {
     EXPECT_STREQ(formatHDLString("FF", HDLVerilog, 'h', 8), "8'hFF");
     EXPECT_STREQ(formatHDLString("1010", HDLNone, 'b', 0), "'b1010");
     EXPECT_STREQ(formatHDLString("FF", HDLVHDL, 'X', 8), "8X\"FF\"");
@@ -198,18 +145,15 @@ TEST(FormatHDLString, RoundTripsThroughTheParserForEveryCombination) {
                     const char* text = formatHDLString(
                         digits, language, radixCharacter(radix, language, upper), size);
                     // Only a caller's language keeps a plain decimal VHDL.
-                    const Parsed p(parseHDLConstant, text, plain ? language : HDLNone);
-                    ASSERT_NE(p.digits, nullptr) << text;
-                    EXPECT_STREQ(p.digits.get(), digits);
-                    EXPECT_EQ(p.radix, radix) << text;
-                    EXPECT_EQ(p.language, language) << text;
-                    EXPECT_EQ(p.upperCase, plain                                          ? 0
-                                           : radix == RadixDecimal && language == HDLVHDL ? 1
-                                                                                          : upper)
-                        << text;
-                    if (!plain) {
-                        EXPECT_EQ(p.size, size) << text;
-                    }
+                    const std::string line =
+                        parsed(parseHDLConstant, text, plain ? language : HDLNone);
+                    const unsigned flag = plain                                          ? 0
+                                          : radix == RadixDecimal && language == HDLVHDL ? 1
+                                                                                         : upper;
+                    const std::string expected =
+                        cat(digits, " ", std::to_string(language), " ", std::to_string(radix), " ",
+                            std::to_string(flag), " ", std::to_string(plain ? 0 : size));
+                    EXPECT_EQ(line.substr(0, line.rfind(' ')), expected) << text;
                 }
 }
 

@@ -31,10 +31,6 @@ BigInt::BigInt(long value) {
     assignFromLong(value);
 }
 
-BigInt::BigInt(const char* text, Radix radix, unsigned width) {
-    buildFromText(text, radix, width);
-}
-
 BigInt::BigInt(const BigInt& other)
     : m_width(other.m_width),
       m_bsl(copyString(other.m_bsl, other.m_bsl ? std::strlen(other.m_bsl) : 0)) {}

@@ -34,15 +34,12 @@ public:
 
     // No value: width 0, no string.
     BigInt() = default;
-    // From a digit string as the HDL constant parsers return it, "_" ignored. Binary, octal
-    // and hexadecimal digits give 1, 3 and 4 bits each; an X or Z digit gives that many X or
-    // Z bits (upper case), and any other character that many X bits. Decimal and plain decimal
-    // take an optional leading "-" (the result is the two's complement of the magnitude, with
-    // sign character '1'); a decimal text with any other character gives all X bits (width
-    // bits, or 1). A width of 0 keeps the digits' own width; a larger width extends by the
-    // four-state rule (a negative decimal by its sign), a smaller one keeps the low bits; an
-    // empty digit string gives width 0 bits. Null text, an empty digit string with width 0,
-    // or a radix outside 1..5 give no value.
+    // From a digit string as the HDL constant parsers return it: "_" is removed, a decimal or
+    // plain decimal text loses a leading "-", and the digits go through binToBSL, octToBSL,
+    // hexToBSL or decToBSL with width (0 keeps the digits' own width). A negative number is
+    // then the two's complement of its magnitude, with sign character '1' ("-5" is 1011);
+    // a decimal text that is not a number stays all X with sign '0'. Null text, a width of 0
+    // with a text that is empty once "_" is removed, or a radix outside 1..5 give no value.
     BigInt(const char* text, Radix radix, unsigned width);
     // The bit length of value (at least 1), sign character '0'. A negative value is the two's
     // complement of its magnitude's form (-5 is sign '1' and bits 011); LONG_MIN works.
@@ -198,8 +195,10 @@ public:
     // and Z only Z. Never unknown. With a width-0 operand the strings are compared literally
     // (false if either is null).
     BIGINTBOOLEAN case_eq(const BigInt& other) const;
+    BIGINTBOOLEAN case_eq(long other) const;
     // The negation of case_eq.
     BIGINTBOOLEAN case_neq(const BigInt& other) const;
+    BIGINTBOOLEAN case_neq(long other) const;
 
     // --- Bit selection and assembly ---------------------------------------------------------
 
@@ -218,6 +217,28 @@ public:
 
     // --- Conversion steps and intermediate slots --------------------------------------------
 
+    // Heap: the representation (sign character '0', then the bits) of binary, octal or
+    // hexadecimal digits without underscores, 1, 3 or 4 bits a digit, for the caller to free
+    // with delete[]. An X or Z digit gives that many X or Z bits, any other character that is
+    // not a digit of the radix that many X bits. width is the number of bits wanted (0: the
+    // digits' own) and returns the width built: more bits extend by the four-state rule (a
+    // leading 1 as 0, a leading 0, X or Z as itself), fewer keep the low bits.
+    static char* binToBSL(const char* digits, unsigned& width);
+    static char* octToBSL(const char* digits, unsigned& width);
+    static char* hexToBSL(const char* digits, unsigned& width);
+    // Heap: the representation of unsigned decimal digits ("_" skipped, no sign) as a
+    // binary number of width bits (0: its bit length, at least 1), zero-extended or cut to the
+    // low bits; width returns the width built. Empty text or a character other than 0-9 gives
+    // all X bits (width bits, or 1).
+    static char* decToBSL(const char* digits, unsigned& width);
+    // In place: removes every "_" from text and returns it; null gives null.
+    static char* removeUnderscores(char* text);
+    // In place: removes a leading "-" from text; true if there was one (false for null).
+    static bool removeNegativeSign(char* text);
+    // The value of a digit character: 0-9 for '0'-'9', 10-15 for 'a'-'f' and 'A'-'F'; -1 for
+    // any other character.
+    static int asDigit(char c);
+
     // In place: two's complement of a whole string, sign character included: 0 and 1 swap, Z
     // becomes X and z becomes x, then 1 is added from the end, stopping at the first
     // character that is not '1'. Null is ignored.
@@ -232,7 +253,12 @@ public:
 private:
     BigInt(unsigned width, char* bsl) : m_width(width), m_bsl(bsl) {}
     void assignFromLong(long value);
-    void buildFromText(const char* text, Radix radix, unsigned width);
+    // In place: the two's complement of the whole string, or all X bits with sign character
+    // '0' when a bit is neither 0 nor 1.
+    void negate();
+    // Heap: the representation of digits at bitsPerDigit (1, 3 or 4) bits each, fitted to
+    // width as binToBSL says.
+    static char* digitsToBSL(const char* digits, unsigned bitsPerDigit, unsigned& width);
     // Heap: a string for width bits with the sign character and the terminator in place.
     static char* newBSL(unsigned width, char sign);
     // Puts a finished string into the next slot. Results are built before the slot is taken,

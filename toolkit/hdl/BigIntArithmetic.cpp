@@ -5,84 +5,68 @@
 #include "hdl/FourStateKernels_p.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
-#include <memory>
+#include <utility>
 
 namespace {
 
-// Word storage for the adder: on the stack up to 2048 bits, else on the heap; not cleared.
-class WordBuffer {
-public:
-    explicit WordBuffer(std::size_t count)
-        : m_heap(count > inlineWords ? new std::uint64_t[count] : nullptr),
-          m_words(m_heap ? m_heap.get() : m_inline) {}
-    std::uint64_t* data() { return m_words; }
-
-private:
-    static constexpr std::size_t inlineWords = 32;
-    std::uint64_t m_inline[inlineWords];
-    std::unique_ptr<std::uint64_t[]> m_heap;
-    std::uint64_t* m_words;
-};
-
-// Packs a value's bits into count words, extended above its width with its sign bit.
-// False if a bit is neither 0 nor 1.
-bool packExtended(const char* bits, std::size_t width, unsigned sign, std::uint64_t* words,
-                  std::size_t count) {
-    const std::size_t own = (width + 63) / 64;
-    if (!FourStateKernels::get().packBits(bits, width, words))
-        return false;
-    const std::uint64_t fill = sign ? ~std::uint64_t(0) : 0;
-    if (sign && width % 64 != 0)
-        words[own - 1] |= fill << (width % 64);
-    for (std::size_t i = own; i < count; ++i)
-        words[i] = fill;
-    return true;
+// Whether the sum of two non-negative values carries out of their top bit, which widens it:
+// the first position from the top where the two bits agree decides (two 1s carry out whatever
+// comes from below, two 0s absorb it). narrow is 0 over the extended positions. The first
+// 64 positions are looked at; past a run that long the answer is a guess that the caller
+// checks.
+bool carriesOut(const char* wide, const char* narrow, std::size_t extended, std::size_t width) {
+    const std::size_t bound = std::min<std::size_t>(width, 64);
+    for (std::size_t i = 0; i < bound; ++i) {
+        const char left = wide[i], right = i < extended ? '0' : narrow[i - extended];
+        if (left == right)
+            return left == '1';
+    }
+    return false;
 }
 
 } // namespace
 
 BigInt& BigInt::operator+(const BigInt& other) const {
-    const unsigned width = std::max(m_width, other.m_width);
-    const unsigned leftSign = signCharacter() == '1';
-    const unsigned rightSign = other.signCharacter() == '1';
+    // Addition commutes, so the narrower operand can go second, extended with its sign.
+    const BigInt& wide = m_width >= other.m_width ? *this : other;
+    const BigInt& narrow = &wide == this ? other : *this;
+    const unsigned width = wide.m_width;
+    const std::size_t extended = width - narrow.m_width;
+    const unsigned wideSign = wide.signCharacter() == '1';
+    const unsigned narrowSign = narrow.signCharacter() == '1';
 
-    // Positions 0 .. width - 1 are the bits, width the sign and width + 1 its copy, from which
-    // the carry out of the sign position follows.
-    const std::size_t count = (std::size_t(width) + 2 + 63) / 64;
-    WordBuffer left(count), right(count);
-    if (!packExtended(bitChars(), m_width, leftSign, left.data(), count) ||
-        !packExtended(other.bitChars(), other.m_width, rightSign, right.data(), count)) {
-        char* out = newBSL(width, '0');
+    // The sum is written where it ends up, one place further on when the result widens. Two
+    // negative operands always widen and mixed signs never do; for two non-negative ones a
+    // wrong guess moves the bits afterwards, into the spare character allocated for it.
+    bool guess = wideSign && narrowSign;
+    if (!wideSign && !narrowSign)
+        guess = carriesOut(wide.bitChars(), narrow.bitChars(), extended, width);
+    char* out = newBSL(width + 1, '0');
+    char* bits = out + 1 + guess;
+    const FourStateKernels& kernels = FourStateKernels::get();
+    unsigned carry = 0;
+    if (!kernels.addRuns(wide.bitChars() + extended, narrow.bitChars(), bits + extended,
+                         narrow.m_width, carry) ||
+        !kernels.addFill(wide.bitChars(), narrowSign ? '1' : '0', bits, extended, carry)) {
         std::memset(out + 1, 'X', width);
+        out[width + 1] = '\0';
         return intermediate(width, out);
     }
-    std::uint64_t* sum = left.data();
-    std::uint64_t carry = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::uint64_t a = sum[i], b = right.data()[i];
-        std::uint64_t s = a + b;
-        const std::uint64_t overflow = s < a;
-        s += carry;
-        carry = overflow | (s < carry);
-        sum[i] = s;
-    }
-    auto bitAt = [sum](std::size_t position) {
-        return static_cast<unsigned>((sum[position / 64] >> (position % 64)) & 1);
-    };
-    const unsigned sign = bitAt(width);
-    const unsigned carryOut = bitAt(std::size_t(width) + 1) ^ leftSign ^ rightSign;
-    const bool widens = (sign && !leftSign && !rightSign) || (carryOut && leftSign && rightSign);
+    // The sign position adds the two sign characters and the carry out of the top bit.
+    const unsigned total = wideSign + narrowSign + carry;
+    const unsigned sign = total & 1, carryOut = total >> 1;
+    const bool widens = (sign && !wideSign && !narrowSign) || (carryOut && wideSign && narrowSign);
+    if (widens != guess)
+        std::memmove(out + 1 + widens, bits, width);
     if (!widens) {
-        char* out = newBSL(width, static_cast<char>('0' + sign));
-        FourStateKernels::get().unpackBits(sum, width, out + 1);
+        out[0] = static_cast<char>('0' + sign);
+        out[width + 1] = '\0';
         return intermediate(width, out);
     }
-    // The whole string moves one place on; the computed sign becomes the top bit.
-    char* out = newBSL(width + 1, static_cast<char>('0' + carryOut));
+    // The whole string moved one place on: the final carry is the new sign character.
+    out[0] = static_cast<char>('0' + carryOut);
     out[1] = static_cast<char>('0' + sign);
-    FourStateKernels::get().unpackBits(sum, width, out + 2);
     return intermediate(width + 1, out);
 }
 
@@ -90,24 +74,38 @@ BigInt& BigInt::operator+(long other) const {
     return *this + BigInt(other);
 }
 
-BigInt& BigInt::operator-() const {
-    char* out = newBSL(m_width, '0');
+void BigInt::negate() {
+    if (m_bsl == nullptr)
+        return;
     if (hasNonNumericBit()) {
-        std::memset(out + 1, 'X', m_width);
+        m_bsl[0] = '0';
+        std::memset(m_bsl + 1, 'X', m_width);
     } else {
-        out[0] = signCharacter();
-        std::memcpy(out + 1, bitChars(), m_width);
-        twosComplement(out);
+        twosComplement(m_bsl);
     }
-    return intermediate(m_width, out);
 }
 
+BigInt& BigInt::operator-() const {
+    // A value without a string still gives one, as every operator's result has.
+    char* copy = newBSL(m_width, signCharacter());
+    std::memcpy(copy + 1, bitChars(), m_width);
+    BigInt negated(m_width, copy);
+    negated.negate();
+    return intermediate(std::exchange(negated.m_width, 0), std::exchange(negated.m_bsl, nullptr));
+}
+
+// The negated operand is a local copy, not an intermediate slot: taking a slot here could
+// free this value's string when this value is the slot taken next.
 BigInt& BigInt::operator-(const BigInt& other) const {
-    return *this + -other;
+    BigInt negated(other);
+    negated.negate();
+    return *this + negated;
 }
 
 BigInt& BigInt::operator-(long other) const {
-    return *this + -BigInt(other);
+    BigInt negated(other);
+    negated.negate();
+    return *this + negated;
 }
 
 BigInt& BigInt::operator+=(const BigInt& other) {

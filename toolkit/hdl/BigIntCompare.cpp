@@ -26,13 +26,18 @@ std::size_t firstMismatch(const char* a, char fill, std::size_t n) {
 }
 
 // The index of the first of n positions where a and b do not hold the same 0 or 1, or n.
-// A short run is scanned here; a longer one is worth the vector kernel's call.
+// A short run is scanned here a word at a time, the last word overlapping the one before; a
+// longer one is worth the vector kernel's call.
 std::size_t firstUndecidedRun(const char* a, const char* b, std::size_t n) {
-    if (n >= 32)
+    if (n > 64)
         return FourStateKernels::get().firstUndecided(a, b, n);
     std::size_t i = 0;
-    while (i + 8 <= n && bitchars::sameBinary8(a + i, b + i))
-        i += 8;
+    if (n >= 8) {
+        while (i + 8 <= n && bitchars::sameBinary8(a + i, b + i))
+            i += 8;
+        if (i + 8 > n && bitchars::sameBinary8(a + n - 8, b + n - 8))
+            return n;
+    }
     while (i < n && a[i] == b[i] && isDefinite(a[i]))
         ++i;
     return i;
@@ -99,11 +104,17 @@ BIGINTBOOLEAN BigInt::operator==(const BigInt& other) const {
     if (oppositeSigns(m_bsl[0], other.m_bsl[0]))
         return BIGINT_FALSE;
     char leftBit, rightBit;
-    if (firstUndecided(*this, other, leftBit, rightBit) < 0)
+    if (m_width == other.m_width) {
+        // Nothing to extend: the common case goes straight to the scan.
+        const std::size_t at = firstUndecidedRun(m_bsl + 1, other.m_bsl + 1, m_width);
+        if (at == m_width)
+            return BIGINT_TRUE;
+        leftBit = m_bsl[1 + at];
+        rightBit = other.m_bsl[1 + at];
+    } else if (firstUndecided(*this, other, leftBit, rightBit) < 0) {
         return BIGINT_TRUE;
-    if (!isDefinite(leftBit) || !isDefinite(rightBit))
-        return BIGINT_UNKNOWN;
-    return BIGINT_FALSE;
+    }
+    return isDefinite(leftBit) && isDefinite(rightBit) ? BIGINT_FALSE : BIGINT_UNKNOWN;
 }
 
 BIGINTBOOLEAN BigInt::operator>(const BigInt& other) const {
@@ -145,14 +156,20 @@ BIGINTBOOLEAN BigInt::case_eq(const BigInt& other) const {
     for (std::size_t i = 0; i < extended; ++i)
         if (bits[i] != '0')
             return BIGINT_FALSE;
-    return std::memcmp(bits + extended, narrow.bitChars(), narrow.m_width) == 0 ? BIGINT_TRUE
-                                                                                : BIGINT_FALSE;
+    return bitchars::sameChars(bits + extended, narrow.bitChars(), narrow.m_width) ? BIGINT_TRUE
+                                                                                   : BIGINT_FALSE;
 }
 
 BIGINTBOOLEAN BigInt::case_neq(const BigInt& other) const {
     return negation(case_eq(other));
 }
 
+BIGINTBOOLEAN BigInt::case_eq(long other) const {
+    return case_eq(BigInt(other));
+}
+BIGINTBOOLEAN BigInt::case_neq(long other) const {
+    return case_neq(BigInt(other));
+}
 BIGINTBOOLEAN BigInt::operator==(long other) const {
     return *this == BigInt(other);
 }

@@ -7,8 +7,10 @@
 #include "hdl/BinaryMagnitude_p.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 
 namespace {
@@ -17,67 +19,20 @@ bool isDefinite(char bit) {
     return bit == '0' || bit == '1';
 }
 
-// The bits of one binary, octal or hexadecimal digit, or null for a character that is not
-// one; X and Z digits give X and Z bits.
+// The bits of one binary, octal or hexadecimal digit, the most significant first: X and Z
+// digits give X and Z bits, and so does any character that is not a digit of the radix.
 const char* digitBits(char digit, unsigned bitsPerDigit) {
-    static const char* const binary[] = {"0", "1"};
-    static const char* const octal[] = {"000", "001", "010", "011", "100", "101", "110", "111"};
     static const char* const hexadecimal[] = {"0000", "0001", "0010", "0011", "0100", "0101",
                                               "0110", "0111", "1000", "1001", "1010", "1011",
                                               "1100", "1101", "1110", "1111"};
-    static const char* const unknown[] = {"X", "XXX", "XXXX"};
-    static const char* const highZ[] = {"Z", "ZZZ", "ZZZZ"};
-    const int kind = bitsPerDigit == 1 ? 0 : bitsPerDigit == 3 ? 1 : 2;
-    if (digit == 'X' || digit == 'x')
-        return unknown[kind];
-    if (digit == 'Z' || digit == 'z')
-        return highZ[kind];
-    int value = -1;
-    if (digit >= '0' && digit <= '9')
-        value = digit - '0';
-    else if (digit >= 'a' && digit <= 'f')
-        value = digit - 'a' + 10;
-    else if (digit >= 'A' && digit <= 'F')
-        value = digit - 'A' + 10;
-    if (value < 0 || value >= (1 << bitsPerDigit))
-        return nullptr;
-    return bitsPerDigit == 1   ? binary[value]
-           : bitsPerDigit == 3 ? octal[value]
-                               : hexadecimal[value];
-}
-
-// The bits of a binary, octal or hexadecimal digit string, "_" skipped; a character that is
-// not a digit gives X bits.
-std::string expandDigits(const char* text, unsigned bitsPerDigit) {
-    std::string bits;
-    bits.reserve(std::strlen(text) * bitsPerDigit);
-    for (const char* c = text; *c != '\0'; ++c) {
-        if (*c == '_')
-            continue;
-        const char* digit = digitBits(*c, bitsPerDigit);
-        bits.append(digit != nullptr ? digit : digitBits('X', bitsPerDigit), bitsPerDigit);
-    }
-    return bits;
-}
-
-unsigned bitsPerDigitOf(Radix radix) {
-    switch (radix) {
-    case RadixBinary:
-        return 1;
-    case RadixOctal:
-        return 3;
-    case RadixHexadecimal:
-        return 4;
-    default:
-        return 0;
-    }
-}
-
-bool hasDigit(const char* text) {
-    for (; *text != '\0'; ++text)
-        if (*text != '_')
-            return true;
-    return false;
+    // A digit's bits are the low bitsPerDigit characters of its four.
+    const char* const unknown = "XXXX";
+    const char* const highZ = "ZZZZ";
+    const int value = BigInt::asDigit(digit);
+    const char* bits = digit == 'Z' || digit == 'z'                ? highZ
+                       : value >= 0 && value < (1 << bitsPerDigit) ? hexadecimal[value]
+                                                                   : unknown;
+    return bits + (4 - bitsPerDigit);
 }
 
 // Inserts "_" after every group characters counted from the right, in place; text has room
@@ -106,50 +61,112 @@ std::size_t withSeparators(std::size_t length, unsigned group) {
 
 // --- Construction from text -----------------------------------------------------------------
 
-void BigInt::buildFromText(const char* text, Radix radix, unsigned width) {
-    const bool decimal = radix == RadixDecimal || radix == RadixPlainDecimal;
-    const unsigned bitsPerDigit = bitsPerDigitOf(radix);
-    if (text == nullptr || (!decimal && bitsPerDigit == 0))
+BigInt::BigInt(const char* text, Radix radix, unsigned width) {
+    if (text == nullptr || radix < RadixBinary || radix > RadixPlainDecimal)
         return;
-    if (!hasDigit(text) && width == 0)
+    const std::size_t length = std::strlen(text);
+    const std::unique_ptr<char[]> digits(new char[length + 1]);
+    std::memcpy(digits.get(), text, length + 1);
+    removeUnderscores(digits.get());
+    if (digits[0] == '\0' && width == 0)
         return;
-
-    // No digits but a width gives that many 0 bits.
-    std::string bits;
     bool negative = false;
-    if (decimal && hasDigit(text)) {
-        negative = *text == '-';
-        const char* digits = negative ? text + 1 : text;
-        BinaryMagnitude magnitude;
-        if (!hasDigit(digits) || !magnitude.readDecimal(digits, std::strlen(digits))) {
-            // Not a number: every bit unknown.
-            const unsigned unknownWidth = std::max(width, 1U);
-            m_bsl = newBSL(unknownWidth, '0');
-            std::memset(m_bsl + 1, 'X', unknownWidth);
-            m_width = unknownWidth;
-            return;
-        }
-        bits.assign(std::max<std::size_t>(magnitude.bitLength(), 1), '0');
-        magnitude.writeBits(bits.data(), bits.size());
-    } else if (!decimal) {
-        bits = expandDigits(text, bitsPerDigit);
+    switch (radix) {
+    case RadixBinary:
+        m_bsl = binToBSL(digits.get(), width);
+        break;
+    case RadixOctal:
+        m_bsl = octToBSL(digits.get(), width);
+        break;
+    case RadixHexadecimal:
+        m_bsl = hexToBSL(digits.get(), width);
+        break;
+    default:
+        negative = removeNegativeSign(digits.get());
+        m_bsl = decToBSL(digits.get(), width);
+        break;
     }
-
-    const std::size_t own = bits.size();
-    m_width = width != 0 ? width : static_cast<unsigned>(own);
-    m_bsl = newBSL(m_width, '0');
-    if (m_width <= own) {
-        std::memcpy(m_bsl + 1, bits.data() + (own - m_width), m_width);
-    } else {
-        // A negative number extends its magnitude with 0 before the complement, which makes
-        // the extension a sign extension.
-        const char msb = own != 0 ? bits[0] : '0';
-        const char fill = negative || msb == '1' ? '0' : msb;
-        std::memset(m_bsl + 1, fill, m_width - own);
-        std::memcpy(m_bsl + 1 + (m_width - own), bits.data(), own);
-    }
-    if (negative)
+    m_width = width;
+    // The magnitude was zero-extended to the width, so the complement extends it by its sign.
+    if (negative && !hasNonNumericBit())
         twosComplement(m_bsl);
+}
+
+char* BigInt::binToBSL(const char* digits, unsigned& width) {
+    return digitsToBSL(digits, 1, width);
+}
+
+char* BigInt::octToBSL(const char* digits, unsigned& width) {
+    return digitsToBSL(digits, 3, width);
+}
+
+char* BigInt::hexToBSL(const char* digits, unsigned& width) {
+    return digitsToBSL(digits, 4, width);
+}
+
+char* BigInt::digitsToBSL(const char* digits, unsigned bitsPerDigit, unsigned& width) {
+    const std::size_t count = std::strlen(digits);
+    if (width == 0)
+        width = static_cast<unsigned>(std::min<std::size_t>(count * bitsPerDigit, UINT_MAX));
+    char* bsl = newBSL(width, '0');
+    // From the least significant digit up, as far as the width reaches.
+    char* out = bsl + 1 + width;
+    std::size_t written = 0;
+    for (std::size_t d = count; d-- > 0 && written < width;) {
+        const char* bits = digitBits(digits[d], bitsPerDigit);
+        for (unsigned k = bitsPerDigit; k-- > 0 && written < width; ++written)
+            *--out = bits[k];
+    }
+    if (written < width) {
+        // Every digit went in; the last bit written is the digits' most significant one.
+        const char msb = written != 0 ? *out : '0';
+        std::memset(bsl + 1, msb == '1' ? '0' : msb, width - written);
+    }
+    return bsl;
+}
+
+char* BigInt::decToBSL(const char* digits, unsigned& width) {
+    BinaryMagnitude magnitude;
+    const std::size_t length = std::strlen(digits);
+    if (length == 0 || !magnitude.readDecimal(digits, length)) {
+        width = std::max(width, 1U);
+        char* bsl = newBSL(width, '0');
+        std::memset(bsl + 1, 'X', width);
+        return bsl;
+    }
+    if (width == 0)
+        width = static_cast<unsigned>(std::max<std::size_t>(magnitude.bitLength(), 1));
+    char* bsl = newBSL(width, '0');
+    magnitude.writeBits(bsl + 1, width);
+    return bsl;
+}
+
+char* BigInt::removeUnderscores(char* text) {
+    if (text == nullptr)
+        return nullptr;
+    char* to = text;
+    for (const char* from = text; *from != '\0'; ++from)
+        if (*from != '_')
+            *to++ = *from;
+    *to = '\0';
+    return text;
+}
+
+bool BigInt::removeNegativeSign(char* text) {
+    if (text == nullptr || text[0] != '-')
+        return false;
+    std::memmove(text, text + 1, std::strlen(text));
+    return true;
+}
+
+int BigInt::asDigit(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
 }
 
 // --- Text -----------------------------------------------------------------------------------

@@ -50,4 +50,28 @@ inline bool sameBinary8(const char* a, const char* b) {
     return wa == wb && (wa & 0xFEFEFEFEFEFEFEFEULL) == 0x3030303030303030ULL;
 }
 
+// True if the n characters at a are those at b. A short run is compared here in overlapping
+// words, cheaper than the call to memcmp that a long one is worth.
+inline bool sameChars(const char* a, const char* b, std::size_t n) {
+    auto same = [a, b](std::size_t at, auto word) {
+        decltype(word) wa, wb;
+        std::memcpy(&wa, a + at, sizeof wa);
+        std::memcpy(&wb, b + at, sizeof wb);
+        return wa == wb;
+    };
+    if (n > 64)
+        return std::memcmp(a, b, n) == 0;
+    if (n >= 8) {
+        for (std::size_t i = 0; i + 8 < n; i += 8)
+            if (!same(i, std::uint64_t{}))
+                return false;
+        return same(n - 8, std::uint64_t{});
+    }
+    if (n >= 4)
+        return same(0, std::uint32_t{}) && same(n - 4, std::uint32_t{});
+    if (n >= 2)
+        return same(0, std::uint16_t{}) && same(n - 2, std::uint16_t{});
+    return n == 0 || *a == *b;
+}
+
 } // namespace bitchars

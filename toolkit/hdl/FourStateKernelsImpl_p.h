@@ -8,6 +8,7 @@
 #include "hdl/BitChars_p.h"
 #include "hdl/FourStateKernels_p.h"
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #if defined(__AVX2__) || defined(__SSE2__)
@@ -29,22 +30,26 @@ inline void store(char* p, Bytes v) {
     std::memcpy(p, &v, lanes);
 }
 
-// True if every byte of the mask is set.
-inline bool allSet(const Bytes& mask) {
+// True if no bit of v is set.
+inline bool allZero(const Bytes& v) {
 #if defined(__AVX2__)
-    return _mm256_movemask_epi8(reinterpret_cast<__m256i>(mask)) == -1;
-#elif defined(__SSE2__)
-    __m128i halves[2];
-    std::memcpy(halves, &mask, lanes);
-    return (_mm_movemask_epi8(halves[0]) & _mm_movemask_epi8(halves[1])) == 0xFFFF;
+    const __m256i x = reinterpret_cast<__m256i>(v);
+    return _mm256_testz_si256(x, x);
 #else
     std::uint64_t words[lanes / 8];
-    std::memcpy(words, &mask, lanes);
-    std::uint64_t all = ~std::uint64_t(0);
-    for (std::uint64_t word : words)
-        all &= word;
-    return all == ~std::uint64_t(0);
+    std::memcpy(words, &v, lanes);
+    return (words[0] | words[1] | words[2] | words[3]) == 0;
 #endif
+}
+
+// Not zero in the bytes that hold neither '0' nor '1'.
+inline Bytes indefinite(const Bytes& v) {
+    return (v & ~1) ^ '0';
+}
+
+// Not zero in the bytes where a does not hold the same '0' or '1' as b.
+inline Bytes undecided(const Bytes& a, const Bytes& b) {
+    return (a ^ b) | indefinite(a);
 }
 
 // '0' where r0, '1' where r1 (the two are disjoint), else 'X'.
@@ -171,13 +176,35 @@ inline bool isDefinite(char c) {
     return c == '0' || c == '1';
 }
 
+// Whether four vectors of characters are all '0' or '1', from the or and the and of them: no
+// character has a bit the or lacks or lacks a bit the and has, so when the or has no bit
+// outside '1' and the and every bit of '0', each character lies between the two.
+struct DefiniteBlock {
+    Bytes any{}, all = ~Bytes{};
+    void add(const Bytes& v) {
+        any |= v;
+        all &= v;
+    }
+    Bytes stray() const { return indefinite(any) | indefinite(all); }
+};
+
+// Long runs are tested four vectors at a time; the vector that ends the run is found after.
 std::size_t firstUndecidedRun(const char* a, const char* b, std::size_t n) {
     std::size_t i = 0;
-    for (; i + lanes <= n; i += lanes) {
-        const Bytes va = load(a + i), vb = load(b + i);
-        if (!allSet(Bytes(va == vb) & Bytes((va & ~1) == '0')))
+    for (; i + 4 * lanes <= n; i += 4 * lanes) {
+        Bytes differ{};
+        DefiniteBlock block;
+        for (std::size_t k = i; k < i + 4 * lanes; k += lanes) {
+            const Bytes va = load(a + k);
+            differ |= va ^ load(b + k);
+            block.add(va);
+        }
+        if (!allZero(differ | block.stray()))
             break;
     }
+    for (; i + lanes <= n; i += lanes)
+        if (!allZero(undecided(load(a + i), load(b + i))))
+            break;
     while (i + 8 <= n && bitchars::sameBinary8(a + i, b + i))
         i += 8;
     for (; i < n; ++i)
@@ -188,8 +215,15 @@ std::size_t firstUndecidedRun(const char* a, const char* b, std::size_t n) {
 
 bool allDefiniteRun(const char* a, std::size_t n) {
     std::size_t i = 0;
+    for (; i + 4 * lanes <= n; i += 4 * lanes) {
+        DefiniteBlock block;
+        for (std::size_t k = i; k < i + 4 * lanes; k += lanes)
+            block.add(load(a + k));
+        if (!allZero(block.stray()))
+            return false;
+    }
     for (; i + lanes <= n; i += lanes)
-        if (!allSet(Bytes((load(a + i) & ~1) == '0')))
+        if (!allZero(indefinite(load(a + i))))
             return false;
     for (; i + 8 <= n; i += 8)
         if (!bitchars::allBinary8(a + i))
@@ -200,14 +234,15 @@ bool allDefiniteRun(const char* a, std::size_t n) {
     return true;
 }
 
-// Packing gathers whether every character was '0' or '1' as it goes and looks once at the end.
+// Packing gathers whether every character was '0' or '1' as it goes and looks once at the end:
+// with AVX2 as the bits other than the lowest that any character differs from '0' in.
 #if defined(__AVX2__)
 using DefiniteSoFar = __m256i;
 inline DefiniteSoFar allDefiniteSoFar() {
-    return _mm256_set1_epi8(-1);
+    return _mm256_setzero_si256();
 }
 inline bool wereAllDefinite(const DefiniteSoFar& soFar) {
-    return _mm256_movemask_epi8(soFar) == -1;
+    return _mm256_testz_si256(soFar, _mm256_set1_epi8(static_cast<char>(0xFE)));
 }
 #else
 using DefiniteSoFar = bool;
@@ -222,15 +257,14 @@ inline bool wereAllDefinite(const DefiniteSoFar& soFar) {
 // 32 bit characters ending at end (the last the least significant) as a 32-bit number.
 inline std::uint32_t pack32(const char* end, DefiniteSoFar& definite) {
 #if defined(__AVX2__)
+    // Reversing the bytes within each 16-byte lane and then swapping the two 16-bit halves of
+    // the mask costs one shuffle less than reversing the whole vector.
     const __m256i reverse = _mm256_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0,
                                              15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
-    __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(end - 32));
-    v = _mm256_shuffle_epi8(v, reverse);
-    v = _mm256_permute2x128_si256(v, v, 1);
-    const __m256i zeroOrOne = _mm256_and_si256(v, _mm256_set1_epi8(~1));
-    definite = _mm256_and_si256(definite, _mm256_cmpeq_epi8(zeroOrOne, _mm256_set1_epi8('0')));
-    return static_cast<std::uint32_t>(
-        _mm256_movemask_epi8(_mm256_cmpeq_epi8(v, _mm256_set1_epi8('1'))));
+    const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(end - 32));
+    definite = _mm256_or_si256(definite, _mm256_xor_si256(v, _mm256_set1_epi8('0')));
+    const __m256i ones = _mm256_cmpeq_epi8(_mm256_shuffle_epi8(v, reverse), _mm256_set1_epi8('1'));
+    return std::rotl(static_cast<std::uint32_t>(_mm256_movemask_epi8(ones)), 16);
 #else
     std::uint32_t value = 0;
     for (int k = 0; k < 4; ++k) {
@@ -241,52 +275,122 @@ inline std::uint32_t pack32(const char* end, DefiniteSoFar& definite) {
 #endif
 }
 
-// Writes a 32-bit number as 32 bit characters ending at end.
-inline void unpack32(char* end, std::uint32_t value) {
+// 64 bit characters ending at end as a 64-bit number, and back.
+inline std::uint64_t pack64(const char* end, DefiniteSoFar& definite) {
+    const std::uint64_t low = pack32(end, definite);
+    return low | std::uint64_t(pack32(end - 32, definite)) << 32;
+}
+
 #if defined(__AVX2__)
-    // Character j takes bit 31 - j: byte (31 - j) / 8 of the value, bit 7 - j % 8 of that.
-    const __m256i spread = _mm256_setr_epi8(3, 3, 3, 3, 3, 3, 3, 3, 2, 2, 2, 2, 2, 2, 2, 2, 1, 1, 1,
-                                            1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0);
+// The 32 characters of the value bits a spread picks out of a vector of the eight value bytes:
+// character j of the 32 takes bit 7 - j % 8 of its byte, '1' where it is set.
+inline __m256i charactersOf(__m256i valueBytes, __m256i spread) {
     const __m256i bit = _mm256_set1_epi64x(static_cast<long long>(0x0102040810204080ULL));
-    const __m256i bytes = _mm256_shuffle_epi8(_mm256_set1_epi32(static_cast<int>(value)), spread);
+    const __m256i bytes = _mm256_shuffle_epi8(valueBytes, spread);
     const __m256i set = _mm256_cmpeq_epi8(_mm256_and_si256(bytes, bit), bit);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(end - 32),
-                        _mm256_sub_epi8(_mm256_set1_epi8('0'), set));
-#else
-    for (int k = 0; k < 4; ++k)
-        bitchars::unpack8(end - 8 * k - 8, value >> (8 * k));
+    return _mm256_sub_epi8(_mm256_set1_epi8('0'), set);
+}
 #endif
+
+inline void unpack64(char* end, std::uint64_t value) {
+#if defined(__AVX2__)
+    // Character j of the 64 takes bit 63 - j, in byte (63 - j) / 8 of the value.
+    const __m256i high = _mm256_setr_epi8(7, 7, 7, 7, 7, 7, 7, 7, 6, 6, 6, 6, 6, 6, 6, 6, 5, 5, 5,
+                                          5, 5, 5, 5, 5, 4, 4, 4, 4, 4, 4, 4, 4);
+    const __m256i low = _mm256_setr_epi8(3, 3, 3, 3, 3, 3, 3, 3, 2, 2, 2, 2, 2, 2, 2, 2, 1, 1, 1, 1,
+                                         1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0);
+    const __m256i bytes = _mm256_set1_epi64x(static_cast<long long>(value));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(end - 64), charactersOf(bytes, high));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(end - 32), charactersOf(bytes, low));
+#else
+    for (int k = 0; k < 8; ++k)
+        bitchars::unpack8(end - 8 * k - 8, static_cast<unsigned>(value >> (8 * k)));
+#endif
+}
+
+// The n (below 64) bit characters at bits as a number, eight at a time where it can; definite
+// turns false at a character that is not '0' or '1'.
+inline std::uint64_t packShort(const char* bits, std::size_t n, bool& definite) {
+    std::uint64_t value = 0;
+    std::size_t i = 0;
+    for (; i < n % 8; ++i) {
+        definite = definite && isDefinite(bits[i]);
+        value = value << 1 | std::uint64_t(bits[i] == '1');
+    }
+    for (; i < n; i += 8) {
+        definite = definite && bitchars::allBinary8(bits + i);
+        value = value << 8 | bitchars::pack8(bits + i);
+    }
+    return value;
+}
+
+inline void unpackShort(char* bits, std::size_t n, std::uint64_t value) {
+    std::size_t i = 0;
+    for (; i < n % 8; ++i)
+        bits[i] = static_cast<char>('0' + ((value >> (n - 1 - i)) & 1));
+    for (; i < n; i += 8)
+        bitchars::unpack8(bits + i, static_cast<unsigned>(value >> (n - 8 - i)));
 }
 
 bool packBitsRun(const char* bits, std::size_t width, std::uint64_t* words) {
     DefiniteSoFar definite = allDefiniteSoFar();
     std::size_t position = 0;
-    for (; position + 64 <= width; position += 64) {
-        const std::uint64_t low = pack32(bits + width - position, definite);
-        const std::uint64_t high = pack32(bits + width - position - 32, definite);
-        words[position / 64] = low | high << 32;
-    }
-    if (position == width)
-        return wereAllDefinite(definite);
+    for (; position + 64 <= width; position += 64)
+        words[position / 64] = pack64(bits + width - position, definite);
     bool restDefinite = true;
-    std::uint64_t last = 0;
-    for (std::size_t k = 0; position + k < width; ++k) {
-        const char c = bits[width - 1 - position - k];
-        restDefinite = restDefinite && isDefinite(c);
-        last |= std::uint64_t(c == '1') << k;
-    }
-    words[position / 64] = last;
+    if (position != width)
+        words[position / 64] = packShort(bits, width - position, restDefinite);
     return wereAllDefinite(definite) && restDefinite;
 }
 
 void unpackBitsRun(const std::uint64_t* words, std::size_t width, char* bits) {
     std::size_t position = 0;
-    for (; position + 32 <= width; position += 32)
-        unpack32(bits + width - position,
-                 static_cast<std::uint32_t>(words[position / 64] >> (position % 64)));
-    for (; position < width; ++position)
-        bits[width - 1 - position] =
-            static_cast<char>('0' + ((words[position / 64] >> (position % 64)) & 1));
+    for (; position + 64 <= width; position += 64)
+        unpack64(bits + width - position, words[position / 64]);
+    if (position != width)
+        unpackShort(bits, width - position, words[position / 64]);
+}
+
+// The sum of a's run and b's (or the fill's) in one pass from the least significant end: 64
+// characters of each are packed, added and unpacked at a time, the first (short) word last.
+template <bool withFill>
+bool addRun(const char* a, const char* b, char fill, char* out, std::size_t n, unsigned& carry) {
+    const std::uint64_t fillWord = fill == '1' ? ~std::uint64_t(0) : 0;
+    std::uint64_t c = carry;
+    std::size_t left = n; // the characters still to add, at the front
+    for (; left >= 64; left -= 64) {
+        DefiniteSoFar definite = allDefiniteSoFar();
+        const std::uint64_t x = pack64(a + left, definite);
+        const std::uint64_t y = withFill ? fillWord : pack64(b + left, definite);
+        if (!wereAllDefinite(definite))
+            return false;
+        std::uint64_t sum = x + y;
+        const std::uint64_t overflow = sum < x;
+        sum += c;
+        c = overflow | std::uint64_t(sum < c);
+        unpack64(out + left, sum);
+    }
+    if (left != 0) {
+        bool definite = true;
+        const std::uint64_t x = packShort(a, left, definite);
+        const std::uint64_t y = withFill ? fillWord >> (64 - left) : packShort(b, left, definite);
+        if (!definite)
+            return false;
+        // Both are below 2^left, so the sum cannot overflow the word.
+        const std::uint64_t sum = x + y + c;
+        c = sum >> left;
+        unpackShort(out, left, sum);
+    }
+    carry = static_cast<unsigned>(c);
+    return true;
+}
+
+bool addRuns(const char* a, const char* b, char* out, std::size_t n, unsigned& carry) {
+    return addRun<false>(a, b, '0', out, n, carry);
+}
+
+bool addFill(const char* a, char fill, char* out, std::size_t n, unsigned& carry) {
+    return addRun<true>(a, nullptr, fill, out, n, carry);
 }
 
 FourStateKernels makeKernels() {
@@ -300,7 +404,9 @@ FourStateKernels makeKernels() {
             firstUndecidedRun,
             allDefiniteRun,
             packBitsRun,
-            unpackBitsRun};
+            unpackBitsRun,
+            addRuns,
+            addFill};
 }
 
 } // namespace

@@ -31,6 +31,12 @@ struct FourStateKernels {
     bool (*packBits)(const char* bits, std::size_t width, std::uint64_t* words);
     // Writes the low width bits of words as '0'/'1' characters, most significant first.
     void (*unpackBits)(const std::uint64_t* words, std::size_t width, char* bits);
+    // Adds two runs of n bit characters (most significant first) and the carry, writing the
+    // n sum characters to out and the carry out to carry. False, with out and carry meaning
+    // nothing, if a character of a or b is not '0' or '1'.
+    bool (*addRuns)(const char* a, const char* b, char* out, std::size_t n, unsigned& carry);
+    // The same with every bit of the second run the fill character, '0' or '1'.
+    bool (*addFill)(const char* a, char fill, char* out, std::size_t n, unsigned& carry);
 
     // The kernels for this processor (the environment variable TQ_HDL_KERNELS=generic
     // forces the baseline ones).

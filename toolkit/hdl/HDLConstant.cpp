@@ -274,9 +274,12 @@ char* formatHDLString(const char* digits, HDLanguage language, char radixLetter,
     if (digits == nullptr)
         return nullptr;
     const std::size_t length = std::strlen(digits);
-    TqObject::nextStaticBuffer();
     // Size (at most 10 digits), letter, two quotes or an apostrophe, and the terminator.
-    char* out = TqObject::fitStaticBuffer(static_cast<int>(length + 16));
+    constexpr std::size_t notation = 16;
+    if (length > std::size_t(INT_MAX) - notation)
+        return nullptr; // more than a ring buffer can be grown to
+    TqObject::nextStaticBuffer();
+    char* out = TqObject::fitStaticBuffer(static_cast<int>(length + notation));
     if (radixLetter == '\0') {
         std::memcpy(out, digits, length + 1);
         return out;

@@ -78,6 +78,6 @@ TQ_EXPORT char radixCharacter(Radix radix, HDLanguage language, char upperCase);
 // VHDL. A '\0' letter gives the bare digits, a plain decimal number. Parsing the result gives
 // back the radix, the language and the upper-case flag the letter came from, except where the
 // notation fixes the flag: a plain decimal always reads as lower case and a VHDL decimal as
-// upper case. Null digits give null.
+// upper case. Null digits, or digits too long for a ring buffer (2 GB), give null.
 TQ_EXPORT char* formatHDLString(const char* digits, HDLanguage language, char radixLetter,
                                 unsigned size);
