@@ -110,19 +110,30 @@ TEST(ApplicationFlags, InitSetsTheFlagTableAndLeavesSaveAsAndClipboard) {
     EXPECT_EQ(application.iniFile(), nullptr);
     EXPECT_EQ(application.helpFile(), nullptr);
     EXPECT_EQ(application.appFeatureRevString(), nullptr);
-    using Query = char (appiApplication::*)() const;
-    const std::pair<Query, char> flags[] = {
-        {&appiApplication::isNewEnabled, 1},          {&appiApplication::isOpenEnabled, 1},
-        {&appiApplication::isSaveEnabled, 0},         {&appiApplication::isPrintRestricted, 1},
-        {&appiApplication::isExportRestricted, 1},    {&appiApplication::isShowAboutEnabled, 0},
-        {&appiApplication::isProtectionEnabled, 0},   {&appiApplication::isEPSEnabled, 0},
-        {&appiApplication::isMIFEnabled, 0},          {&appiApplication::areWindowsShown, 1},
-        {&appiApplication::isWindowSystemRunning, 0}, {&appiApplication::requiresThreads, 0},
-        {&appiApplication::disableThreads, 0},        {&appiApplication::useHTMLhelp, 0},
-        {&appiApplication::isSaveAsEnabled, 1},       {&appiApplication::isClipboardEnabled, 1},
+    const appiApplication& a = application;
+    const struct {
+        const char* name;
+        char value, expected;
+    } flags[] = {
+        {"New", a.isNewEnabled(), 1},
+        {"Open", a.isOpenEnabled(), 1},
+        {"Save", a.isSaveEnabled(), 0},
+        {"print restricted", a.isPrintRestricted(), 1},
+        {"export restricted", a.isExportRestricted(), 1},
+        {"About", a.isShowAboutEnabled(), 0},
+        {"protection", a.isProtectionEnabled(), 0},
+        {"EPS", a.isEPSEnabled(), 0},
+        {"MIF", a.isMIFEnabled(), 0},
+        {"windows shown", a.areWindowsShown(), 1},
+        {"window system running", a.isWindowSystemRunning(), 0},
+        {"threads required", a.requiresThreads(), 0},
+        {"threads disabled", a.disableThreads(), 0},
+        {"HTML help", a.useHTMLhelp(), 0},
+        {"Save As, as it was", a.isSaveAsEnabled(), 1},
+        {"Clipboard, as it was", a.isClipboardEnabled(), 1},
     };
-    for (std::size_t i = 0; i < std::size(flags); ++i)
-        EXPECT_EQ((application.*flags[i].first)(), flags[i].second) << "flag " << i;
+    for (const auto& flag : flags)
+        EXPECT_EQ(flag.value, flag.expected) << flag.name;
 }
 
 TEST(ApplicationFlags, NewestApplicationIsTheCurrentOne) {
