@@ -309,8 +309,8 @@ char* incrementOfString(const char* s, int n) {
     char number[12];
     const int numberLength = std::snprintf(number, sizeof number, "%lld", value);
 
-    // Room for the copy and one more digit ("bus9" + 1); a sum with more prefix than that grows
-    // the buffer further, so nothing is overrun.
+    // Room for the copy and one more digit ("bus9" + 1); a sum with more digits than that
+    // grows the buffer further, so nothing is overrun.
     TqObject::nextStaticBuffer();
     TqObject::fitStaticBuffer(length + 2);
     char* buffer = TqObject::fitStaticBuffer(prefix + numberLength + 1);
