@@ -20,48 +20,45 @@ protected:
 
 TEST_F(ErrorMessages, EveryConstructorFormatsItsTextAndKeepsItsFields) {
     int object = 0;
-    const ErrorMessage severityOnly(SEVERITY_WARNING);
-    const ErrorMessage located(SEVERITY_NOTE, MESSAGE_OBJECT_NONE, &object, 12, "line %d: %s", 12,
-                               "bad");
-    const ErrorMessage locatedFromTable(SEVERITY_FATAL, MESSAGE_OBJECT_NONE, &object, 3,
-                                        IDS_CANTOPEN, "a.tim");
-    const ErrorMessage withSeverity(SEVERITY_WARNING, "%s=%d", "width", 8);
-    const ErrorMessage withSeverityFromTable(SEVERITY_WARNING, IDS_CANTREAD, "b.tim");
-    const ErrorMessage plain("plain %c", 'x');
-    const ErrorMessage plainFromTable(IDS_CANTCREATE, "c.tim");
-
-    const struct {
-        const ErrorMessage& message;
-        MessageSeverity severity;
-        const char* text;
-    } cases[] = {
-        {severityOnly, SEVERITY_WARNING, ""},
-        {located, SEVERITY_NOTE, "line 12: bad"},
-        {locatedFromTable, SEVERITY_FATAL, "Cannot open file 'a.tim'"},
-        {withSeverity, SEVERITY_WARNING, "width=8"},
-        {withSeverityFromTable, SEVERITY_WARNING, "Cannot read file 'b.tim'"},
-        {plain, SEVERITY_ERROR, "plain x"},
-        {plainFromTable, SEVERITY_ERROR, "Cannot create file 'c.tim'"},
+    const ErrorMessage messages[] = {
+        ErrorMessage(SEVERITY_WARNING),
+        ErrorMessage(SEVERITY_NOTE, MESSAGE_OBJECT_NONE, &object, 12, "line %d: %s", 12, "bad"),
+        ErrorMessage(SEVERITY_FATAL, MESSAGE_OBJECT_NONE, &object, 3, IDS_CANTOPEN, "a.tim"),
+        ErrorMessage(SEVERITY_WARNING, "%s=%d", "width", 8),
+        ErrorMessage(SEVERITY_WARNING, IDS_CANTREAD, "b.tim"),
+        ErrorMessage("plain %c", 'x'),
+        ErrorMessage(IDS_CANTCREATE, "c.tim"),
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.message.severity(), c.severity) << c.text;
-        EXPECT_STREQ(c.message.message(), c.text);
-        EXPECT_EQ(c.message.userWord(), 0);
+    const std::pair<MessageSeverity, const char*> expected[] = {
+        {SEVERITY_WARNING, ""},
+        {SEVERITY_NOTE, "line 12: bad"},
+        {SEVERITY_FATAL, "Cannot open file 'a.tim'"},
+        {SEVERITY_WARNING, "width=8"},
+        {SEVERITY_WARNING, "Cannot read file 'b.tim'"},
+        {SEVERITY_ERROR, "plain x"},
+        {SEVERITY_ERROR, "Cannot create file 'c.tim'"},
+    };
+    for (std::size_t i = 0; i < std::size(messages); ++i) {
+        EXPECT_EQ(messages[i].severity(), expected[i].first) << i;
+        EXPECT_STREQ(messages[i].message(), expected[i].second);
+        EXPECT_EQ(messages[i].userWord(), 0);
     }
-    EXPECT_EQ(located.object(), &object);
-    EXPECT_EQ(located.number(), 12);
-    EXPECT_EQ(locatedFromTable.number(), 3);
+    EXPECT_EQ(messages[1].object(), &object);
+    EXPECT_EQ(messages[1].number(), 12);
+    EXPECT_EQ(messages[2].number(), 3);
 }
 
-TEST_F(ErrorMessages, SeverityStringsAndErrorTest) {
-    const char* expected[] = {"FATAL ERROR", "ERROR", "WARNING", "NOTE", "ERROR"};
-    for (int severity = 0; severity <= 4; ++severity)
-        EXPECT_STREQ(ErrorMessage::severityString(severity), expected[severity]);
-    EXPECT_STREQ(ErrorMessage::severityString(-1), "ERROR");
+TEST_F(ErrorMessages, SeverityStringsErrorTestAndTheFormatAreaLimit) {
+    const char* expected[] = {"ERROR", "FATAL ERROR", "ERROR", "WARNING", "NOTE", "ERROR"};
+    for (int severity = -1; severity <= 4; ++severity)
+        EXPECT_STREQ(ErrorMessage::severityString(severity), expected[severity + 1]);
     EXPECT_TRUE(ErrorMessage(SEVERITY_FATAL).isError());
     EXPECT_TRUE(ErrorMessage("x").isError());
     EXPECT_FALSE(ErrorMessage(SEVERITY_WARNING).isError());
     EXPECT_STREQ(ErrorMessage(SEVERITY_NOTE, "done").asString(), "NOTE: done");
+    const std::string longText(3000, 'm');
+    EXPECT_EQ(std::string(ErrorMessage("%s", longText.c_str()).message()),
+              longText.substr(0, 1023));
 }
 
 TEST_F(ErrorMessages, CopiesOwnTheirTextAndSetMessageReplacesIt) {
@@ -73,21 +70,12 @@ TEST_F(ErrorMessages, CopiesOwnTheirTextAndSetMessageReplacesIt) {
     copy = original;
     EXPECT_STREQ(copy.message(), original.message());
     EXPECT_NE(copy.message(), original.message());
-    EXPECT_EQ(copy.severity(), SEVERITY_WARNING);
-}
-
-TEST_F(ErrorMessages, TextsBeyondTheFormatAreaAreCut) {
-    const std::string longText(3000, 'm');
-    EXPECT_EQ(std::string(ErrorMessage("%s", longText.c_str()).message()),
-              longText.substr(0, 1023));
 }
 
 TEST_F(ErrorMessages, DuplicateExistsComparesTextAndOptionallySeverity) {
     ErrorMessage warning(SEVERITY_WARNING, "same");
-    ErrorMessage other(SEVERITY_NOTE, "other");
     OC_<ErrorMessage> list;
     list.add(&warning);
-    list.add(&other);
     EXPECT_TRUE(ErrorMessage(SEVERITY_ERROR, "same").duplicateExists(list, false));
     EXPECT_FALSE(ErrorMessage(SEVERITY_ERROR, "same").duplicateExists(list, true));
     EXPECT_TRUE(ErrorMessage(SEVERITY_WARNING, "same").duplicateExists(list, true));
@@ -121,23 +109,32 @@ protected:
     appiApplication* m_previousApplication = nullptr;
 };
 
+// Without an application, without a running window system or with windows hidden, nothing
+// is asked: the message goes to standard error and the result is true.
 TEST_F(UserMessages, WithoutAGuiTheMessageGoesToStandardError) {
     const struct {
+        bool withApplication;
+        char windowSystemRunning, windowsShown;
         const char* title;
         bool isError;
         const char* expected;
     } cases[] = {
-        {"Title", true, "Title: text\n"},
-        {nullptr, true, "ERROR: text\n"},
-        {nullptr, false, "text\n"},
+        {true, 0, 1, "Title", true, "Title: text\n"}, {true, 0, 1, nullptr, true, "ERROR: text\n"},
+        {true, 0, 1, nullptr, false, "text\n"},       {true, 1, 0, nullptr, false, "text\n"},
+        {false, 1, 1, "T", false, "T: text\n"},
     };
-    appiApplication application; // windows shown, but no window system running
     for (const auto& c : cases) {
+        appiApplication application;
+        application.setWindowSystemRunning(c.windowSystemRunning);
+        application.setAreWindowsShown(c.windowsShown);
+        appiApplication::setCurrent(c.withApplication ? &application : nullptr);
+        lastCall = {};
         bool answer = false;
         testing::internal::CaptureStderr();
         EXPECT_TRUE(showUserMessage("text", c.title, c.isError, false, true, answer));
         EXPECT_EQ(testing::internal::GetCapturedStderr(), c.expected);
         EXPECT_FALSE(answer);
+        EXPECT_EQ(lastCall.icon, -1) << "no dialog";
     }
 }
 
@@ -172,64 +169,47 @@ TEST_F(UserMessages, WithAGuiTheDialogChoosesIconTitleAndAnswer) {
         EXPECT_EQ(lastCall.title, c.shownTitle);
         EXPECT_EQ(lastCall.text, "body");
     }
-
-    application.setAreWindowsShown(0);
-    lastCall = {};
-    bool answerFlag = false;
-    testing::internal::CaptureStderr();
-    EXPECT_TRUE(showUserMessage("hidden", nullptr, false, false, false, answerFlag));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "hidden\n");
-    EXPECT_EQ(lastCall.icon, -1) << "no dialog while windows are not shown";
 }
 
-// Collects the debug print at the given level for its lifetime.
-struct DebugCapture {
-    explicit DebugCapture(int level) { setDebugPrintLevel(level); }
-    ~DebugCapture() {
+// Collects the debug print for the test's lifetime, at level 0 (silent) to start with.
+class DebugPrintTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        captured.clear();
+        setDebugPrintLevel(0);
+    }
+    void TearDown() override {
         setDebugPrintLevel(m_level);
         setDebugPrintSink(m_sink);
     }
-    static inline std::string text;
+    static inline std::string captured;
     const int m_level = debugPrintLevel();
-    const DebugPrintSink m_sink = setDebugPrintSink([](const char* piece) { text += piece; });
+    const DebugPrintSink m_sink = setDebugPrintSink([](const char* text) { captured += text; });
 };
 
-TEST(DebugPrint, PrintsOnlyAtOrBelowTheCurrentLevel) {
-    DebugCapture capture(0);
-    std::string& captured = DebugCapture::text;
-    captured.clear();
+TEST_F(DebugPrintTest, PrintsOnlyAtOrBelowTheCurrentLevel) {
     Printf(DBG_ERRORS, "silent\n");
     dumpBuff(DBG_ERRORS, "abc", 3);
-    EXPECT_EQ(captured, "") << "silent by default";
-
+    EXPECT_EQ(captured, "");
     setDebugPrintLevel(DBG_INFO);
     Printf(DBG_INFO, "n=%d\n", 5);
     Printf(DBG_TRACE, "too detailed\n");
-    EXPECT_EQ(captured, "n=5\n");
-
-    captured.clear();
     dumpBuff(DBG_INFO, "0123456789abcdefXY\x01", 19);
-    EXPECT_EQ(captured,
-              "00000000: 30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66  0123456789abcdef\n"
-              "00000010: 58 59 01                                         XY.\n");
-
-    captured.clear();
     DebugMessage::display("value %d", 3);
-    EXPECT_EQ(captured, "DEBUG: value 3\n");
+    EXPECT_EQ(captured,
+              "n=5\n"
+              "00000000: 30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66  0123456789abcdef\n"
+              "00000010: 58 59 01                                         XY.\n"
+              "DEBUG: value 3\n");
     EXPECT_STREQ(DebugMessage("a%sc", "b").text(), "abc");
 }
 
-TEST(MemorySystem, ReportsHeapFiguresThroughTheDebugPrint) {
-    DebugCapture capture(DBG_INFO);
-    const std::string& captured = DebugCapture::text;
-    DebugCapture::text.clear();
-    {
-        MemorySystem scope;
-        MemorySystem::displayMemStats("after start-up");
-    }
-    for (const char* piece :
-         {"after start-up: ", " bytes in use, ", "MemorySystem: heap in use changed by "})
-        EXPECT_NE(captured.find(piece), std::string::npos) << captured;
+TEST_F(DebugPrintTest, MemorySystemReportsHeapFiguresAtTheInfoLevel) {
+    setDebugPrintLevel(DBG_INFO);
+    { MemorySystem scope; }
+    MemorySystem::displayMemStats("after start-up");
+    EXPECT_EQ(captured.rfind("MemorySystem: heap in use changed by ", 0), 0u) << captured;
+    EXPECT_NE(captured.find("after start-up: "), std::string::npos) << captured;
 }
 
 } // namespace

@@ -8,56 +8,80 @@
 
 namespace {
 
-// A dependent that records, in a shared log, which overload each update reached.
+using Log = std::vector<std::string>;
+
+// A dependent that logs which overload each update reached. On a Model update it may remove
+// a dependent from the model, or destroy one outright.
 class Recorder : public Dependent {
 public:
-    Recorder(std::string name, std::vector<std::string>& log)
-        : m_name(std::move(name)), m_log(log) {}
+    Recorder(std::string name, Log& log) : m_name(std::move(name)), m_log(log) {}
 
-    void update(Model&, Aspect a) override { record("Model", a); }
+    void update(Model& model, Aspect a) override {
+        record("Model", a);
+        if (m_removeFromModel)
+            model.removeDependent(*m_removeFromModel);
+        m_destroy.reset();
+    }
     void update(ScrollBar&, Aspect a) override { record("ScrollBar", a); }
     bool isImageFor(const TqObject& object) const override { return &object == m_shown; }
 
     const TqObject* m_shown = nullptr;
+    Dependent* m_removeFromModel = nullptr;
+    std::unique_ptr<Dependent> m_destroy;
 
-protected:
+private:
     void record(const char* overload, Aspect a) {
         m_log.push_back(m_name + ":" + overload + ":" + std::to_string(a));
     }
 
-private:
     std::string m_name;
-    std::vector<std::string>& m_log;
+    Log& m_log;
 };
 
 class ModelTest : public ::testing::Test {
 protected:
-    std::vector<std::string> log;
+    Log log;
 };
 
-TEST_F(ModelTest, DependentLists_ExistOnlyWhileADependentIsAddedAndHoldItOnce) {
-    Model model;
-    model.changed(aspectValue); // no dependents: nothing is sent
-    EXPECT_FALSE(model.hasDependents());
-    EXPECT_EQ(model.dependents(), nullptr);
+TEST_F(ModelTest, LinksAreTwoSidedAndListsExistOnlyWhileLinked) {
+    Model model, other;
+    model.changed(aspectValue);
+    EXPECT_EQ(model.dependents(), nullptr) << "no list, and nothing sent, without dependents";
     Recorder d("d", log);
     model.addDependent(d);
     model.addDependent(d);
     ASSERT_TRUE(model.hasDependents());
-    EXPECT_EQ(model.dependents()->size(), 1);
+    EXPECT_EQ(model.dependents()->size(), 1) << "adding twice has no effect";
     EXPECT_EQ(d.models()->size(), 1);
     model.removeDependent(d);
     EXPECT_FALSE(model.hasDependents());
     EXPECT_FALSE(d.isDependent());
-    model.removeDependent(d); // not a dependent any more: nothing happens
+    model.removeDependent(d);
+
+    {
+        Recorder leaving("leaving", log);
+        model.addDependent(leaving);
+        other.addDependent(leaving);
+    }
+    EXPECT_FALSE(model.hasDependents()) << "a destroyed dependent leaves every model";
+    EXPECT_FALSE(other.hasDependents());
+    {
+        Model leaving;
+        leaving.addDependent(d);
+        other.addDependent(d);
+    }
+    EXPECT_EQ(d.models()->size(), 1) << "a destroyed model leaves its dependents";
+    d.removeAllDependencies();
+    EXPECT_FALSE(d.isDependent());
+    EXPECT_FALSE(other.hasDependents());
     EXPECT_TRUE(log.empty());
 }
 
-// More dependents than the inline snapshot holds, added in an order unlike their names.
-TEST_F(ModelTest, Changed_ReachesEveryDependentInOrderAdded) {
+// More dependents than the snapshot held on the stack, added in an order unlike their names.
+TEST_F(ModelTest, ChangedReachesEveryDependentInOrderAdded) {
     Model model;
     std::vector<std::unique_ptr<Recorder>> many;
-    std::vector<std::string> expected;
+    Log expected;
     for (int i = 0; i < 40; ++i) {
         const std::string name = std::to_string((i * 7) % 40);
         many.push_back(std::make_unique<Recorder>(name, log));
@@ -68,86 +92,50 @@ TEST_F(ModelTest, Changed_ReachesEveryDependentInOrderAdded) {
     EXPECT_EQ(log, expected);
 }
 
-TEST_F(ModelTest, DestroyingEitherSide_UnlinksTheOther) {
-    Model first, second;
-    {
-        Recorder d("d", log);
-        first.addDependent(d);
-        second.addDependent(d);
-    }
-    EXPECT_FALSE(first.hasDependents());
-    EXPECT_FALSE(second.hasDependents());
-
-    Recorder d("d", log);
-    {
-        Model model;
-        model.addDependent(d);
-        first.addDependent(d);
-        EXPECT_EQ(d.models()->size(), 2);
-    }
-    EXPECT_EQ(d.models()->size(), 1);
-    d.removeAllDependencies();
-    EXPECT_FALSE(d.isDependent());
-    EXPECT_FALSE(first.hasDependents());
-}
-
-// A dependent that, on update, removes a target (itself or another) from the model, or
-// destroys another dependent outright.
-class Remover : public Recorder {
-public:
-    using Recorder::Recorder;
-    void update(Model& model, Aspect a) override {
-        record("Model", a);
-        if (m_removeFromModel)
-            model.removeDependent(*m_removeFromModel);
-        m_destroy.reset();
-    }
-    Dependent* m_removeFromModel = nullptr;
-    std::unique_ptr<Dependent> m_destroy;
+struct LeavingCase {
+    const char* what;
+    int updater;   // the dependent whose update does it
+    int removed;   // the dependent it removes from the model, or -1
+    int destroyed; // the dependent it destroys, or -1
+    Log expected;
 };
 
-TEST_F(ModelTest, Changed_SurvivesDependentsLeavingDuringTheirUpdate) {
-    struct Case {
-        const char* what;
-        int remover;   // index of the Remover among the four dependents
-        int target;    // index it removes from the model, or -1
-        int destroyed; // index it destroys, or -1
-        std::vector<std::string> expected;
-    };
-    const std::vector<Case> cases = {
-        {"removes itself", 1, 1, -1, {"0:Model:1", "1:Model:1", "2:Model:1", "3:Model:1"}},
-        {"removes a later one", 1, 2, -1, {"0:Model:1", "1:Model:1", "3:Model:1"}},
-        {"removes an earlier one", 2, 0, -1, {"0:Model:1", "1:Model:1", "2:Model:1", "3:Model:1"}},
-        {"destroys a later one", 0, -1, 3, {"0:Model:1", "1:Model:1", "2:Model:1"}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        log.clear();
-        Model model;
-        std::vector<std::unique_ptr<Dependent>> owned;
-        std::vector<Dependent*> all;
-        for (int i = 0; i < 4; ++i) {
-            if (i == c.remover)
-                owned.push_back(std::make_unique<Remover>(std::to_string(i), log));
-            else
-                owned.push_back(std::make_unique<Recorder>(std::to_string(i), log));
-            all.push_back(owned.back().get());
-            model.addDependent(*all.back());
-        }
-        auto& remover = static_cast<Remover&>(*all[c.remover]);
-        if (c.target >= 0)
-            remover.m_removeFromModel = all[c.target];
-        if (c.destroyed >= 0)
-            remover.m_destroy = std::move(owned[c.destroyed]);
-        model.changed(aspectValue);
-        EXPECT_EQ(log, c.expected);
-        if (c.target >= 0) {
-            EXPECT_FALSE(model.dependents()->contains(all[c.target]));
-        }
+class ModelChanged : public ModelTest, public ::testing::WithParamInterface<LeavingCase> {};
+
+// One removed during the round is skipped, whether removed or destroyed; one that was told
+// already, or that removes itself, is not told twice.
+TEST_P(ModelChanged, SurvivesDependentsLeavingDuringTheirUpdate) {
+    const LeavingCase& c = GetParam();
+    Model model;
+    std::vector<std::unique_ptr<Recorder>> owned;
+    std::vector<Recorder*> all;
+    for (int i = 0; i < 4; ++i) {
+        owned.push_back(std::make_unique<Recorder>(std::to_string(i), log));
+        all.push_back(owned.back().get());
+        model.addDependent(*all.back());
+    }
+    if (c.removed >= 0)
+        all[c.updater]->m_removeFromModel = all[c.removed];
+    if (c.destroyed >= 0)
+        all[c.updater]->m_destroy = std::move(owned[c.destroyed]);
+    model.changed(aspectValue);
+    EXPECT_EQ(log, c.expected);
+    if (c.removed >= 0) {
+        EXPECT_FALSE(model.dependents()->contains(all[c.removed]));
     }
 }
 
-TEST_F(ModelTest, ForwardingOverloads_ReachTheGeneralOverload) {
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ModelChanged,
+    ::testing::ValuesIn(std::vector<LeavingCase>{
+        {"itself", 1, 1, -1, {"0:Model:1", "1:Model:1", "2:Model:1", "3:Model:1"}},
+        {"later", 1, 2, -1, {"0:Model:1", "1:Model:1", "3:Model:1"}},
+        {"earlier", 2, 0, -1, {"0:Model:1", "1:Model:1", "2:Model:1", "3:Model:1"}},
+        {"destroyed", 0, -1, 3, {"0:Model:1", "1:Model:1", "2:Model:1"}},
+    }),
+    [](const auto& info) { return std::string(info.param.what); });
+
+TEST_F(ModelTest, UpdatesReachTheOverloadOfTheModelsClassOrTheOneItForwardsTo) {
     Recorder d("d", log);
     VerticalScrollBar vertical;
     HorizontalScrollBar horizontal;
@@ -161,36 +149,25 @@ TEST_F(ModelTest, ForwardingOverloads_ReachTheGeneralOverload) {
         m->addDependent(d);
         m->changed(aspectValue);
     }
-    EXPECT_EQ(log, (std::vector<std::string>{"d:ScrollBar:1", "d:ScrollBar:1", "d:ScrollBar:1",
-                                             "d:Model:1", "d:Model:1", "d:Model:1", "d:Model:1"}));
-}
-
-TEST_F(ModelTest, Relay_TellsOwnDependentsAsIfTheyDependedOnTheSource) {
     Model relayer;
     VerticalScrollBar source;
-    Recorder d("d", log);
     relayer.addDependent(d);
     relayer.relay(source, aspectVisibleArea);
-    EXPECT_EQ(log, (std::vector<std::string>{"d:ScrollBar:3"}));
-    EXPECT_FALSE(source.hasDependents());
+    EXPECT_EQ(log, (Log{"d:ScrollBar:1", "d:ScrollBar:1", "d:ScrollBar:1", "d:Model:1", "d:Model:1",
+                        "d:Model:1", "d:Model:1", "d:ScrollBar:3"}))
+        << "relay tells the relayer's dependents as if they depended on the source";
 }
 
-TEST_F(ModelTest, DependentAsModel_ChainsNotification) {
-    Model model;
-    Recorder middle("m", log), last("l", log);
-    model.addDependent(middle);
-    middle.addDependent(last);
-    EXPECT_TRUE(middle.isDependent());
-    EXPECT_TRUE(middle.hasDependents());
-    EXPECT_TRUE(last.models()->contains(&middle));
-}
-
-TEST_F(ModelTest, ImageFor_FindsTheDependentShowingTheObject) {
+TEST_F(ModelTest, DependentsChainAndImageForFindsTheOneShowingAnObject) {
     Model model, shown, other;
     Recorder a("a", log), b("b", log);
-    b.m_shown = &shown;
-    EXPECT_EQ(model.imageFor(shown), nullptr);
     model.addDependent(a);
+    a.addDependent(b);
+    EXPECT_TRUE(a.isDependent() && a.hasDependents());
+    EXPECT_TRUE(b.models()->contains(&a));
+
+    EXPECT_EQ(model.imageFor(shown), nullptr);
+    b.m_shown = &shown;
     model.addDependent(b);
     EXPECT_EQ(model.imageFor(shown), &b);
     EXPECT_EQ(model.imageFor(other), nullptr);

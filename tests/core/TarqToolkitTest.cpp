@@ -15,7 +15,8 @@
 
 namespace {
 
-std::vector<std::string> events;
+using Events = std::vector<std::string>;
+Events events;
 
 // Ten entries, so that lookups past a registered table's terminator stay inside the array.
 PdStringEntry firstTable[] = {
@@ -34,7 +35,6 @@ class TestApplication : public appiApplication {
 public:
     ~TestApplication() override { events.push_back("application destroyed"); }
 };
-
 TestApplication* theApplication = nullptr;
 
 SToolkitClient applicationClient() {
@@ -42,8 +42,7 @@ SToolkitClient applicationClient() {
     client.isApplication = 1;
     client.createApplicationFunc = []() -> appiApplication* {
         events.push_back("create");
-        theApplication = new TestApplication;
-        return theApplication;
+        return theApplication = new TestApplication;
     };
     client.deleteApplicationFunc = [] {
         events.push_back("delete");
@@ -59,6 +58,10 @@ SToolkitClient applicationClient() {
         events.push_back(std::string("command ") + command);
         return 7L;
     };
+    client.licenseFeaturesFunc = [] { return "EPS MIF"; };
+    client.protectionLogFunc = [](const char* feature) {
+        events.push_back(std::string("log ") + feature);
+    };
     client.shutDownFunc = [] { events.push_back("application hook"); };
     return client;
 }
@@ -66,7 +69,7 @@ SToolkitClient applicationClient() {
 class ToolkitRegistration : public ToolkitCycle {
 protected:
     void SetUp() override { events.clear(); }
-    // Shuts the toolkit down, running the hooks, and restarts the ring for the next step.
+    // Runs the hooks and restarts the ring for the next step of a test.
     static void shutDownAndRestart() {
         TarqToolkit::shutDownApp();
         TqObject::startUp();
@@ -81,55 +84,30 @@ protected:
     }
 };
 
-TEST_F(RegisteredToolkit, ToolkitTableAnswersItsIdsAfterRegisterSelf) {
+TEST_F(RegisteredToolkit, ToolkitTableAnswersIdsOneTo77InTheRing) {
+    const char* text = PdToolkit::loadString(IDS_NO_PRINT_CMD_SPECIFIED);
+    EXPECT_STREQ(text, "No print command specified.  See File | Printer Setup.");
+    EXPECT_EQ(text, TqObject::staticBuffer());
     EXPECT_STREQ(PdToolkit::loadString(IDS_CANTOPEN), "Cannot open file '%s'");
-    EXPECT_STREQ(PdToolkit::loadString(IDS_SYNTAXERROR), "Syntax error: expected '");
-    EXPECT_STREQ(PdToolkit::loadString(IDS_NO_PRINT_CMD_SPECIFIED),
-                 "No print command specified.  See File | Printer Setup.");
     EXPECT_STREQ(PdToolkit::loadString(IDS_UNUSED_FILE), "Unused Files");
-    EXPECT_STREQ(PdToolkit::getStringEntry(IDS_EDITOR_NOSHELL)->name, "IDS_EDITOR_NOSHELL");
     EXPECT_EQ(PdToolkit::loadQString(IDS_New), QString::fromLatin1("New"));
-}
-
-TEST_F(RegisteredToolkit, EveryToolkitIdHasItsOwnNamedEntry) {
-    for (int id = 1; id <= 77; ++id) {
-        const PdStringEntry* entry = PdToolkit::getStringEntry(id);
-        ASSERT_NE(entry, nullptr) << id;
-        ASSERT_NE(entry->name, nullptr) << id;
-        EXPECT_EQ(std::string(entry->name).rfind("IDS_", 0), 0u) << id;
-        EXPECT_NE(entry->text, nullptr) << id;
-    }
+    EXPECT_STREQ(PdToolkit::getStringEntry(IDS_EDITOR_NOSHELL)->name, "IDS_EDITOR_NOSHELL");
     EXPECT_EQ(PdToolkit::getStringEntry(78)->name, nullptr) << "the terminator follows id 77";
 }
 
-TEST_F(RegisteredToolkit, UnknownIdsGiveEmptyTextsAndStillAdvanceTheRing) {
+TEST_F(RegisteredToolkit, UnknownIdsGiveTheConstantEmptyTextAndStillAdvanceTheRing) {
     char* before = TqObject::staticBuffer();
     EXPECT_STREQ(PdToolkit::loadString(0), "");
+    EXPECT_NE(TqObject::staticBuffer(), before);
+    EXPECT_NE(PdToolkit::loadString(-5), TqObject::staticBuffer());
     EXPECT_EQ(PdToolkit::getStringEntry(0), nullptr);
-    EXPECT_NE(TqObject::staticBuffer(), before) << "the ring advances even for an unknown id";
-    EXPECT_NE(PdToolkit::loadString(-5), TqObject::staticBuffer())
-        << "the empty text is a constant, not the ring buffer";
     EXPECT_TRUE(PdToolkit::loadQString(0).isEmpty());
 }
 
-TEST_F(RegisteredToolkit, LastRangeAnswersEveryIdUpToIntMax) {
-    SToolkitClient client = tableClient(1000, firstTable);
-    TarqToolkit::registerToolkitClient(&client);
-    EXPECT_STREQ(PdToolkit::getStringEntry(1001)->text, "a2");
-    const auto offset = reinterpret_cast<std::uintptr_t>(PdToolkit::getStringEntry(INT_MAX)) -
-                        reinterpret_cast<std::uintptr_t>(firstTable);
-    EXPECT_EQ(offset, (INT_MAX - 1000 + 1ull) * sizeof(PdStringEntry));
-    // Ids between two blocks fall into the range below: entry 999 lies past the toolkit's
-    // table, where only the address may be used.
-    const auto between = reinterpret_cast<std::uintptr_t>(PdToolkit::getStringEntry(999)) -
-                         reinterpret_cast<std::uintptr_t>(PdToolkit::getStringEntry(1));
-    EXPECT_EQ(between, 998 * sizeof(PdStringEntry));
-}
-
-// A range runs from its client's first id to the next client's, whatever its table holds
-// (100..105 belong to the first client although its table holds two strings); a later client
-// with the same first id hides the earlier one.
-TEST_F(RegisteredToolkit, ClientRangesEndAtTheNextFirstIdAndLaterClientsHideEarlierOnes) {
+// A range runs from its client's first id to the next client's first id less one, whatever
+// its table holds; the last runs to INT_MAX; a later client with the same first id hides the
+// earlier one, whose range becomes empty.
+TEST_F(RegisteredToolkit, RangesEndOnlyWhereTheNextBegins) {
     SToolkitClient first = tableClient(100, firstTable), second = tableClient(106, secondTable);
     SToolkitClient earlier = tableClient(500, firstTable), later = tableClient(500, secondTable);
     for (SToolkitClient* client : {&second, &first, &earlier, &later})
@@ -138,6 +116,15 @@ TEST_F(RegisteredToolkit, ClientRangesEndAtTheNextFirstIdAndLaterClientsHideEarl
                                                  {106, "b1"}, {500, "b1"},      {501, "b2 %d"}};
     for (const auto& [id, text] : cases)
         EXPECT_STREQ(PdToolkit::loadString(id), text) << id;
+
+    const auto offset = [](const PdStringEntry* entry, const PdStringEntry* base) {
+        return reinterpret_cast<std::uintptr_t>(entry) - reinterpret_cast<std::uintptr_t>(base);
+    };
+    EXPECT_EQ(offset(PdToolkit::getStringEntry(INT_MAX), secondTable),
+              (INT_MAX - 500 + 1ull) * sizeof(PdStringEntry));
+    EXPECT_EQ(offset(PdToolkit::getStringEntry(99), PdToolkit::getStringEntry(1)),
+              98 * sizeof(PdStringEntry))
+        << "id 99 lies past the toolkit's table, where only the address may be used";
 }
 
 TEST_F(RegisteredToolkit, RegisterSelfTwiceRegistersOneHookAndOneTable) {
@@ -146,13 +133,14 @@ TEST_F(RegisteredToolkit, RegisterSelfTwiceRegistersOneHookAndOneTable) {
     counter.shutDownFunc = [] { events.push_back("counter hook"); };
     TarqToolkit::registerToolkitClient(&counter);
     shutDownAndRestart();
-    EXPECT_EQ(events, std::vector<std::string>{"counter hook"});
+    EXPECT_EQ(events, Events{"counter hook"});
     EXPECT_EQ(PdToolkit::getStringEntry(1), nullptr) << "the toolkit's hook freed the ranges";
 }
 
 TEST_F(ToolkitRegistration, ShutDownWithoutHooksDoesNothing) {
     TarqToolkit::shutDownApp();
     EXPECT_TRUE(events.empty());
+    EXPECT_TRUE(TarqToolkit::staticInitializationDone());
 }
 
 TEST_F(ToolkitRegistration, ApplicationLifecycleRunsThroughTheClientCallbacks) {
@@ -173,51 +161,34 @@ TEST_F(ToolkitRegistration, ApplicationLifecycleRunsThroughTheClientCallbacks) {
     char* argv[] = {const_cast<char*>("prog"), nullptr};
     EXPECT_EQ(TarqToolkit::startApplication(1, argv, 3, 4), 42);
     EXPECT_EQ(TarqToolkit::executeCommand("zoom"), 7L);
+    EXPECT_STREQ(TarqToolkit::licenseFeatures(), "EPS MIF");
+    TarqToolkit::writeProtectionLog("EPS");
 
     appiApplication* const created = theApplication;
     shutDownAndRestart();
     // The toolkit's own hook runs first (it registered first) and deletes the application.
-    EXPECT_EQ(events, (std::vector<std::string>{"create", "start 1 3 4", "command zoom", "delete",
-                                                "application destroyed", "application hook",
-                                                "plugin hook"}));
+    EXPECT_EQ(events, (Events{"create", "start 1 3 4", "command zoom", "log EPS", "delete",
+                              "application destroyed", "application hook", "plugin hook"}));
     EXPECT_EQ(TarqToolkit::getAppiApp(), nullptr);
     EXPECT_EQ(appiApplication::current(), nullptr);
     EXPECT_EQ(slot, created) << "client slots are not cleared by deleteApplication";
+    EXPECT_EQ(TarqToolkit::licenseFeatures(), nullptr) << "no application client any more";
+    TarqToolkit::writeProtectionLog("EPS");
+    EXPECT_EQ(events.size(), 8u);
+    TarqToolkit::setLicenseManagerSuppressed(true);
+    EXPECT_TRUE(TarqToolkit::isLicenseManagerSuppressed());
+    TarqToolkit::setLicenseManagerSuppressed(false);
 }
 
 TEST_F(ToolkitRegistration, ApplicationClientResetsTheModuleHandles) {
     PdToolkit::setKitHINST(reinterpret_cast<HINSTANCE>(0x1000));
-    EXPECT_EQ(PdToolkit::kitHINST(), reinterpret_cast<HINSTANCE>(0x1000));
-    SToolkitClient plugin{};
+    SToolkitClient plugin{}, application = applicationClient();
     TarqToolkit::registerToolkitClient(&plugin);
-    EXPECT_NE(PdToolkit::kitHINST(), nullptr);
-    SToolkitClient application = applicationClient();
+    EXPECT_EQ(PdToolkit::kitHINST(), reinterpret_cast<HINSTANCE>(0x1000));
     TarqToolkit::registerToolkitClient(&application);
     EXPECT_EQ(PdToolkit::kitHINST(), nullptr);
     EXPECT_EQ(PdToolkit::appHINST(), nullptr);
     PdToolkit::setKitHINST(piModule::toolkit());
-}
-
-TEST_F(ToolkitRegistration, ServiceStepsRunInOrderAndWindowStepsOnlyWithAWindowSystem) {
-    static std::vector<std::string>* log = &events;
-    TarqToolkit::registerSelf();
-    TarqToolkit::setShutDownStep(TqShutDownStep::Settings, [] { log->push_back("settings"); });
-    TarqToolkit::setShutDownStep(TqShutDownStep::Scanner, [] { log->push_back("scanner"); });
-    TarqToolkit::setShutDownStep(TqShutDownStep::BigInt, [] { log->push_back("bigint"); });
-    shutDownAndRestart();
-    EXPECT_EQ(events, (std::vector<std::string>{"scanner", "bigint"}))
-        << "without a running window system the window-side steps are skipped";
-
-    events.clear();
-    SToolkitClient application = applicationClient();
-    TarqToolkit::registerToolkitClient(&application);
-    TarqToolkit::initApplication();
-    theApplication->setWindowSystemRunning(1);
-    TarqToolkit::setShutDownStep(TqShutDownStep::Settings, [] { log->push_back("settings"); });
-    TarqToolkit::setShutDownStep(TqShutDownStep::Scanner, [] { log->push_back("scanner"); });
-    shutDownAndRestart();
-    EXPECT_EQ(events, (std::vector<std::string>{"create", "settings", "scanner", "delete",
-                                                "application destroyed", "application hook"}));
 }
 
 class Singleton : public TqObject {
@@ -225,28 +196,48 @@ public:
     ~Singleton() override { events.push_back("singleton deleted"); }
 };
 
-TEST_F(ToolkitRegistration, LibrarySingletonIsDeletedOnlyWhenWindowsWereNotShown) {
+struct ShutDownCase {
+    bool withApplication;
+    char windowSystemRunning, windowsShown;
+    const char* expected; // the events, joined by ", "
+};
+
+class ToolkitShutDown : public ToolkitRegistration,
+                        public ::testing::WithParamInterface<ShutDownCase> {};
+
+// The window-side steps run only while the window system runs; the service steps always, in
+// their order; the singleton goes only when windows were never shown, before the application.
+TEST_P(ToolkitShutDown, RunsTheStepsInOrder) {
+    const ShutDownCase& c = GetParam();
     SToolkitClient application = applicationClient();
-    TarqToolkit::registerToolkitClient(&application);
-    TarqToolkit::initApplication();
-    theApplication->setAreWindowsShown(0);
-    TarqToolkit::setLibrarySingleton(new Singleton);
+    if (c.withApplication) {
+        TarqToolkit::registerToolkitClient(&application);
+        TarqToolkit::initApplication();
+        theApplication->setWindowSystemRunning(c.windowSystemRunning);
+        theApplication->setAreWindowsShown(c.windowsShown);
+    }
+    TarqToolkit::registerSelf();
+    TarqToolkit::setShutDownStep(TqShutDownStep::BigInt, [] { events.push_back("bigint"); });
+    TarqToolkit::setShutDownStep(TqShutDownStep::Scanner, [] { events.push_back("scanner"); });
+    TarqToolkit::setShutDownStep(TqShutDownStep::Settings, [] { events.push_back("settings"); });
+    Singleton* singleton = new Singleton;
+    TarqToolkit::setLibrarySingleton(singleton);
     shutDownAndRestart();
-    EXPECT_EQ(events, (std::vector<std::string>{"create", "singleton deleted", "delete",
-                                                "application destroyed", "application hook"}));
-
-    events.clear();
-    Singleton kept;
-    TarqToolkit::registerToolkitClient(&application);
-    TarqToolkit::initApplication();
-    TarqToolkit::setLibrarySingleton(&kept);
-    shutDownAndRestart();
-    EXPECT_EQ(events, (std::vector<std::string>{"create", "delete", "application destroyed",
-                                                "application hook"}));
+    std::string joined;
+    for (const std::string& event : events)
+        joined += (joined.empty() ? "" : ", ") + event;
+    EXPECT_EQ(joined, c.expected);
+    if (c.withApplication && c.windowsShown)
+        delete singleton;
 }
 
-TEST(TarqToolkitStatic, StaticInitializationIsDone) {
-    EXPECT_TRUE(TarqToolkit::staticInitializationDone());
-}
+const ShutDownCase shutDownCases[] = {
+    {false, 0, 0, "scanner, bigint, singleton deleted"},
+    {true, 0, 1, "create, scanner, bigint, delete, application destroyed, application hook"},
+    {true, 1, 0,
+     "create, settings, scanner, bigint, singleton deleted, delete, application destroyed, "
+     "application hook"},
+};
+INSTANTIATE_TEST_SUITE_P(Cases, ToolkitShutDown, ::testing::ValuesIn(shutDownCases));
 
 } // namespace

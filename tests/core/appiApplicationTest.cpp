@@ -14,13 +14,10 @@ public:
     std::string executable = "C:\\X\\bin\\prog.exe";
     std::map<std::string, std::string> variables;
     piOsVersion version{2, 6};
-    char separator = '\\';
 
     std::string executablePath() const override { return executable; }
     const char* environment(const char* name) const override {
-        if (!name)
-            return nullptr;
-        auto found = variables.find(name);
+        auto found = name ? variables.find(name) : variables.end();
         return found == variables.end() ? nullptr : found->second.c_str();
     }
     piOsVersion osVersion() const override { return version; }
@@ -28,7 +25,7 @@ public:
         const char* root = environment("SystemRoot");
         return root ? root : "";
     }
-    char pathSeparator() const override { return separator; }
+    char pathSeparator() const override { return '\\'; }
 };
 
 class NamedApplication : public appiApplication {
@@ -50,45 +47,25 @@ protected:
     const piSystem* m_previous = nullptr;
 };
 
-TEST_F(ApplicationOnWindows, ProgramDirectoryCutsTheExecutableAndATrailingBin) {
-    const struct {
-        const char* executable;
-        const char* directory;
-    } cases[] = {
-        {"C:\\X\\bin\\prog", "C:\\X"},
-        {"C:\\X\\tools\\prog", "C:\\X\\tools"},
-        {"C:\\X\\BIN\\prog", "C:\\X"},
-        {"C:\\X\\Bin\\prog", "C:\\X"},
-        {"C:\\X\\binary\\prog", "C:\\X\\binary"},
-        // The separators are turned after the cut, so forward slashes hide a "bin".
-        {"C:/X/bin\\prog", "C:\\X\\bin"},
-    };
-    NamedApplication application;
-    for (const auto& c : cases) {
-        m_system.executable = c.executable;
-        EXPECT_STREQ(application.programDirectory(true), c.directory) << c.executable;
-    }
-}
-
-TEST_F(ApplicationOnWindows, EnvironmentDecidesUnlessIgnored) {
+TEST_F(ApplicationOnWindows, ProgramDirectoryPrefersTheEnvironmentAndTurnsSlashes) {
     NamedApplication application;
     EXPECT_EQ(application.appDirEnvVarVal(), nullptr);
     EXPECT_STREQ(application.programDirectory(false), "C:\\X");
-
     m_system.variables["VOLSA_HOME"] = "D:/maker";
     EXPECT_STREQ(application.appDirEnvVarVal(), "D:/maker/tarq");
     EXPECT_STREQ(application.programDirectory(false), "D:\\maker\\tarq");
     EXPECT_STREQ(application.programDirectory(true), "C:\\X");
-
-    m_system.variables["TARQ_DIR"] = "E:\\tarq";
-    EXPECT_STREQ(application.appDirEnvVarVal(), "E:\\tarq");
+    m_system.variables["TARQ_DIR"] = "E:/tarq";
+    EXPECT_STREQ(application.appDirEnvVarVal(), "E:/tarq");
     EXPECT_STREQ(application.programDirectory(false), "E:\\tarq");
-
     m_system.variables["TARQ_DIR"] = "";
-    EXPECT_STREQ(application.programDirectory(false), "C:\\X") << "an empty value is not used";
+    EXPECT_STREQ(application.programDirectory(false), "C:\\X") << "an empty value is unused";
+    m_system.executable = "C:/X/bin\\prog";
+    EXPECT_STREQ(application.programDirectory(true), "C:\\X\\bin")
+        << "slashes are turned after the cut, so they hide a \"bin\"";
 }
 
-TEST_F(ApplicationOnWindows, SubdirectoriesAndIniPath) {
+TEST_F(ApplicationOnWindows, SubdirectoriesIniPathAndPlatformClass) {
     m_system.variables["SystemRoot"] = "C:\\WINDOWS";
     NamedApplication application;
     EXPECT_STREQ(application.executableDirectory(true), "C:\\X\\bin\\");
@@ -97,18 +74,13 @@ TEST_F(ApplicationOnWindows, SubdirectoriesAndIniPath) {
     EXPECT_STREQ(application.helpDirectory(true), "C:\\X\\help\\");
     EXPECT_STREQ(application.quickviewDirectory(true), "C:\\X\\quickview\\");
     EXPECT_EQ(application.iniPath(), QString::fromLatin1("C:\\WINDOWS\\tarq.ini"));
-}
 
-TEST_F(ApplicationOnWindows, PlatformClassComesFromTheVersion) {
-    const struct {
-        piOsVersion version;
-        int platformClass;
-    } cases[] = {{{0, 3}, 4}, {{1, 4}, 3}, {{2, 3}, 1}, {{2, 4}, 2}, {{2, 10}, 2}, {{3, 1}, 1}};
-    for (const auto& c : cases) {
-        m_system.version = c.version;
-        appiApplication application;
-        EXPECT_EQ(application.platformClass(), c.platformClass)
-            << c.version.platformId << "/" << c.version.majorVersion;
+    const std::pair<piOsVersion, int> classes[] = {{{0, 3}, 4}, {{1, 4}, 3},  {{2, 3}, 1},
+                                                   {{2, 4}, 2}, {{2, 10}, 2}, {{3, 1}, 1}};
+    for (const auto& [version, platformClass] : classes) {
+        m_system.version = version;
+        EXPECT_EQ(appiApplication().platformClass(), platformClass)
+            << version.platformId << "/" << version.majorVersion;
     }
 }
 
@@ -122,44 +94,46 @@ TEST(ApplicationOnPosix, DirectoriesUseSlashes) {
 
 TEST(ApplicationFlags, InitSetsTheFlagTableAndLeavesSaveAsAndClipboard) {
     NamedApplication application;
-    EXPECT_EQ(application.iniFile(), std::string("tarq.ini"));
+    EXPECT_STREQ(application.iniFile(), "tarq.ini");
+    // The setters of the first four flags return the previous value.
+    EXPECT_EQ(application.setNewEnabled(0), 1);
+    EXPECT_EQ(application.setOpenEnabled(0), 1);
+    EXPECT_EQ(application.setSaveEnabled(1), 0);
     EXPECT_EQ(application.setSaveAsEnabled(1), 0);
+    EXPECT_EQ(application.setSaveAsEnabled(1), 1);
     application.setClipboardEnabled(1);
-    application.setNewEnabled(0);
     application.setAreWindowsShown(0);
     application.setDisableThreads(1);
+    application.setWindowSystemRunning(1);
 
     application.init();
     EXPECT_EQ(application.iniFile(), nullptr);
     EXPECT_EQ(application.helpFile(), nullptr);
     EXPECT_EQ(application.appFeatureRevString(), nullptr);
-    EXPECT_EQ(application.isNewEnabled(), 1);
-    EXPECT_EQ(application.isOpenEnabled(), 1);
-    EXPECT_EQ(application.isSaveEnabled(), 0);
-    EXPECT_EQ(application.isPrintRestricted(), 1);
-    EXPECT_EQ(application.isExportRestricted(), 1);
-    EXPECT_EQ(application.isShowAboutEnabled(), 0);
-    EXPECT_EQ(application.isProtectionEnabled(), 0);
-    EXPECT_EQ(application.isEPSEnabled(), 0);
-    EXPECT_EQ(application.isMIFEnabled(), 0);
-    EXPECT_EQ(application.areWindowsShown(), 1);
-    EXPECT_EQ(application.isWindowSystemRunning(), 0);
-    EXPECT_EQ(application.requiresThreads(), 0);
-    EXPECT_EQ(application.disableThreads(), 0);
-    EXPECT_EQ(application.useHTMLhelp(), 0);
-    EXPECT_EQ(application.isSaveAsEnabled(), 1) << "init leaves Save As as it was";
-    EXPECT_EQ(application.isClipboardEnabled(), 1) << "init leaves Clipboard as it was";
-}
-
-TEST(ApplicationFlags, FirstFourSettersReturnThePreviousValue) {
-    appiApplication application;
-    EXPECT_EQ(application.setNewEnabled(0), 1);
-    EXPECT_EQ(application.setNewEnabled(1), 0);
-    EXPECT_EQ(application.setOpenEnabled(0), 1);
-    EXPECT_EQ(application.setSaveEnabled(1), 0);
-    EXPECT_EQ(application.setSaveEnabled(0), 1);
-    application.setSaveAsEnabled(1);
-    EXPECT_EQ(application.setSaveAsEnabled(0), 1);
+    const appiApplication& a = application;
+    const struct {
+        const char* name;
+        char value, expected;
+    } flags[] = {
+        {"New", a.isNewEnabled(), 1},
+        {"Open", a.isOpenEnabled(), 1},
+        {"Save", a.isSaveEnabled(), 0},
+        {"print restricted", a.isPrintRestricted(), 1},
+        {"export restricted", a.isExportRestricted(), 1},
+        {"About", a.isShowAboutEnabled(), 0},
+        {"protection", a.isProtectionEnabled(), 0},
+        {"EPS", a.isEPSEnabled(), 0},
+        {"MIF", a.isMIFEnabled(), 0},
+        {"windows shown", a.areWindowsShown(), 1},
+        {"window system running", a.isWindowSystemRunning(), 0},
+        {"threads required", a.requiresThreads(), 0},
+        {"threads disabled", a.disableThreads(), 0},
+        {"HTML help", a.useHTMLhelp(), 0},
+        {"Save As, as it was", a.isSaveAsEnabled(), 1},
+        {"Clipboard, as it was", a.isClipboardEnabled(), 1},
+    };
+    for (const auto& flag : flags)
+        EXPECT_EQ(flag.value, flag.expected) << flag.name;
 }
 
 TEST(ApplicationFlags, NewestApplicationIsTheCurrentOne) {
@@ -170,7 +144,7 @@ TEST(ApplicationFlags, NewestApplicationIsTheCurrentOne) {
     }
     EXPECT_EQ(appiApplication::current(), nullptr) << "a destroyed application is not current";
     appiApplication::setCurrent(before);
-    EXPECT_EQ(appiApplication::isLittleEndian(), true);
+    EXPECT_TRUE(appiApplication::isLittleEndian());
 }
 
 } // namespace

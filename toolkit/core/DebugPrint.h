@@ -24,6 +24,8 @@ TQ_EXPORT void Printf(int level, const char* format, ...) __attribute__((format(
 // Writes length bytes as hex and printable characters, 16 a line, at the given level.
 TQ_EXPORT void dumpBuff(int level, const void* data, std::size_t length);
 
+// The level prints must be at or below to be written; 0 (silent) unless set or given in the
+// environment.
 TQ_EXPORT int debugPrintLevel();
 TQ_EXPORT void setDebugPrintLevel(int level);
 // Where the prints go: standard error by default. A sink receives each formatted piece of
@@ -35,6 +37,7 @@ TQ_EXPORT DebugPrintSink setDebugPrintSink(DebugPrintSink sink);
 class TQ_EXPORT DebugMessage {
 public:
     explicit DebugMessage(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    // The formatted text, owned by the message ("" if the format failed).
     const char* text() const { return m_text.c_str(); }
     // Shows "DEBUG: " and the formatted text, whatever the debug level.
     static void display(const char* format, ...) __attribute__((format(printf, 1, 2)));

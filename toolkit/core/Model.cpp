@@ -32,7 +32,8 @@ void iModel::removeDependent(Dependent& d) {
 void iModel::primitiveRemoveDependent(Dependent& d) {
     if (!m_dependents)
         return;
-    m_dependents->remove(&d);
+    if (m_dependents->remove(&d))
+        ++m_removals;
     if (m_dependents->isEmpty()) {
         delete m_dependents;
         m_dependents = nullptr;
@@ -56,8 +57,9 @@ void iModel::forEachDependent(F f) {
     } else {
         std::copy(m_dependents->begin(), m_dependents->end(), snapshot);
     }
+    const unsigned removals = m_removals;
     for (int i = 0; i < count; ++i) {
-        if (m_dependents && m_dependents->contains(snapshot[i]))
+        if (m_removals == removals || (m_dependents && m_dependents->contains(snapshot[i])))
             f(*snapshot[i]);
     }
 }

@@ -76,6 +76,8 @@ private:
     void forEachDependent(F f);
 
     OC_<Dependent>* m_dependents = nullptr;
+    // Counts removals, so that a round of updates in which nobody left needs no look-ups.
+    unsigned m_removals = 0;
 };
 
 // The plain model. Its updates reach Dependent::update(Model&, Aspect).

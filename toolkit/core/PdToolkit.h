@@ -28,6 +28,8 @@ public:
     // The text of a string id, or "" for an unknown id.
     static QString loadQString(int id);
 
+    // The module handles of the application and of the toolkit, or null: the toolkit's is
+    // recorded when the library loads, and an application client's registration clears both.
     static HINSTANCE appHINST();
     static HINSTANCE kitHINST();
     static void setKitHINST(HINSTANCE handle);

@@ -23,10 +23,11 @@ struct SToolkitClient {
     appiApplication* (*createApplicationFunc)();
     void (*deleteApplicationFunc)();
     int (*startApplicationFunc)(int argc, char** argv, int, int);
-    // The licensing callbacks (feature descriptions, protection log) belong to the licence
-    // subsystem; the toolkit only keeps them for the application.
-    void (*licenseFeaturesFunc)();
-    void (*protectionLogFunc)();
+    // The licensing callbacks, which the toolkit only forwards to: the descriptions of the
+    // licensed features (text the application keeps), and one protection log line about a
+    // feature.
+    const char* (*licenseFeaturesFunc)();
+    void (*protectionLogFunc)(const char* feature);
     long (*executeCommandFunc)(const char* command);
     // Read only from a non-application client: its variable that receives the application
     // pointer when the application is created.

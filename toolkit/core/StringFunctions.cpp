@@ -293,22 +293,30 @@ char* strExtractField(int n, const char* s, char sep) {
 }
 
 char* incrementOfString(const char* s, int n) {
-    const std::string text = s ? s : "";
-    std::size_t digits = text.size();
-    while (digits > 0 && std::isdigit(static_cast<unsigned char>(text[digits - 1])))
-        --digits;
-    std::string result = text.substr(0, digits);
-    long long value = n;
-    if (digits < text.size()) {
-        // Read as an int: a digit run beyond the int range saturates instead of wrapping.
-        long long number = 0;
-        for (std::size_t i = digits; i < text.size() && number <= INT_MAX; ++i)
-            number = number * 10 + (text[i] - '0');
-        value += std::min<long long>(number, INT_MAX);
-    }
-    value = std::clamp<long long>(value, INT_MIN, INT_MAX);
-    result += std::to_string(value);
-    return TqObject::copyToNextStaticBuffer(result);
+    if (!s)
+        s = "";
+    const int length = static_cast<int>(std::strlen(s));
+    int prefix = length; // the text before the trailing digit run
+    while (prefix > 0 && std::isdigit(static_cast<unsigned char>(s[prefix - 1])))
+        --prefix;
+    // Read as an int: a digit run beyond the int range saturates instead of wrapping, and so
+    // does the sum.
+    long long value = 0;
+    for (int i = prefix; i < length && value <= INT_MAX; ++i)
+        value = value * 10 + (s[i] - '0');
+    value = std::clamp<long long>(std::min<long long>(value, INT_MAX) + n, INT_MIN, INT_MAX);
+
+    char number[12];
+    const int numberLength = std::snprintf(number, sizeof number, "%lld", value);
+
+    // Room for the copy and one more digit ("bus9" + 1); a sum with more digits than that
+    // grows the buffer further, so nothing is overrun.
+    TqObject::nextStaticBuffer();
+    TqObject::fitStaticBuffer(length + 2);
+    char* buffer = TqObject::fitStaticBuffer(prefix + numberLength + 1);
+    std::memcpy(buffer, s, static_cast<std::size_t>(prefix));
+    std::memcpy(buffer + prefix, number, static_cast<std::size_t>(numberLength) + 1);
+    return buffer;
 }
 
 char* asBinReversed(unsigned value, unsigned width) {

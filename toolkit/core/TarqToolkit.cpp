@@ -17,8 +17,8 @@ struct ApplicationCallbacks {
     appiApplication* (*create)() = nullptr;
     void (*destroy)() = nullptr;
     int (*start)(int, char**, int, int) = nullptr;
-    void (*licenseFeatures)() = nullptr;
-    void (*protectionLog)() = nullptr;
+    const char* (*licenseFeatures)() = nullptr;
+    void (*protectionLog)(const char*) = nullptr;
     long (*executeCommand)(const char*) = nullptr;
 };
 
@@ -31,6 +31,7 @@ struct ToolkitState {
     appiApplication* application = nullptr;
     std::array<void (*)(), static_cast<std::size_t>(TqShutDownStep::Count)> shutDownSteps{};
     TqObject* librarySingleton = nullptr;
+    bool licenseManagerSuppressed = false;
 };
 
 ToolkitState state;
@@ -115,6 +116,23 @@ appiApplication* TarqToolkit::getAppiApp() {
 
 bool TarqToolkit::staticInitializationDone() {
     return staticInitializationFlag;
+}
+
+const char* TarqToolkit::licenseFeatures() {
+    return state.callbacks.licenseFeatures ? state.callbacks.licenseFeatures() : nullptr;
+}
+
+void TarqToolkit::writeProtectionLog(const char* feature) {
+    if (state.callbacks.protectionLog)
+        state.callbacks.protectionLog(feature);
+}
+
+bool TarqToolkit::isLicenseManagerSuppressed() {
+    return state.licenseManagerSuppressed;
+}
+
+void TarqToolkit::setLicenseManagerSuppressed(bool suppressed) {
+    state.licenseManagerSuppressed = suppressed;
 }
 
 void TarqToolkit::setShutDownStep(TqShutDownStep step, void (*shutDown)()) {

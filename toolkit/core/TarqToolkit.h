@@ -51,10 +51,22 @@ public:
     // Destroys the application and clears both application pointers. Client slots filled by
     // initApplication keep the old pointer: clients must not use them after this.
     static void deleteApplication();
+    // The application object from initApplication until deleteApplication, else null.
     static appiApplication* getAppiApp();
 
     // True once the library's static initialisation has finished.
     static bool staticInitializationDone();
+
+    // --- Licensing: the toolkit forwards to the application client's callbacks ----------------
+    // The licensed-feature descriptions, as the application's callback returns them (the text
+    // lives wherever the application keeps it); null when it registered no such callback.
+    static const char* licenseFeatures();
+    // Hands one protection log line about feature to the application's callback; nothing
+    // happens when it registered none.
+    static void writeProtectionLog(const char* feature);
+    // Whether the licence manager is to be left uncalled, as a command-line switch asks.
+    static bool isLicenseManagerSuppressed();
+    static void setLicenseManagerSuppressed(bool suppressed);
 
     // Puts a service's shutdown function at its place in the toolkit's shutdown order.
     // Registering the same step again replaces the function; null removes it.

@@ -44,6 +44,7 @@ public:
     // The ini file's full path: the platform's ini directory, the separator and iniFile().
     QString iniPath() const;
 
+    // Strings the application owns (copies made by the setters below), or null when unset.
     const char* iniFile() const { return m_iniFile; }
     const char* helpFile() const { return m_helpFile; }
     const char* appFeatureRevString() const { return m_featureRevString; }
