@@ -131,6 +131,13 @@ protected:
     long skipComment(long max);
 
 private:
+    struct StreamReader;
+    struct AreaReader;
+    struct TokenText;
+    // What one pass of scanWith found; GaveUp only from a reader of the stream buffer's own
+    // characters, which reached their end.
+    enum class Scanned { Token, WhiteSpace, GaveUp };
+
     void init(ScanType* table);
     void setInput(std::istream* in);
     // The next byte (0..255), or -1 at end of input or on a read failure. The read that
@@ -138,10 +145,6 @@ private:
     inline int nextChar();
     int slowNextChar();
     int peekNext();
-    void storeChunk(const char* chunk, int count);
-    void skipWhiteRun();
-    template <bool dropCR>
-    int takeRun(std::uint64_t mask);
     // Whether nextChar may read straight from the stream buffer: nothing is pushed back and
     // the stream was good when the scanner was last entered.
     void refreshInput();
@@ -151,15 +154,20 @@ private:
     void copySettings(const Scanner& other);
     void freeOwned();
     void setEndToken();
-    // Stores c if the token has room; characters past the limit are dropped.
-    void store(char c) {
-        if (m_stored < v_maxTokenLength)
-            m_buffer[m_stored++] = c;
-    }
-    void finish(ScanType type);
-    void scanWord();
-    void scanNumber();
-    void scanString();
+    Scanned finish(const TokenText& text, ScanType type);
+    template <class Reader>
+    Scanned scanWith(Reader& in);
+    Scanned scanThroughStream();
+    template <class Reader>
+    bool skipWhiteRun(Reader& in);
+    template <bool dropCR, class Reader>
+    int takeRun(Reader& in, TokenText& out, std::uint64_t mask) const;
+    template <class Reader>
+    Scanned scanWord(Reader& in, TokenText& out);
+    template <class Reader>
+    Scanned scanNumber(Reader& in, TokenText& out);
+    template <class Reader>
+    Scanned scanString(Reader& in, TokenText& out);
 
     Token* m_token = nullptr;
     char* m_buffer = nullptr;
@@ -183,7 +191,6 @@ private:
     // Bit t set when isAllowableInWord(t).
     std::uint64_t m_wordMask = 0;
     bool m_privateTable = false;
-    unsigned m_stored = 0;
     int m_rescanDepth = 0;
 
     static ScanType* p_defaultTable;
