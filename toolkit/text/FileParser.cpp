@@ -4,6 +4,7 @@
 #include "core/TqObject.h"
 #include "core/iTaskDescription.h"
 
+#include <cstring>
 #include <locale>
 #include <memory>
 #include <ostream>
@@ -38,6 +39,14 @@ ScanType closerOf(ScanType open) {
     }
 }
 
+// Names are short: a plain loop beats a call of memcmp.
+bool sameText(const char* a, const char* b, std::size_t length) {
+    for (std::size_t i = 0; i < length; ++i)
+        if (a[i] != b[i])
+            return false;
+    return true;
+}
+
 // Leaves the nesting level it entered when the parse of one bracket pair ends.
 class NestingGuard {
 public:
@@ -69,25 +78,72 @@ FileParser::~FileParser() {
         delete section;
 }
 
-// A name listed twice keeps its first descriptor.
+// --- Name lookup ------------------------------------------------------------------------------
+
+template <class Descriptor>
+std::size_t FileParser::NameIndex<Descriptor>::hash(const char* text, std::size_t length) {
+    std::size_t ends = length == 0 ? 0
+                                   : static_cast<unsigned char>(text[0]) * 256u +
+                                         static_cast<unsigned char>(text[length - 1]);
+    return ((length << 16) ^ ends) * 0x9E3779B97F4A7C15ull;
+}
+
+template <class Descriptor>
+bool FileParser::NameIndex<Descriptor>::place(const Slot& slot) {
+    std::size_t mask = m_slots.size() - 1;
+    for (std::size_t i = hash(slot.name, slot.length) >> 40;; ++i) {
+        Slot& at = m_slots[i & mask];
+        if (!at.name) {
+            at = slot;
+            return true;
+        }
+        if (at.length == slot.length && sameText(at.name, slot.name, slot.length))
+            return false;
+    }
+}
+
+// The table is kept at most half full, so that a miss ends at an empty slot quickly.
+template <class Descriptor>
+void FileParser::NameIndex<Descriptor>::add(const char* name, Descriptor* descriptor) {
+    if (2 * (m_used + 1) > m_slots.size()) {
+        std::vector<Slot> old = std::move(m_slots);
+        m_slots.assign(old.empty() ? 16 : 2 * old.size(), Slot{});
+        for (const Slot& slot : old)
+            if (slot.name)
+                place(slot);
+    }
+    if (place(Slot{name, std::strlen(name), descriptor}))
+        ++m_used;
+}
+
+template <class Descriptor>
+Descriptor* FileParser::NameIndex<Descriptor>::find(const char* text, std::size_t length) const {
+    if (m_slots.empty())
+        return nullptr;
+    std::size_t mask = m_slots.size() - 1;
+    for (std::size_t i = hash(text, length) >> 40;; ++i) {
+        const Slot& at = m_slots[i & mask];
+        if (!at.name)
+            return nullptr;
+        if (at.length == length && sameText(at.name, text, length))
+            return at.descriptor;
+    }
+}
+
 void FileParser::loadTables(KeywordDescriptor* keywords) {
     for (KeywordDescriptor* keyword = keywords; keyword && keyword->name; ++keyword)
-        m_keywords.emplace(keyword->name, keyword);
+        m_keywords.add(keyword->name, keyword);
     for (SectionDescriptor** section = m_sections; section && *section; ++section)
         if ((*section)->name)
-            m_sectionNames.emplace((*section)->name, *section);
+            m_sectionNames.add((*section)->name, *section);
 }
 
 SectionDescriptor* FileParser::sectionDescriptor(const char* name) const {
-    if (!name)
-        return nullptr;
-    auto found = m_sectionNames.find(name);
-    return found == m_sectionNames.end() ? nullptr : found->second;
+    return name ? m_sectionNames.find(name, std::strlen(name)) : nullptr;
 }
 
 const KeywordDescriptor* FileParser::keywordDescriptor(const Token& token) const {
-    auto found = m_keywords.find(std::string_view(token.text(), token.length()));
-    return found == m_keywords.end() ? nullptr : found->second;
+    return m_keywords.find(token.text(), token.length());
 }
 
 bool FileParser::enterNesting() {
@@ -133,7 +189,7 @@ bool FileParser::cleanUp(short passes) {
 FileSection* FileParser::parseSection() {
     SectionDescriptor* descriptor = nullptr;
     while (!hasError() && token().type() != ST_END) {
-        descriptor = sectionDescriptor(token().text());
+        descriptor = m_sectionNames.find(token().text(), token().length());
         advance();
         if (descriptor && token().type() == ST_LPAREN)
             break;

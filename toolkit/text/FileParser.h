@@ -7,9 +7,8 @@
 #include "text/BasicParser.h"
 #include "text/FileElement.h"
 
+#include <cstddef>
 #include <iosfwd>
-#include <string_view>
-#include <unordered_map>
 #include <vector>
 
 class TqObject;
@@ -90,15 +89,36 @@ protected:
     virtual bool itemFilter(MultipleFileElement& list, ScanType type, short id);
 
 private:
+    // Descriptors by name. Every word of a list is looked up, and most are not names, so this
+    // is open addressing with a hash of a name's length and end characters, not a general map.
+    template <class Descriptor>
+    class NameIndex {
+    public:
+        // A name listed twice keeps its first descriptor.
+        void add(const char* name, Descriptor* descriptor);
+        Descriptor* find(const char* text, std::size_t length) const;
+
+    private:
+        struct Slot {
+            const char* name = nullptr;
+            std::size_t length = 0;
+            Descriptor* descriptor = nullptr;
+        };
+        static std::size_t hash(const char* text, std::size_t length);
+        // False if the name is there already.
+        bool place(const Slot& slot);
+
+        std::vector<Slot> m_slots;
+        std::size_t m_used = 0;
+    };
+
     void loadTables(KeywordDescriptor* keywords);
     bool enterNesting();
 
     void* m_owner;
     SectionDescriptor** m_sections;
-    // Keyed by views of the descriptors' names, which outlive the parser: a lookup per word
-    // then copies nothing.
-    std::unordered_map<std::string_view, KeywordDescriptor*> m_keywords;
-    std::unordered_map<std::string_view, SectionDescriptor*> m_sectionNames;
+    NameIndex<KeywordDescriptor> m_keywords;
+    NameIndex<SectionDescriptor> m_sectionNames;
     std::vector<FileSection*> m_kept;
     int m_nesting = 0;
 };

@@ -28,17 +28,6 @@ Token& Token::operator=(const Token& other) {
     return *this;
 }
 
-Token::~Token() {
-    freeOwned();
-}
-
-void Token::freeOwned() {
-    if (m_capacity > 0)
-        delete[] m_text;
-    m_text = nullptr;
-    m_capacity = 0;
-}
-
 void Token::layOver(char* buffer, unsigned size) {
     assert(buffer && size > 0 && "Token: a laid-over buffer needs at least one byte");
     freeOwned();

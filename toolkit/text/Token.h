@@ -6,6 +6,7 @@
 #include "core/TqExport.h"
 #include "text/ScanType.h"
 
+#include <cstring>
 #include <iosfwd>
 
 class TQ_EXPORT Token {
@@ -20,7 +21,7 @@ public:
     // Copies are always owning.
     Token(const Token& other);
     Token& operator=(const Token& other);
-    virtual ~Token();
+    virtual ~Token() { freeOwned(); }
 
     ScanType type() const { return m_type; }
     void setType(ScanType type) { m_type = type; }
@@ -47,11 +48,24 @@ public:
 
 private:
     friend class Scanner;
+    friend class SingleFileElement;
 
+    // A copy of other laid over buffer, which holds at least other.length() + 1 bytes.
+    Token(const Token& other, char* buffer)
+        : m_type(other.m_type), m_text(buffer), m_length(other.m_length),
+          m_foreignSize(other.m_length + 1) {
+        std::memcpy(buffer, other.m_text, other.m_length);
+        buffer[other.m_length] = '\0';
+    }
     // Makes room for size bytes, keeping the first keep characters of the text.
     void reserve(unsigned size, unsigned keep);
     void layOver(char* buffer, unsigned size);
-    void freeOwned();
+    void freeOwned() {
+        if (m_capacity > 0)
+            delete[] m_text;
+        m_text = nullptr;
+        m_capacity = 0;
+    }
 
     ScanType m_type = ST_NONE;
     char* m_text = nullptr;
