@@ -241,6 +241,7 @@ inline void Scanner::refreshInput() {
 int Scanner::slowNextChar() {
     if (m_pushed > 0) {
         int c = static_cast<unsigned char>(m_pushback[--m_pushed]);
+        ++m_numRead;
         refreshInput();
         return c;
     }
@@ -313,8 +314,10 @@ void Scanner::putback(char c) {
     unread(c == '\0' && m_in->eof() && m_pushed == 0 ? -1 : static_cast<unsigned char>(c));
 }
 
+// A read through the stream that meets the end sets failbit beside eofbit, so failbit counts
+// as trouble only without eofbit.
 bool Scanner::testGood() const {
-    return m_pushed > 0 || m_in->good() || (m_in->eof() && !m_in->bad() && !m_in->fail());
+    return m_pushed > 0 || (m_in->eof() ? !m_in->bad() : m_in->good());
 }
 
 inline void Scanner::setEndToken() {
