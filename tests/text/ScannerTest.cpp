@@ -41,14 +41,17 @@ private:
     std::size_t m_next = 0;
 };
 
-// A text to scan from a string (chunk 0) or from a stream buffer of the given chunk size.
+// A text scanned from a string (chunk 0) or through a stream buffer refilled every chunk
+// characters.
 struct Input {
-    Input(const std::string& text, std::size_t chunk) : buffer(text, chunk), stream(&buffer) {}
-    std::unique_ptr<Scanner> scanner(const std::string& text, std::size_t chunk, ScanType* table) {
-        if (chunk == 0)
-            return std::make_unique<Scanner>(text.c_str(), table);
-        return std::make_unique<Scanner>(stream, table);
+    Input(const std::string& text, std::size_t chunk)
+        : text(text), chunk(chunk), buffer(text, chunk), stream(&buffer) {}
+    std::unique_ptr<Scanner> scanner(ScanType* table = nullptr) {
+        return chunk == 0 ? std::make_unique<Scanner>(text.c_str(), table)
+                          : std::make_unique<Scanner>(stream, table);
     }
+    std::string text;
+    std::size_t chunk;
     ChunkedBuffer buffer;
     std::istream stream;
 };
@@ -66,13 +69,17 @@ Scanned scanAll(Scanner& scanner) {
     return tokens;
 }
 
-// One token per character of text, of the types in order, then the end.
-Scanned singles(const char* text, std::initializer_list<ScanType> types) {
-    Scanned tokens;
-    for (ScanType type : types)
-        tokens.emplace_back(type, std::string(1, *text++));
-    tokens.emplace_back(ST_END, "");
-    return tokens;
+// The tokens before the end, as "type:text" joined by '|'; a token whose text is its type's
+// display text is written as the text alone.
+std::string written(const Scanned& tokens) {
+    std::string text;
+    for (const auto& [type, value] : tokens) {
+        if (type == ST_END)
+            break;
+        text += text.empty() ? "" : "|";
+        text += value == scanTypeText(type) ? value : scanTypeText(type) + (":" + value);
+    }
+    return text;
 }
 
 enum class Setup { DefaultTable, VerilogTable, SlashDotInWords };
@@ -80,7 +87,7 @@ enum class Setup { DefaultTable, VerilogTable, SlashDotInWords };
 struct ScanCase {
     const char* name;
     const char* input;
-    Scanned expected;
+    const char* expected;
     Setup setup = Setup::DefaultTable;
 };
 
@@ -98,131 +105,73 @@ TEST_P(ScanTokens, YieldsTheExpectedTokensWhereverTheStreamBufferRefills) {
         Scanner::setType('\n', ST_NEWLINE, table.get());
     }
     Input input(scanCase.input, chunk);
-    auto scanner = input.scanner(scanCase.input, chunk, table.get());
+    auto scanner = input.scanner(table.get());
     scanner->setAllowSlashDotInWords(scanCase.setup == Setup::SlashDotInWords);
-    EXPECT_EQ(scanAll(*scanner), scanCase.expected) << scanCase.input;
+    Scanned tokens = scanAll(*scanner);
+    EXPECT_EQ(written(tokens), scanCase.expected) << scanCase.input;
+    EXPECT_EQ(tokens.back(), Scanned::value_type(ST_END, ""));
     EXPECT_EQ(scanner->numRead(), std::strlen(scanCase.input) + 1) << "every character and the end";
+    EXPECT_EQ(scanner->scanToken().type(), ST_END) << "the end repeats";
+    EXPECT_EQ(scanner->numRead(), std::strlen(scanCase.input) + 1);
 }
 
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(
     Scanner, ScanTokens,
-    ::testing::Combine(
-        ::testing::Values(
-            ScanCase{"Empty", "", {{ST_END, ""}}},
-            ScanCase{"WordsAndWhiteSpace",
-                     "alpha \t beta\n",
-                     {{ST_WORD, "alpha"}, {ST_WORD, "beta"}, {ST_END, ""}}},
-            ScanCase{
-                "DollarUnderscoreAndHighBytesAreLetters",
-                "$a_1 _x \xc3\xa9t\xc3\xa9",
-                {{ST_WORD, "$a_1"}, {ST_WORD, "_x"}, {ST_WORD, "\xc3\xa9t\xc3\xa9"}, {ST_END, ""}}},
-            ScanCase{"CarriageReturnDroppedInsideWordsAndNumbers",
-                     "ab\rc 1\r2 3e\r-4\r\n",
-                     {{ST_WORD, "abc"}, {ST_NUMBER, "12"}, {ST_NUMBER, "3e-4"}, {ST_END, ""}}},
-            ScanCase{"NumberRangeStopsBeforeTwoPoints",
-                     "1..2",
-                     {{ST_NUMBER, "1"}, {ST_DOTDOT, ".."}, {ST_NUMBER, "2"}, {ST_END, ""}}},
-            ScanCase{"FractionAndSignedExponentStayANumber",
-                     "1.5e-3 2E+7 4e9 3e",
-                     {{ST_NUMBER, "1.5e-3"},
-                      {ST_NUMBER, "2E+7"},
-                      {ST_NUMBER, "4e9"},
-                      {ST_NUMBER, "3e"},
-                      {ST_END, ""}}},
-            ScanCase{"LettersTurnANumberIntoAWord",
-                     "10ns 0ff1 1ex 2e5e 1e-x",
-                     {{ST_WORD, "10ns"},
-                      {ST_WORD, "0ff1"},
-                      {ST_WORD, "1ex"},
-                      {ST_WORD, "2e5e"},
-                      {ST_WORD, "1e-x"},
-                      {ST_END, ""}}},
-            ScanCase{"PointsStartNumbersAndASecondPointEndsOne",
-                     "1.2.3 .25 . x",
-                     {{ST_NUMBER, "1.2"},
-                      {ST_NUMBER, ".3"},
-                      {ST_NUMBER, ".25"},
-                      {ST_NUMBER, "."},
-                      {ST_WORD, "x"},
-                      {ST_END, ""}}},
-            ScanCase{
-                "StringTextHasNoQuotesAndKeepsEscapes",
-                "\"a \\\"b\\\" c\" x \"open",
-                {{ST_STRING, "a \\\"b\\\" c"}, {ST_WORD, "x"}, {ST_STRING, "open"}, {ST_END, ""}}},
-            ScanCase{"AtSignForms",
-                     "@- @/ @x",
-                     {{ST_AT_MINUS, "@-"},
-                      {ST_AT_SLASH, "@/"},
-                      {ST_AT, "@"},
-                      {ST_WORD, "x"},
-                      {ST_END, ""}}},
-            ScanCase{"QuoteWithoutBaseClassLeavesTheNextCharacter",
-                     "'h",
-                     {{ST_QUOTE, "'"}, {ST_WORD, "h"}, {ST_END, ""}}},
-            ScanCase{"Punctuation", "+-*/()[]:,<>#;^\\{",
-                     singles("+-*/()[]:,<>#;^\\{",
-                             {ST_PLUS, ST_MINUS, ST_STAR, ST_SLASH, ST_LPAREN, ST_RPAREN,
-                              ST_LBRACKET, ST_RBRACKET, ST_COLON, ST_COMMA, ST_LESS, ST_GREATER,
-                              ST_HASH, ST_SEMICOLON, ST_CARET, ST_BACKSLASH, ST_NONE})},
-            ScanCase{"BaseAndNewlineClassesGiveTheirOwnTokens",
-                     "'hff 'x B\"01\" bad\nz",
-                     {{ST_BASE_HEX, "'h"},
-                      {ST_WORD, "ff"},
-                      {ST_QUOTE, "'"},
-                      {ST_WORD, "x"},
-                      {ST_BASE_BIN, "B"},
-                      {ST_STRING, "01"},
-                      {ST_WORD, "bad"},
-                      {ST_NEWLINE, "\n"},
-                      {ST_WORD, "z"},
-                      {ST_END, ""}},
-                     Setup::VerilogTable},
-            ScanCase{"SlashDotFlagKeepsPointsBracketsAndQuotesInWords",
-                     "top.u1[3] \"q\"",
-                     {{ST_WORD, "top.u1[3]"}, {ST_STRING, "\"q\""}, {ST_END, ""}},
-                     Setup::SlashDotInWords}),
-        ::testing::Values(0u, 1u, 2u, 5u)),
+    ::testing::Combine(::testing::Values(
+        ScanCase{"Empty", "", ""},
+        ScanCase{"WordsAndWhiteSpace", "alpha \t beta\n", "word:alpha|word:beta"},
+        ScanCase{"DollarUnderscoreAndHighBytesAreLetters", "$a_1 _x \xc3\xa9t",
+                 "word:$a_1|word:_x|word:\xc3\xa9t"},
+        ScanCase{"CarriageReturnDroppedInsideWordsAndNumbers", "ab\rc 1\r2 3e\r-4\r\n",
+                 "word:abc|number:12|number:3e-4"},
+        ScanCase{"NumberRangeStopsBeforeTwoPoints", "1..2", "number:1|..|number:2"},
+        ScanCase{"FractionAndSignedExponentStayANumber", "1.5e-3 2E+7 4e9 3e",
+                 "number:1.5e-3|number:2E+7|number:4e9|number:3e"},
+        ScanCase{"LettersTurnANumberIntoAWord", "10ns 0ff1 1ex 2e5e 1e-x",
+                 "word:10ns|word:0ff1|word:1ex|word:2e5e|word:1e-x"},
+        ScanCase{"PointsStartNumbersAndASecondPointEndsOne", "1.2.3 .25 . x",
+                 "number:1.2|number:.3|number:.25|number:.|word:x"},
+        ScanCase{"StringTextHasNoQuotesAndKeepsEscapes", "\"a \\\"b\\\" c\" x \"open",
+                 "string:a \\\"b\\\" c|word:x|string:open"},
+        ScanCase{"AtSignForms", "@- @/ @x", "@-|@/|@|word:x"},
+        ScanCase{"QuoteWithoutBaseClassLeavesTheNextCharacter", "'h", "'|word:h"},
+        ScanCase{"Punctuation", "+-*/()[]:,<>#;^\\{", "+|-|*|/|(|)|[|]|:|,|<|>|#|;|^|\\|none:{"},
+        ScanCase{"BaseAndNewlineClassesGiveTheirOwnTokens", "'hff 'x B\"01\" bad\nz",
+                 "'h|word:ff|'|word:x|'b:B|string:01|word:bad|\n|word:z", Setup::VerilogTable},
+        ScanCase{"SlashDotFlagKeepsPointsBracketsAndQuotesInWords", "top.u1[3] \"q\"",
+                 "word:top.u1[3]|string:\"q\"", Setup::SlashDotInWords}),
+    ::testing::Values(0u, 1u, 2u, 5u)),
     [](const auto& info) {
         return std::string(std::get<0>(info.param).name) + "_Chunk" +
                std::to_string(std::get<1>(info.param));
     });
-
-TEST(Scanner, EndTokenRepeatsAfterEndOfInput) {
-    Scanner scanner("x", nullptr);
-    EXPECT_EQ(scanner.scanToken().type(), ST_WORD);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(scanner.scanToken().type(), ST_END);
-        EXPECT_EQ(scanner.token().length(), 0u);
-    }
-}
+// clang-format on
 
 TEST(Scanner, OverlongTokensAreCutAt8191CharactersAndConsumedWhole) {
     const std::string text = std::string(9000, 'a') + " \"" + std::string(10000, 's') + "\" " +
                              std::string(9000, '7') + " b";
-    const Scanned expected{{ST_WORD, std::string(8191, 'a')},
-                           {ST_STRING, std::string(8191, 's')},
-                           {ST_NUMBER, std::string(8191, '7')},
-                           {ST_WORD, "b"},
-                           {ST_END, ""}};
+    const std::string expected = "word:" + std::string(8191, 'a') +
+                                 "|string:" + std::string(8191, 's') +
+                                 "|number:" + std::string(8191, '7') + "|word:b";
     for (std::size_t chunk : {0u, 4096u}) {
         Input input(text, chunk);
-        EXPECT_EQ(scanAll(*input.scanner(text, chunk, nullptr)), expected) << chunk;
+        EXPECT_EQ(written(scanAll(*input.scanner())), expected) << chunk;
     }
 }
 
 // A caller may go on reading the stream itself after any token.
 TEST(Scanner, LeavesTheStreamJustAfterTheTokenAndCountsWhatItTook) {
     const std::string text = "alpha 12..5e3 'x rest of line";
-    for (std::size_t chunk : {0u, 1u, 3u}) {
-        ChunkedBuffer buffer(text, chunk == 0 ? text.size() : chunk);
-        std::istream in(&buffer);
-        Scanner scanner(in, nullptr);
+    for (std::size_t chunk : {text.size(), std::size_t{1}, std::size_t{3}}) {
+        Input input(text, chunk);
+        auto scanner = input.scanner();
         for (const char* expected : {"alpha", "12", "..", "5e3", "'"})
-            EXPECT_STREQ(scanner.scanToken().text(), expected) << chunk;
+            EXPECT_STREQ(scanner->scanToken().text(), expected) << chunk;
         std::string rest;
-        std::getline(in, rest);
+        std::getline(input.stream, rest);
         EXPECT_EQ(rest, "x rest of line") << chunk;
-        EXPECT_EQ(scanner.numRead(), text.find('x')) << chunk;
+        EXPECT_EQ(scanner->numRead(), text.find('x')) << chunk;
     }
 }
 
@@ -230,11 +179,8 @@ TEST(Scanner, KeywordsMatchWithoutRegardToCase) {
     HC_<ScannerKeyword> keywords(&ScannerKeyword::keyFromScannerKeyword);
     keywords.add(new ScannerKeyword("Module"));
     Scanner scanner("module MODULE mOdUlE modules", &keywords, nullptr);
-    EXPECT_EQ(scanAll(scanner), (Scanned{{ST_KEYWORD, "module"},
-                                         {ST_KEYWORD, "MODULE"},
-                                         {ST_KEYWORD, "mOdUlE"},
-                                         {ST_WORD, "modules"},
-                                         {ST_END, ""}}));
+    EXPECT_EQ(written(scanAll(scanner)),
+              "keyword:module|keyword:MODULE|keyword:mOdUlE|word:modules");
     keywords.deleteContents();
 }
 
@@ -281,8 +227,7 @@ TEST(Scanner, MemberSetTypeCopiesTheSharedTableInsteadOfChangingIt) {
     Scanner changed("a=b", nullptr);
     changed.setType('=', ST_EQUALS);
     EXPECT_EQ(Scanner::defaultTypeTable()['='], ST_NONE);
-    EXPECT_EQ(scanAll(changed),
-              (Scanned{{ST_WORD, "a"}, {ST_EQUALS, "="}, {ST_WORD, "b"}, {ST_END, ""}}));
+    EXPECT_EQ(written(scanAll(changed)), "word:a|=|word:b");
     Scanner copy(changed);
     EXPECT_EQ(copy.typeOf('='), ST_EQUALS);
 }

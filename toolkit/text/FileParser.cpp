@@ -170,8 +170,6 @@ bool FileParser::read(short passes) {
                 return false;
         }
     }
-    if (hasError())
-        return false;
     if (task() && task()->isCancelled())
         return false;
     return cleanUp(passes);
@@ -236,10 +234,17 @@ MultipleFileElement* FileParser::parseBrackets(ScanType open, ScanType close,
             break;
         case ST_NUMBER:
             if (negative) {
-                token().prepend("-");
+                // The signed copy is built in a token of the parser's own: prepending to the
+                // scanner's token would move it off the scanner's buffer, one allocation per
+                // negative number, and the next scan replaces that token anyway.
+                m_signedNumber.setValue("-", 1);
+                m_signedNumber.append(token().text());
+                m_signedNumber.setType(ST_NUMBER);
+                list->addToken(m_signedNumber);
                 negative = false;
+            } else {
+                list->addToken(token());
             }
-            list->addToken(token());
             advance();
             break;
         case ST_WORD:

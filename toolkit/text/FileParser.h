@@ -28,8 +28,9 @@ public:
                KeywordDescriptor* keywords);
     ~FileParser() override;
 
-    // Parses the whole input, then returns cleanUp(passes). False as soon as a section that
-    // is processed at once is rejected, a syntax error is met, or the task is cancelled.
+    // Parses the whole input, then returns cleanUp(passes). A syntax error ends the input
+    // there (the sections before it are still processed; hasError() tells). False as soon as
+    // a section that is processed at once is rejected, or when the task is cancelled.
     [[nodiscard]] bool read(short passes);
     // Hands every kept section to processKept, pass by pass (pass 0 to passes - 1), in the
     // order kept; false if any call returned false, but all calls are made.
@@ -120,5 +121,6 @@ private:
     NameIndex<KeywordDescriptor> m_keywords;
     NameIndex<SectionDescriptor> m_sectionNames;
     std::vector<FileSection*> m_kept;
+    Token m_signedNumber;
     int m_nesting = 0;
 };
