@@ -1,4 +1,5 @@
 #include "text/Scanner.h"
+#include "ChunkedBuffer.h"
 
 #include "core/iTaskDescription.h"
 
@@ -12,34 +13,11 @@
 #include <sstream>
 #include <string>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 namespace {
 
 using Scanned = std::vector<std::pair<ScanType, std::string>>;
-
-// Hands its text out in get areas of chunk characters with no room to put back into, so that
-// tokens straddle every refill and put-back falls to the scanner's own.
-class ChunkedBuffer : public std::streambuf {
-public:
-    ChunkedBuffer(std::string text, std::size_t chunk) : m_text(std::move(text)), m_chunk(chunk) {}
-
-protected:
-    int_type underflow() override {
-        if (m_next >= m_text.size())
-            return traits_type::eof();
-        char* start = m_text.data() + m_next;
-        m_next += std::min(m_chunk, m_text.size() - m_next);
-        setg(start, start, m_text.data() + m_next);
-        return traits_type::to_int_type(*start);
-    }
-
-private:
-    std::string m_text;
-    std::size_t m_chunk;
-    std::size_t m_next = 0;
-};
 
 // A text scanned from a string (chunk 0) or through a stream buffer refilled every chunk
 // characters.

@@ -4,6 +4,7 @@
 #include "core/TqObject.h"
 #include "core/iTaskDescription.h"
 
+#include <cstdint>
 #include <cstring>
 #include <locale>
 #include <memory>
@@ -80,18 +81,20 @@ FileParser::~FileParser() {
 
 // --- Name lookup ------------------------------------------------------------------------------
 
+// Fibonacci hashing: the top bits of the product spread names that differ in any of the three.
 template <class Descriptor>
 std::size_t FileParser::NameIndex<Descriptor>::hash(const char* text, std::size_t length) {
-    std::size_t ends = length == 0 ? 0
-                                   : static_cast<unsigned char>(text[0]) * 256u +
-                                         static_cast<unsigned char>(text[length - 1]);
-    return ((length << 16) ^ ends) * 0x9E3779B97F4A7C15ull;
+    std::uint64_t ends = length == 0 ? 0
+                                     : static_cast<unsigned char>(text[0]) * 256u +
+                                           static_cast<unsigned char>(text[length - 1]);
+    return static_cast<std::size_t>(
+        ((std::uint64_t{length} << 16) ^ ends) * 0x9E3779B97F4A7C15ull >> 40);
 }
 
 template <class Descriptor>
 bool FileParser::NameIndex<Descriptor>::place(const Slot& slot) {
     std::size_t mask = m_slots.size() - 1;
-    for (std::size_t i = hash(slot.name, slot.length) >> 40;; ++i) {
+    for (std::size_t i = hash(slot.name, slot.length);; ++i) {
         Slot& at = m_slots[i & mask];
         if (!at.name) {
             at = slot;
@@ -121,7 +124,7 @@ Descriptor* FileParser::NameIndex<Descriptor>::find(const char* text, std::size_
     if (m_slots.empty())
         return nullptr;
     std::size_t mask = m_slots.size() - 1;
-    for (std::size_t i = hash(text, length) >> 40;; ++i) {
+    for (std::size_t i = hash(text, length);; ++i) {
         const Slot& at = m_slots[i & mask];
         if (!at.name)
             return nullptr;

@@ -15,10 +15,13 @@ namespace {
 
 constexpr unsigned bufferSize = Scanner::v_maxTokenLength + 1;
 
-void upperCaseAscii(std::string& text) {
-    for (char& c : text)
-        if (c >= 'a' && c <= 'z')
-            c = static_cast<char>(c - 'a' + 'A');
+// Keywords and the words looked up against them are upper-cased the same way, by ASCII rules:
+// the C library's toupper would follow the locale the application set and could change bytes
+// of a keyword but not of the word.
+void upperCaseAscii(char* text, std::size_t length) {
+    for (char* c = text; c != text + length; ++c)
+        if (*c >= 'a' && *c <= 'z')
+            *c = static_cast<char>(*c - 'a' + 'A');
 }
 
 } // namespace
@@ -26,7 +29,7 @@ void upperCaseAscii(std::string& text) {
 // --- ScannerKeyword ---------------------------------------------------------------------------
 
 ScannerKeyword::ScannerKeyword(const char* text) : m_text(mem_strdup(text ? text : "")) {
-    strToUpper(m_text);
+    upperCaseAscii(m_text, std::strlen(m_text));
 }
 
 ScannerKeyword::~ScannerKeyword() {
@@ -476,7 +479,7 @@ bool Scanner::checkKeyword() const {
     if (!m_keywords)
         return false;
     std::string key(m_token->text(), m_token->length());
-    upperCaseAscii(key);
+    upperCaseAscii(key.data(), key.size());
     return m_keywords->find(key.c_str()) != nullptr;
 }
 
@@ -496,6 +499,9 @@ void Scanner::skipwhite() {
     StreamReader in{*this};
     skipWhiteRun(in);
 }
+
+// The steps of a token below are forced inline into scanWith: only then do a reader's pointers
+// and the token's end stay in registers instead of going through memory at every character.
 
 // False when the reader gave up.
 template <class Reader>

@@ -47,10 +47,12 @@ public:
     virtual ~Scanner();
 
     // --- Scanning ------------------------------------------------------------------------------
-    // Reads the next token into the current token and returns it; at end of input, and while
-    // the task is cancelled, the token is `end` with empty text. After a white-space character
-    // the scan starts again through this virtual function, once per run of white space, so
-    // that an override sees the rescan.
+    // Reads the next token into the current token and returns it; at end of input, on a read
+    // failure and while the task is cancelled, the token is `end` with empty text. After a
+    // white-space character the scan starts again through this virtual function, once per run
+    // of white space, so that an override sees the rescan. The stream is left just after the
+    // token, so a caller may go on reading it; only a character that the stream buffer would
+    // not take back stays with the scanner, which hands it out first.
     virtual Token& scanToken();
     // The current token (its text lives in the scanner's buffer until the next scan).
     Token& token() { return *m_token; }
