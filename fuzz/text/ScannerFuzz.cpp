@@ -1,6 +1,9 @@
 // Scans arbitrary input with the default table, or with a character table, keyword set and
-// word flags taken from the input itself.
+// word flags taken from the input itself. The same text is scanned from a string stream and
+// through a stream buffer refilled every few characters: the tokens and the count of
+// characters read must agree, whichever way the characters arrive.
 #include "text/BasicParser.h"
+#include "text/ChunkedBuffer.h"
 #include "text/Scanner.h"
 
 #include <cstddef>
@@ -8,20 +11,38 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
-void scanAll(Scanner& scanner) {
+struct Flags {
+    char slashDot;
+    char squareBrackets;
+    bool newlineBlank;
+};
+
+using Scanned = std::vector<std::pair<ScanType, std::string>>;
+
+// The tokens up to the end and the count of characters read by then.
+Scanned scanAll(Scanner& scanner, const Flags& flags, unsigned long& numRead) {
+    scanner.setAllowSlashDotInWords(flags.slashDot);
+    scanner.setAllowSquareBracketsInWords(flags.squareBrackets);
+    if (flags.newlineBlank)
+        scanner.setType(' ', ST_NEWLINE);
+    Scanned tokens;
     // Every token consumes input or ends it, so the count is bounded by the input's length;
     // the guard only makes a fault show as a crash instead of a hang.
     for (int guard = 0; guard < 1 << 20; ++guard) {
         Token& token = scanner.scanToken();
-        if (token.length() > Scanner::v_maxTokenLength)
+        if (token.length() > Scanner::v_maxTokenLength || token.text()[token.length()] != '\0' ||
+            token.type() < 0 || token.type() >= ST_COUNT)
             __builtin_trap();
-        if (token.type() == ST_END && !scanner.testGood())
-            return;
-        if (token.type() == ST_END && token.length() == 0)
-            return;
+        tokens.emplace_back(token.type(), std::string(token.text(), token.length()));
+        if (token.type() == ST_END && token.length() == 0) {
+            numRead = scanner.numRead();
+            return tokens;
+        }
     }
     __builtin_trap();
 }
@@ -35,7 +56,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ++data;
     --size;
     std::unique_ptr<ScanType[]> table;
-    HC_<ScannerKeyword> keywords(&ScannerKeyword::keyFromScannerKeyword);
     if ((mode & 1) && size >= 64) {
         // 64 bytes change classes: pairs of (character, class).
         table.reset(Scanner::newTypeTable());
@@ -46,6 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         size -= 64;
     }
     std::string text(reinterpret_cast<const char*>(data), size);
+    HC_<ScannerKeyword> keywords(&ScannerKeyword::keyFromScannerKeyword);
     if (mode & 2) {
         // Keywords are the first few words of the text itself.
         std::istringstream words(text);
@@ -60,20 +81,30 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::istringstream in(text);
         BasicParser parser(in, table.get());
         parser.setAllowSlashDotInWords(static_cast<char>(mode & 8));
-        parser.setAllowSquareBracketsInWords(static_cast<char>(mode & 16));
         parser.advance();
         while (parser.match(parser.token().type()) && parser.token().type() != ST_END)
             ;
         if (!parser.match(static_cast<ScanType>(mode % ST_COUNT)) && !parser.errorMessage())
             __builtin_trap();
-    } else {
-        // A NUL in the text ends a C string, so the text scanner sees only its first part.
+    } else if (mode & 2) {
+        // Only a text scanner takes keywords; a NUL ends its text.
+        const Flags flags{static_cast<char>(mode & 8), static_cast<char>(mode & 16), false};
         Scanner scanner(text.c_str(), &keywords, table.get());
-        scanner.setAllowSlashDotInWords(static_cast<char>(mode & 8));
-        scanner.setAllowSquareBracketsInWords(static_cast<char>(mode & 16));
-        if (mode & 32)
-            scanner.setType(' ', ST_NEWLINE);
-        scanAll(scanner);
+        unsigned long numRead = 0;
+        scanAll(scanner, flags, numRead);
+    } else {
+        const Flags flags{static_cast<char>(mode & 8), static_cast<char>(mode & 16),
+                          (mode & 32) != 0};
+        std::istringstream whole(text);
+        Scanner wholeScanner(whole, table.get());
+        ChunkedBuffer buffer(text, 1 + (mode >> 6) * 2);
+        std::istream chunked(&buffer);
+        Scanner chunkedScanner(chunked, table.get());
+        unsigned long wholeRead = 0, chunkedRead = 0;
+        if (scanAll(wholeScanner, flags, wholeRead) !=
+                scanAll(chunkedScanner, flags, chunkedRead) ||
+            wholeRead != chunkedRead || wholeRead != text.size() + 1)
+            __builtin_trap();
     }
     keywords.deleteContents();
     return 0;

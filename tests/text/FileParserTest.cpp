@@ -10,9 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -35,8 +33,8 @@ SectionDescriptor* sections[] = {&signalSection, &viewSection, nullptr};
 // Keeps every section and records what cleanUp hands over, as "pass:printed form".
 class RecordingParser : public FileParser {
 public:
-    RecordingParser(const char* text) : FileParser(text, this, sections, keywords) {}
-    RecordingParser(std::istream& in) : FileParser(in, this, sections, keywords) {}
+    explicit RecordingParser(const char* text) : FileParser(text, this, sections, keywords) {}
+    explicit RecordingParser(std::istream& in) : FileParser(in, this, sections, keywords) {}
 
     bool keepTest(const SectionDescriptor&) override { return true; }
     bool processKept(FileSection& section) override {
@@ -65,12 +63,6 @@ public:
 class FileParserTest : public ToolkitCycle {
 protected:
     void SetUp() override { TarqToolkit::registerSelf(); }
-
-    std::vector<std::string> readAll(const char* text, bool expected = true) {
-        RecordingParser parser(text);
-        EXPECT_EQ(parser.read(2), expected) << text;
-        return parser.seen;
-    }
 };
 
 TEST_F(FileParserTest, ReadsSectionsIntoElementTrees) {
@@ -80,17 +72,21 @@ TEST_F(FileParserTest, ReadsSectionsIntoElementTrees) {
     } cases[] = {
         {"", {}},
         {"Signal(a, 1 \"s t\")", {"0:Signal(a,1,s t)"}},
-        {"Signal(- 5 @-6 - x 7)", {"0:Signal(-5,-6,x,7)"}},
+        {"Signal(- 5 @-6 - x 7 -)", {"0:Signal(-5,-6,x,7)"}},
         {"Signal(edge(1,2) flag time())", {"0:Signal(edge(1,2),flag(),time())"}},
         {"Signal([a <b> (c)])", {"0:Signal([(a,<(b),((c)))"}},
         {"Unknown(x (Signal(y)) [z]) Signal(ok)", {"0:Signal(ok)"}},
-        {"Signal x Signal(y)", {"0:Signal(y)"}},
+        {"Signal x \"Signal\"(y)", {"0:Signal(y)"}},
         {"View(v) Signal(s)", {"0:Signal(s)", "1:View(v)"}},
         {"Signal(a b", {"0:Signal(a,b)"}},
         {"Signal(: ; # a)", {"0:Signal(a)"}},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(readAll(c.input), c.sections) << c.input;
+    for (const Case& c : cases) {
+        RecordingParser parser(c.input);
+        EXPECT_TRUE(parser.read(2)) << c.input;
+        EXPECT_EQ(parser.seen, c.sections) << c.input;
+        EXPECT_FALSE(parser.hasError()) << c.input;
+    }
 }
 
 TEST_F(FileParserTest, ElementsGiveTheirItemsByIndexAndSafeDefaultsPastTheEnd) {
@@ -104,8 +100,11 @@ TEST_F(FileParserTest, ElementsGiveTheirItemsByIndexAndSafeDefaultsPastTheEnd) {
             EXPECT_EQ(edge.type(1), ST_STRING);
             EXPECT_STREQ(edge.value(0), "1");
             EXPECT_EQ(section.type(1), ST_NUMBER);
+            EXPECT_EQ(section.element(2).id(), -3);
+            EXPECT_EQ(section.element(2).element(0).id(), -2);
             EXPECT_EQ(section.value(5), nullptr);
             EXPECT_EQ(section.type(-1), ST_END);
+            EXPECT_EQ(section.token(9).type(), ST_END);
             EXPECT_EQ(section.element(9).numberOfElements(), 0);
             FileElement& single = edge.element(1);
             EXPECT_EQ(&single.element(7), &single);
@@ -113,22 +112,43 @@ TEST_F(FileParserTest, ElementsGiveTheirItemsByIndexAndSafeDefaultsPastTheEnd) {
             int count = 0;
             for (auto items = section.iterator(); items.hasNext(); items.next())
                 ++count;
-            EXPECT_EQ(count, 2);
+            EXPECT_EQ(count, 3);
             return true;
         }
-    } keep("Signal(edge(1 \"x\") 2)");
+    } keep("Signal(edge(1 \"x\") 2 [<q>])");
     EXPECT_TRUE(keep.read(1));
 }
 
-TEST_F(FileParserTest, SyntaxErrorDiscardsTheSectionAndFailsTheRead) {
-    std::string deep = "Signal(" + std::string(100000, '(') + ")";
-    RecordingParser nested(deep.c_str());
-    EXPECT_FALSE(nested.read(1));
-    EXPECT_TRUE(nested.hasError());
-    EXPECT_TRUE(nested.keptSections().empty());
+// The filter sees every token of a list with the list's id: the section's own at the top,
+// -1 inside nested lists and keyword arguments.
+TEST_F(FileParserTest, ItemFilterIsOfferedEveryTokenAndKeepsWhatItTakes) {
+    struct Filtering : RecordingParser {
+        using RecordingParser::RecordingParser;
+        bool itemFilter(MultipleFileElement& list, ScanType type, short id) override {
+            offered.push_back(std::string(token().text()) + "@" + std::to_string(id));
+            if (type != ST_HASH)
+                return false;
+            list.addToken(Token(ST_WORD, "hash"));
+            advance();
+            return true;
+        }
+        std::vector<std::string> offered;
+    } parser("Signal(a # edge(# 1) [2])");
+    EXPECT_TRUE(parser.read(1));
+    EXPECT_EQ(parser.seen, std::vector<std::string>{"0:Signal(a,hash,edge(hash,1),[(2))"});
+    EXPECT_EQ(parser.offered,
+              (std::vector<std::string>{"a@1", "#@1", "edge@1", "#@-1", "1@-1", "[@1", "2@-1"}));
+}
 
-    std::string deepUnknown = "Unknown(" + std::string(100000, '[') + " Signal(x)";
-    EXPECT_FALSE(RecordingParser(deepUnknown.c_str()).read(1));
+// A syntax error ends the input there: the sections before it are still processed.
+TEST_F(FileParserTest, SyntaxErrorDiscardsItsSectionAndEndsTheInput) {
+    for (const std::string& nested :
+         {"Signal(" + std::string(100000, '(') + ")", "Unknown(" + std::string(300, '[')}) {
+        RecordingParser parser(("View(v) " + nested + " Signal(after)").c_str());
+        EXPECT_TRUE(parser.read(2));
+        EXPECT_TRUE(parser.hasError());
+        EXPECT_EQ(parser.seen, std::vector<std::string>{"1:View(v)"});
+    }
 }
 
 TEST_F(FileParserTest, ProcessNowRejectionStopsTheReadAndCleanUpMakesEveryCall) {
@@ -143,12 +163,10 @@ TEST_F(FileParserTest, ProcessNowRejectionStopsTheReadAndCleanUpMakesEveryCall) 
     EXPECT_FALSE(rejectedKept.read(2));
     EXPECT_EQ(rejectedKept.seen,
               (std::vector<std::string>{"0:Signal(a)", "0:Signal(b)", "1:View(c)"}));
-}
 
-TEST_F(FileParserTest, DefaultHooksKeepNothingAndReadSucceeds) {
-    FileParser parser("Signal(a) View(b)", nullptr, sections, keywords);
-    EXPECT_TRUE(parser.read(3));
-    EXPECT_TRUE(parser.keptSections().empty());
+    FileParser defaults("Signal(a) View(b)", nullptr, sections, keywords);
+    EXPECT_TRUE(defaults.read(3));
+    EXPECT_TRUE(defaults.keptSections().empty()) << "the toolkit's hooks keep nothing";
 }
 
 TEST_F(FileParserTest, ParseStringTakesRawTextToWhiteSpaceAndUnquotes) {
@@ -172,6 +190,11 @@ TEST_F(FileParserTest, ParseStringTakesRawTextToWhiteSpaceAndUnquotes) {
         EXPECT_STREQ(element->value(0), c.value) << c.input;
         EXPECT_STREQ(parser.token().text(), c.next) << c.input;
     }
+    const std::string longValue = "a/" + std::string(9000, 'v');
+    RecordingParser parser(longValue.c_str());
+    parser.advance();
+    std::unique_ptr<SingleFileElement> element(&parser.parseString());
+    EXPECT_EQ(element->token(0).length(), 8190u) << "cut at 8190 characters in all";
 }
 
 TEST_F(FileParserTest, ReadReportsProgressAndStopsWhenCancelled) {
@@ -246,36 +269,28 @@ TEST_F(FileParserTest, WrittenItemsReadBackUnchanged) {
         for (int item = 0, items = 1 + pick(8); item < items; ++item) {
             const char* name = names[pick(3)];
             std::vector<std::string> args{name};
-            switch (pick(3)) {
-            case 0: {
+            if (int kind = pick(3); kind == 0) {
                 std::string text;
                 for (int i = 0, n = pick(12); i < n; ++i)
-                    text += static_cast<char>(1 + pick(126));
+                    text += static_cast<char>(1 + pick(255));
                 FileParser::storeKeywordQuotedString(file, name, text.c_str());
                 args.push_back(text);
-                break;
-            }
-            case 1: {
+            } else if (kind == 1) {
                 double value = std::ldexp(static_cast<double>(random()) - 2e9, pick(60) - 30);
                 const char* text = FileParser::convertToString(value);
-                std::string inner = std::string(text).substr(1);
-                inner.pop_back();
-                args.push_back(inner);
+                std::string unquoted = std::string(text).substr(1);
+                unquoted.pop_back();
+                args.push_back(unquoted);
                 FileParser::storeKeyword(file, name, text);
-                break;
-            }
-            default: {
+            } else {
                 std::string a = std::to_string(pick(100000) - 50000);
                 std::string b = "w";
                 b += std::to_string(pick(100));
                 const char* c = pick(2) ? "z_9" : nullptr;
                 FileParser::storeKeyword(file, name, a.c_str(), b.c_str(), c);
-                args.push_back(a);
-                args.push_back(b);
+                args.insert(args.end(), {a, b});
                 if (c)
                     args.push_back(c);
-                break;
-            }
             }
             expected.push_back(args);
         }

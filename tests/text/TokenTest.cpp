@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <string>
 
 namespace {
 
@@ -14,24 +15,41 @@ TEST(Token, SetValueReallocatesOnlyWhenTooSmallAndThenToExactSize) {
     EXPECT_STREQ(token.text(), "xy");
     token.setValue("0123456789", 10);
     EXPECT_EQ(token.capacity(), 11u);
+    token.setValue(token.text() + 4);
+    EXPECT_STREQ(token.text(), "456789") << "its own text, shifted";
     token.setValue(nullptr);
     EXPECT_EQ(token.length(), 0u);
     EXPECT_STREQ(token.text(), "");
 }
 
-TEST(Token, LaidOverTokenUsesTheBufferAndMovesToTheHeapWhenTextOutgrowsIt) {
-    char buffer[8] = "zzzzzzz";
-    Token token(buffer, sizeof buffer);
-    EXPECT_EQ(token.capacity(), 0u);
-    token.setValue("abc");
-    EXPECT_EQ(token.text(), buffer);
+// A laid-over token has no capacity of its own, so any new text moves it to the heap.
+TEST(Token, LaidOverTokenMovesToAnExactHeapCopyWhenItsTextIsSet) {
+    auto change = [](Token& token) { token.setValue("abc"); };
+    auto prepend = [](Token& token) { token.prepend("abc"); };
+    auto append = [](Token& token) { token.append("abc"); };
+    for (auto edit : {+change, +prepend, +append}) {
+        char buffer[8] = "zzzzzzz";
+        Token token(buffer, sizeof buffer);
+        EXPECT_EQ(token.text(), buffer);
+        EXPECT_EQ(token.capacity(), 0u);
+        edit(token);
+        EXPECT_NE(token.text(), buffer);
+        EXPECT_STREQ(token.text(), "abc");
+        EXPECT_EQ(token.capacity(), 4u);
+        EXPECT_STREQ(buffer, "") << "the caller's buffer is only emptied";
+    }
+}
+
+TEST(Token, PrependAndAppendGrowToFitAndAcceptTheirOwnText) {
+    Token token(ST_NUMBER, "12");
     token.prepend("-");
-    EXPECT_STREQ(buffer, "-abc");
-    token.append("defghij");
-    EXPECT_NE(token.text(), buffer);
-    EXPECT_STREQ(token.text(), "-abcdefghij");
-    EXPECT_EQ(token.capacity(), 12u);
-    EXPECT_STREQ(buffer, "-abc") << "the caller's buffer is never written past or freed";
+    token.append(".5");
+    EXPECT_STREQ(token.text(), "-12.5");
+    EXPECT_EQ(token.length(), 5u);
+    token.append(token.text());
+    token.prepend(token.text() + 7);
+    EXPECT_STREQ(token.text(), "2.5-12.5-12.5");
+    EXPECT_EQ(token.length(), 13u);
 }
 
 TEST(Token, CopiesOwnTheirTextAndSetLengthOnlyShortens) {
@@ -43,7 +61,7 @@ TEST(Token, CopiesOwnTheirTextAndSetLengthOnlyShortens) {
     laid.setValue("other");
     EXPECT_STREQ(copy.text(), "hello");
     EXPECT_EQ(copy.type(), ST_WORD);
-    EXPECT_GT(copy.capacity(), 0u);
+    EXPECT_EQ(copy.capacity(), 6u);
     copy.setLength(2);
     copy.setLength(10);
     EXPECT_STREQ(copy.text(), "he");

@@ -19,11 +19,6 @@ BasicParser::~BasicParser() {
     delete[] m_errorMessage;
 }
 
-void BasicParser::advance() {
-    if (!hasError())
-        scanToken();
-}
-
 bool BasicParser::match(ScanType t) {
     if (hasError())
         return false;

@@ -24,7 +24,10 @@ public:
     ~BasicParser() override;
 
     // Scans the next token unless an error is pending.
-    void advance();
+    void advance() {
+        if (!hasError())
+            scanToken();
+    }
     // True, and advances, if the current token is of type t. Otherwise records "Syntax error:
     // expected '<display text of t>'" at level 2 and returns false; with an error pending it
     // returns false at once without scanning.

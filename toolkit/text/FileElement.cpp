@@ -2,6 +2,7 @@
 
 #include "core/UserMessage.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <new>
 #include <ostream>
@@ -80,8 +81,11 @@ private:
     std::size_t m_kept[v_classes] = {};
 };
 
+// The initial-exec model reaches the pool with one thread-pointer load instead of a call per
+// element. It holds because the library is linked into the application at start-up, and a
+// later dlopen() would still find room in the static TLS surplus for this small object.
 ElementPool& pool() {
-    thread_local ElementPool elements;
+    [[gnu::tls_model("initial-exec")]] thread_local ElementPool elements;
     return elements;
 }
 
@@ -127,15 +131,8 @@ FileElement& FileElement::emptyElement() {
     return empty;
 }
 
-SingleFileElement::SingleFileElement(const Token& token, unsigned textSize)
-    : m_token(reinterpret_cast<char*>(this + 1), textSize) {
-    m_token.setValue(token.text(), token.length());
-    m_token.setType(token.type());
-}
-
 SingleFileElement* SingleFileElement::make(const Token& token) {
-    unsigned textSize = token.length() + 1;
-    return new (textSize) SingleFileElement(token, textSize);
+    return new (token.length() + 1) SingleFileElement(token, InBlock{});
 }
 
 std::ostream& SingleFileElement::printOn(std::ostream& out) const {
@@ -143,13 +140,14 @@ std::ostream& SingleFileElement::printOn(std::ostream& out) const {
 }
 
 MultipleFileElement::~MultipleFileElement() {
-    for (FileElement* child : m_children)
-        delete child;
+    for (std::size_t i = 0; i < m_count; ++i)
+        delete m_children[i];
+    if (m_children != m_inline)
+        delete[] m_children;
 }
 
 const FileElement* MultipleFileElement::child(short index) const {
-    return index >= 0 && index < childCount() ? m_children[static_cast<std::size_t>(index)]
-                                              : nullptr;
+    return index >= 0 && static_cast<std::size_t>(index) < m_count ? m_children[index] : nullptr;
 }
 
 ScanType MultipleFileElement::type(short index) const {
@@ -168,19 +166,19 @@ const Token& MultipleFileElement::token(short index) const {
 }
 
 short MultipleFileElement::numberOfElements() const {
-    return static_cast<short>(childCount() > 32767 ? 32767 : childCount());
+    return static_cast<short>(m_count > 32767 ? 32767 : m_count);
 }
 
 FileElement& MultipleFileElement::element(int index) {
-    return index >= 0 && index < childCount() ? *m_children[static_cast<std::size_t>(index)]
-                                              : emptyElement();
+    return index >= 0 && static_cast<std::size_t>(index) < m_count ? *m_children[index]
+                                                                   : emptyElement();
 }
 
 std::ostream& MultipleFileElement::printOn(std::ostream& out) const {
     if (key())
         out << key();
     out << '(';
-    for (std::size_t i = 0; i < m_children.size(); ++i) {
+    for (std::size_t i = 0; i < m_count; ++i) {
         if (i > 0)
             out << ',';
         m_children[i]->printOn(out);
@@ -196,12 +194,16 @@ void MultipleFileElement::addFileElement(FileElement& element) {
     adopt(&element);
 }
 
-// Most lists hold a few items (a keyword's arguments), so the first addition makes room for
-// four at once rather than growing one by one.
 void MultipleFileElement::adopt(FileElement* element) {
-    if (m_children.empty())
-        m_children.reserve(4);
-    m_children.push_back(element);
+    if (m_count == m_capacity) {
+        auto* grown = new FileElement*[2 * m_capacity];
+        std::copy(m_children, m_children + m_count, grown);
+        if (m_children != m_inline)
+            delete[] m_children;
+        m_children = grown;
+        m_capacity *= 2;
+    }
+    m_children[m_count++] = element;
 }
 
 bool FileSection::badSectionNotifier(const char* message, short number) {

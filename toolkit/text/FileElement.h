@@ -9,7 +9,6 @@
 
 #include <cstddef>
 #include <new>
-#include <vector>
 
 // A keyword or bracket a parser knows; tables of them end with a record whose name is null.
 struct KeywordDescriptor {
@@ -95,7 +94,10 @@ public:
     std::ostream& printOn(std::ostream& out) const override;
 
 private:
-    SingleFileElement(const Token& token, unsigned textSize);
+    struct InBlock {};
+    // Over a copy of token's text in the bytes that follow the element in its block.
+    SingleFileElement(const Token& token, InBlock)
+        : m_token(token, reinterpret_cast<char*>(this + 1)) {}
 
     Token m_token;
 };
@@ -127,11 +129,16 @@ public:
 
 private:
     const FileElement* child(short index) const;
-    int childCount() const { return static_cast<int>(m_children.size()); }
     void adopt(FileElement* element);
 
     const KeywordDescriptor* m_descriptor;
-    std::vector<FileElement*> m_children;
+    // Most lists hold a keyword's few arguments, so the first children live in the element
+    // itself and only longer lists take an array from the heap.
+    static constexpr std::size_t v_inlineChildren = 4;
+    FileElement** m_children = m_inline;
+    std::size_t m_count = 0;
+    std::size_t m_capacity = v_inlineChildren;
+    FileElement* m_inline[v_inlineChildren];
 };
 
 // A whole section of a file: its items and its descriptor.

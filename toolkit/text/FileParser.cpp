@@ -4,6 +4,8 @@
 #include "core/TqObject.h"
 #include "core/iTaskDescription.h"
 
+#include <cstdint>
+#include <cstring>
 #include <locale>
 #include <memory>
 #include <ostream>
@@ -38,6 +40,14 @@ ScanType closerOf(ScanType open) {
     }
 }
 
+// Names are short: a plain loop beats a call of memcmp.
+bool sameText(const char* a, const char* b, std::size_t length) {
+    for (std::size_t i = 0; i < length; ++i)
+        if (a[i] != b[i])
+            return false;
+    return true;
+}
+
 // Leaves the nesting level it entered when the parse of one bracket pair ends.
 class NestingGuard {
 public:
@@ -69,25 +79,74 @@ FileParser::~FileParser() {
         delete section;
 }
 
-// A name listed twice keeps its first descriptor.
+// --- Name lookup ------------------------------------------------------------------------------
+
+// Fibonacci hashing: the top bits of the product spread names that differ in any of the three.
+template <class Descriptor>
+std::size_t FileParser::NameIndex<Descriptor>::hash(const char* text, std::size_t length) {
+    std::uint64_t ends = length == 0 ? 0
+                                     : static_cast<unsigned char>(text[0]) * 256u +
+                                           static_cast<unsigned char>(text[length - 1]);
+    return static_cast<std::size_t>(
+        ((std::uint64_t{length} << 16) ^ ends) * 0x9E3779B97F4A7C15ull >> 40);
+}
+
+template <class Descriptor>
+bool FileParser::NameIndex<Descriptor>::place(const Slot& slot) {
+    std::size_t mask = m_slots.size() - 1;
+    for (std::size_t i = hash(slot.name, slot.length);; ++i) {
+        Slot& at = m_slots[i & mask];
+        if (!at.name) {
+            at = slot;
+            return true;
+        }
+        if (at.length == slot.length && sameText(at.name, slot.name, slot.length))
+            return false;
+    }
+}
+
+// The table is kept at most half full, so that a miss ends at an empty slot quickly.
+template <class Descriptor>
+void FileParser::NameIndex<Descriptor>::add(const char* name, Descriptor* descriptor) {
+    if (2 * (m_used + 1) > m_slots.size()) {
+        std::vector<Slot> old = std::move(m_slots);
+        m_slots.assign(old.empty() ? 16 : 2 * old.size(), Slot{});
+        for (const Slot& slot : old)
+            if (slot.name)
+                place(slot);
+    }
+    if (place(Slot{name, std::strlen(name), descriptor}))
+        ++m_used;
+}
+
+template <class Descriptor>
+Descriptor* FileParser::NameIndex<Descriptor>::find(const char* text, std::size_t length) const {
+    if (m_slots.empty())
+        return nullptr;
+    std::size_t mask = m_slots.size() - 1;
+    for (std::size_t i = hash(text, length);; ++i) {
+        const Slot& at = m_slots[i & mask];
+        if (!at.name)
+            return nullptr;
+        if (at.length == length && sameText(at.name, text, length))
+            return at.descriptor;
+    }
+}
+
 void FileParser::loadTables(KeywordDescriptor* keywords) {
     for (KeywordDescriptor* keyword = keywords; keyword && keyword->name; ++keyword)
-        m_keywords.emplace(keyword->name, keyword);
+        m_keywords.add(keyword->name, keyword);
     for (SectionDescriptor** section = m_sections; section && *section; ++section)
         if ((*section)->name)
-            m_sectionNames.emplace((*section)->name, *section);
+            m_sectionNames.add((*section)->name, *section);
 }
 
 SectionDescriptor* FileParser::sectionDescriptor(const char* name) const {
-    if (!name)
-        return nullptr;
-    auto found = m_sectionNames.find(name);
-    return found == m_sectionNames.end() ? nullptr : found->second;
+    return name ? m_sectionNames.find(name, std::strlen(name)) : nullptr;
 }
 
 const KeywordDescriptor* FileParser::keywordDescriptor(const Token& token) const {
-    auto found = m_keywords.find(std::string_view(token.text(), token.length()));
-    return found == m_keywords.end() ? nullptr : found->second;
+    return m_keywords.find(token.text(), token.length());
 }
 
 bool FileParser::enterNesting() {
@@ -114,8 +173,6 @@ bool FileParser::read(short passes) {
                 return false;
         }
     }
-    if (hasError())
-        return false;
     if (task() && task()->isCancelled())
         return false;
     return cleanUp(passes);
@@ -133,7 +190,7 @@ bool FileParser::cleanUp(short passes) {
 FileSection* FileParser::parseSection() {
     SectionDescriptor* descriptor = nullptr;
     while (!hasError() && token().type() != ST_END) {
-        descriptor = sectionDescriptor(token().text());
+        descriptor = m_sectionNames.find(token().text(), token().length());
         advance();
         if (descriptor && token().type() == ST_LPAREN)
             break;
@@ -180,10 +237,17 @@ MultipleFileElement* FileParser::parseBrackets(ScanType open, ScanType close,
             break;
         case ST_NUMBER:
             if (negative) {
-                token().prepend("-");
+                // The signed copy is built in a token of the parser's own: prepending to the
+                // scanner's token would move it off the scanner's buffer, one allocation per
+                // negative number, and the next scan replaces that token anyway.
+                m_signedNumber.setValue("-", 1);
+                m_signedNumber.append(token().text());
+                m_signedNumber.setType(ST_NUMBER);
+                list->addToken(m_signedNumber);
                 negative = false;
+            } else {
+                list->addToken(token());
             }
-            list->addToken(token());
             advance();
             break;
         case ST_WORD:

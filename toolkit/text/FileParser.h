@@ -7,9 +7,8 @@
 #include "text/BasicParser.h"
 #include "text/FileElement.h"
 
+#include <cstddef>
 #include <iosfwd>
-#include <string_view>
-#include <unordered_map>
 #include <vector>
 
 class TqObject;
@@ -29,8 +28,9 @@ public:
                KeywordDescriptor* keywords);
     ~FileParser() override;
 
-    // Parses the whole input, then returns cleanUp(passes). False as soon as a section that
-    // is processed at once is rejected, a syntax error is met, or the task is cancelled.
+    // Parses the whole input, then returns cleanUp(passes). A syntax error ends the input
+    // there (the sections before it are still processed; hasError() tells). False as soon as
+    // a section that is processed at once is rejected, or when the task is cancelled.
     [[nodiscard]] bool read(short passes);
     // Hands every kept section to processKept, pass by pass (pass 0 to passes - 1), in the
     // order kept; false if any call returned false, but all calls are made.
@@ -90,15 +90,37 @@ protected:
     virtual bool itemFilter(MultipleFileElement& list, ScanType type, short id);
 
 private:
+    // Descriptors by name. Every word of a list is looked up, and most are not names, so this
+    // is open addressing with a hash of a name's length and end characters, not a general map.
+    template <class Descriptor>
+    class NameIndex {
+    public:
+        // A name listed twice keeps its first descriptor.
+        void add(const char* name, Descriptor* descriptor);
+        Descriptor* find(const char* text, std::size_t length) const;
+
+    private:
+        struct Slot {
+            const char* name = nullptr;
+            std::size_t length = 0;
+            Descriptor* descriptor = nullptr;
+        };
+        static std::size_t hash(const char* text, std::size_t length);
+        // False if the name is there already.
+        bool place(const Slot& slot);
+
+        std::vector<Slot> m_slots;
+        std::size_t m_used = 0;
+    };
+
     void loadTables(KeywordDescriptor* keywords);
     bool enterNesting();
 
     void* m_owner;
     SectionDescriptor** m_sections;
-    // Keyed by views of the descriptors' names, which outlive the parser: a lookup per word
-    // then copies nothing.
-    std::unordered_map<std::string_view, KeywordDescriptor*> m_keywords;
-    std::unordered_map<std::string_view, SectionDescriptor*> m_sectionNames;
+    NameIndex<KeywordDescriptor> m_keywords;
+    NameIndex<SectionDescriptor> m_sectionNames;
     std::vector<FileSection*> m_kept;
+    Token m_signedNumber;
     int m_nesting = 0;
 };

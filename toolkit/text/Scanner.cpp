@@ -4,6 +4,7 @@
 #include "core/TarqToolkit.h"
 #include "core/iTaskDescription.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstring>
 #include <iostream>
@@ -14,10 +15,13 @@ namespace {
 
 constexpr unsigned bufferSize = Scanner::v_maxTokenLength + 1;
 
-void upperCaseAscii(std::string& text) {
-    for (char& c : text)
-        if (c >= 'a' && c <= 'z')
-            c = static_cast<char>(c - 'a' + 'A');
+// Keywords and the words looked up against them are upper-cased the same way, by ASCII rules:
+// the C library's toupper would follow the locale the application set and could change bytes
+// of a keyword but not of the word.
+void upperCaseAscii(char* text, std::size_t length) {
+    for (char* c = text; c != text + length; ++c)
+        if (*c >= 'a' && *c <= 'z')
+            *c = static_cast<char>(*c - 'a' + 'A');
 }
 
 } // namespace
@@ -25,7 +29,7 @@ void upperCaseAscii(std::string& text) {
 // --- ScannerKeyword ---------------------------------------------------------------------------
 
 ScannerKeyword::ScannerKeyword(const char* text) : m_text(mem_strdup(text ? text : "")) {
-    strToUpper(m_text);
+    upperCaseAscii(m_text, std::strlen(m_text));
 }
 
 ScannerKeyword::~ScannerKeyword() {
@@ -240,6 +244,7 @@ inline void Scanner::refreshInput() {
 int Scanner::slowNextChar() {
     if (m_pushed > 0) {
         int c = static_cast<unsigned char>(m_pushback[--m_pushed]);
+        ++m_numRead;
         refreshInput();
         return c;
     }
@@ -312,8 +317,10 @@ void Scanner::putback(char c) {
     unread(c == '\0' && m_in->eof() && m_pushed == 0 ? -1 : static_cast<unsigned char>(c));
 }
 
+// A read through the stream that meets the end sets failbit beside eofbit, so failbit counts
+// as trouble only without eofbit.
 bool Scanner::testGood() const {
-    return m_pushed > 0 || m_in->good() || (m_in->eof() && !m_in->bad() && !m_in->fail());
+    return m_pushed > 0 || (m_in->eof() ? !m_in->bad() : m_in->good());
 }
 
 inline void Scanner::setEndToken() {
@@ -322,29 +329,6 @@ inline void Scanner::setEndToken() {
     m_buffer[0] = '\0';
     m_token->m_length = 0;
     m_token->m_type = ST_END;
-}
-
-// The current character starts as NUL, not as the next input character, so with the
-// default table (NUL is of class `end`) nothing is consumed and scanToken passes white space
-// over one character per rescan. A table that gives NUL the class `space` skips whole runs.
-// Existing parsers depend on both behaviours.
-void Scanner::skipwhite() {
-    skipWhiteRun();
-}
-
-inline void Scanner::skipWhiteRun() {
-    int c = 0;
-    auto isWhite = [this](int c) {
-        ScanType type = typeOf(static_cast<char>(c));
-        return type == ST_SPACE || type == ST_NEWLINE;
-    };
-    while (isWhite(c) && testGood()) {
-        c = nextChar();
-        if (c < 0)
-            return;
-    }
-    if (c != 0)
-        unread(c);
 }
 
 long Scanner::skipComment(long max) {
@@ -378,101 +362,6 @@ long Scanner::skipComment(long max) {
 
 // --- Tokens -----------------------------------------------------------------------------------
 
-void Scanner::updateWordMask() {
-    auto bit = [](ScanType t) { return std::uint64_t{1} << t; };
-    m_wordMask = bit(ST_LETTER) | bit(ST_NUMBER) | bit(ST_BASE_HEX) | bit(ST_BASE_DEC) |
-                 bit(ST_BASE_BIN) | bit(ST_BASE_OCT);
-    if (m_allowSlashDotInWords)
-        m_wordMask |= bit(ST_POINT) | bit(ST_LBRACKET) | bit(ST_RBRACKET) | bit(ST_DOUBLEQUOTE);
-    if (m_allowSquareBracketsInWords)
-        m_wordMask |= bit(ST_SLASH2) | bit(ST_BACKSLASH);
-}
-
-bool Scanner::checkKeyword() const {
-    if (!m_keywords)
-        return false;
-    std::string key(m_token->text(), m_token->length());
-    upperCaseAscii(key);
-    return m_keywords->find(key.c_str()) != nullptr;
-}
-
-inline void Scanner::finish(ScanType type) {
-    m_buffer[m_stored] = '\0';
-    m_token->m_length = m_stored;
-    m_token->m_type = type;
-}
-
-// Stores characters while their class is in mask and returns the first one that is not,
-// consumed (-1 at end of input). With dropCR a carriage return is read and dropped. The loop
-// works on local copies, since every character stored could otherwise alias the scanner's
-// members and force them to be reloaded.
-template <bool dropCR>
-inline int Scanner::takeRun(std::uint64_t mask) {
-    if (!m_fast) {
-        for (;;) {
-            int c = nextChar();
-            if (c < 0)
-                return c;
-            ScanType type = typeOf(static_cast<char>(c));
-            if (dropCR && type == ST_CR)
-                continue;
-            if (!((mask >> (type & 63)) & 1))
-                return c;
-            store(static_cast<char>(c));
-        }
-    }
-    // Characters are gathered in a local chunk first: a store into the scanner's buffer
-    // could alias the stream buffer's read pointer and force it out of its register.
-    std::streambuf* buf = m_buf;
-    const ScanType* table = m_table;
-    unsigned long read = 0;
-    constexpr int chunkSize = 64;
-    char chunk[chunkSize];
-    int inChunk = 0;
-    int c;
-    for (;;) {
-        c = buf->sbumpc();
-        if (c == std::char_traits<char>::eof())
-            break;
-        ++read;
-        ScanType type = c >= 128 ? ST_LETTER : table[c];
-        if (!((mask >> (type & 63)) & 1)) [[unlikely]] {
-            if (dropCR && type == ST_CR)
-                continue;
-            break;
-        }
-        chunk[inChunk++] = static_cast<char>(c);
-        if (inChunk == chunkSize) [[unlikely]] {
-            storeChunk(chunk, inChunk);
-            inChunk = 0;
-        }
-    }
-    storeChunk(chunk, inChunk);
-    m_numRead += read;
-    if (c == std::char_traits<char>::eof()) {
-        m_in->setstate(std::ios_base::eofbit);
-        m_fast = false;
-        m_endCounted = true;
-        ++m_numRead;
-        return -1;
-    }
-    return c;
-}
-
-inline void Scanner::storeChunk(const char* chunk, int count) {
-    unsigned room = v_maxTokenLength - m_stored;
-    unsigned taken = static_cast<unsigned>(count) < room ? static_cast<unsigned>(count) : room;
-    std::memcpy(m_buffer + m_stored, chunk, taken);
-    m_stored += taken;
-}
-
-inline void Scanner::scanWord() {
-    unread(takeRun<true>(m_wordMask));
-    finish(ST_WORD);
-    if (m_keywords && checkKeyword())
-        m_token->m_type = ST_KEYWORD;
-}
-
 namespace {
 
 constexpr std::uint64_t classBit(ScanType type) {
@@ -483,19 +372,198 @@ constexpr std::uint64_t letterClasses = classBit(ST_LETTER) | classBit(ST_BASE_H
                                         classBit(ST_BASE_DEC) | classBit(ST_BASE_BIN) |
                                         classBit(ST_BASE_OCT);
 
+bool isWhite(ScanType type) {
+    return type == ST_SPACE || type == ST_NEWLINE;
+}
+
+// Returned by an AreaReader at the end of the get area.
+constexpr int areaEnd = -2;
+
+// Reaches the protected get-area members of any stream buffer: a pointer to a protected member
+// may be taken through a derived class and then applied to any object of the base class.
+struct GetArea : std::streambuf {
+    static char* next(std::streambuf* buffer) { return (buffer->*&GetArea::gptr)(); }
+    static char* end(std::streambuf* buffer) { return (buffer->*&GetArea::egptr)(); }
+    static void moveTo(std::streambuf* buffer, char* at) {
+        (buffer->*&GetArea::setg)((buffer->*&GetArea::eback)(), at, end(buffer));
+    }
+};
+
 } // namespace
 
-inline void Scanner::scanNumber() {
-    bool pointSeen = m_stored > 0 && m_buffer[m_stored - 1] == '.';
+// Where a token's characters go; characters past the longest token text are dropped.
+struct Scanner::TokenText {
+    char* at;
+    char* const limit;
+
+    void put(char c) {
+        if (at != limit)
+            *at++ = c;
+    }
+    std::size_t room() const { return static_cast<std::size_t>(limit - at); }
+};
+
+// Reads a token straight from the characters already in the stream buffer, leaving the buffer
+// alone until commit. A token that runs to the end of those characters is given up and
+// scanned again through the stream buffer's calls, which refill it: that happens once per
+// buffer refill, while every other token costs no call per character.
+struct Scanner::AreaReader {
+    explicit AreaReader(std::streambuf* buffer)
+        : m_start(GetArea::next(buffer)), m_at(m_start), m_end(GetArea::end(buffer)) {}
+
+    static constexpr bool gaveUp(int c) { return c == areaEnd; }
+    static constexpr bool usable() { return true; }
+    int next() { return m_at != m_end ? static_cast<unsigned char>(*m_at++) : areaEnd; }
+    int peek() const { return m_at != m_end ? static_cast<unsigned char>(*m_at) : areaEnd; }
+    // Only ever after a next() that gave a character.
+    void unread(int) { --m_at; }
+    // Stores characters while belongs(c) holds and returns the first one that does not,
+    // consumed, or areaEnd.
+    template <class Belongs>
+    int run(TokenText& out, Belongs belongs) {
+        char* at = m_at;
+        char* stored = at + std::min<std::size_t>(out.room(), m_end - at);
+        char* to = out.at;
+        while (at != stored && belongs(static_cast<unsigned char>(*at)))
+            *to++ = *at++;
+        out.at = to;
+        if (at == stored)
+            while (at != m_end && belongs(static_cast<unsigned char>(*at)))
+                ++at;
+        m_at = at;
+        return next();
+    }
+    // Moves the stream buffer past what was read and returns how many characters that was.
+    unsigned long commit(std::streambuf* buffer) {
+        GetArea::moveTo(buffer, m_at);
+        return static_cast<unsigned long>(m_at - m_start);
+    }
+
+    char* m_start;
+    char* m_at;
+    char* m_end;
+};
+
+// Reads through the stream buffer's calls and the scanner's own put-back, counting as it goes;
+// -1 at end of input.
+struct Scanner::StreamReader {
+    Scanner& scanner;
+
+    static constexpr bool gaveUp(int) { return false; }
+    bool usable() const { return scanner.testGood(); }
+    int next() { return scanner.nextChar(); }
+    int peek() { return scanner.peekNext(); }
+    void unread(int c) { scanner.unread(c); }
+    template <class Belongs>
+    int run(TokenText& out, Belongs belongs) {
+        for (;;) {
+            int c = next();
+            if (c < 0 || !belongs(c))
+                return c;
+            out.put(static_cast<char>(c));
+        }
+    }
+};
+
+void Scanner::updateWordMask() {
+    m_wordMask = classBit(ST_LETTER) | classBit(ST_NUMBER) | classBit(ST_BASE_HEX) |
+                 classBit(ST_BASE_DEC) | classBit(ST_BASE_BIN) | classBit(ST_BASE_OCT);
+    if (m_allowSlashDotInWords)
+        m_wordMask |= classBit(ST_POINT) | classBit(ST_LBRACKET) | classBit(ST_RBRACKET) |
+                      classBit(ST_DOUBLEQUOTE);
+    if (m_allowSquareBracketsInWords)
+        m_wordMask |= classBit(ST_SLASH2) | classBit(ST_BACKSLASH);
+}
+
+bool Scanner::checkKeyword() const {
+    if (!m_keywords)
+        return false;
+    std::string key(m_token->text(), m_token->length());
+    upperCaseAscii(key.data(), key.size());
+    return m_keywords->find(key.c_str()) != nullptr;
+}
+
+inline Scanner::Scanned Scanner::finish(const TokenText& text, ScanType type) {
+    *text.at = '\0';
+    m_token->m_length = static_cast<unsigned>(text.at - m_buffer);
+    m_token->m_type = type;
+    return Scanned::Token;
+}
+
+// The current character starts as NUL, not as the next input character, so with the
+// default table (NUL is of class `end`) nothing is consumed and scanToken passes white space
+// over one character per rescan. A table that gives NUL the class `space` skips whole runs.
+// Existing parsers depend on both behaviours.
+void Scanner::skipwhite() {
+    refreshInput();
+    StreamReader in{*this};
+    skipWhiteRun(in);
+}
+
+// The steps of a token below are forced inline into scanWith: only then do a reader's pointers
+// and the token's end stay in registers instead of going through memory at every character.
+
+// False when the reader gave up.
+template <class Reader>
+[[gnu::always_inline]] inline bool Scanner::skipWhiteRun(Reader& in) {
+    int c = 0;
+    while (isWhite(typeOf(static_cast<char>(c))) && in.usable()) {
+        c = in.next();
+        if (Reader::gaveUp(c))
+            return false;
+        if (c < 0)
+            return true;
+    }
+    if (c != 0)
+        in.unread(c);
+    return true;
+}
+
+// Stores characters while their class is in mask and returns the first one that is not,
+// consumed (negative at the end of input or of the reader). With dropCR a carriage return is
+// read and dropped. The table is read through a local copy: every character stored could
+// otherwise alias the scanner's members and force them to be reloaded.
+template <bool dropCR, class Reader>
+[[gnu::always_inline]] inline int Scanner::takeRun(Reader& in, TokenText& out,
+                                                   std::uint64_t mask) const {
+    const ScanType* table = m_table;
+    auto belongs = [table, mask](int c) {
+        ScanType type = c >= 128 ? ST_LETTER : table[c];
+        return ((mask >> (type & 63)) & 1) != 0;
+    };
+    for (;;) {
+        int c = in.run(out, belongs);
+        if (!dropCR || c < 0 || typeOf(static_cast<char>(c)) != ST_CR)
+            return c;
+    }
+}
+
+template <class Reader>
+[[gnu::always_inline]] inline Scanner::Scanned Scanner::scanWord(Reader& in, TokenText& out) {
+    int c = takeRun<true>(in, out, m_wordMask);
+    if (Reader::gaveUp(c))
+        return Scanned::GaveUp;
+    in.unread(c);
+    finish(out, ST_WORD);
+    if (m_keywords && checkKeyword())
+        m_token->m_type = ST_KEYWORD;
+    return Scanned::Token;
+}
+
+template <class Reader>
+[[gnu::always_inline]] inline Scanner::Scanned Scanner::scanNumber(Reader& in, TokenText& out) {
+    bool pointSeen = out.at[-1] == '.';
     bool exponentSeen = false;
     bool afterExponentLetter = false;
     bool isWord = false;
     for (;;) {
-        int c = isWord                ? takeRun<true>(m_wordMask)
-                : afterExponentLetter ? nextChar()
-                                      : takeRun<true>(classBit(ST_NUMBER));
+        int c = isWord                ? takeRun<true>(in, out, m_wordMask)
+                : afterExponentLetter ? in.next()
+                                      : takeRun<true>(in, out, classBit(ST_NUMBER));
+        if (Reader::gaveUp(c))
+            return Scanned::GaveUp;
         if (c < 0) {
-            unread(c);
+            in.unread(c);
             break;
         }
         char ch = static_cast<char>(c);
@@ -504,170 +572,195 @@ inline void Scanner::scanNumber() {
         if (type == ST_CR)
             continue;
         if (isWord) {
-            unread(c);
+            in.unread(c);
             break;
         }
         if (afterExponentLetter) {
             afterExponentLetter = false;
             if (type == ST_PLUS || type == ST_MINUS || type == ST_NUMBER) {
-                store(ch);
+                out.put(ch);
                 continue;
             }
             if (letter) {
                 isWord = true;
-                store(ch);
+                out.put(ch);
                 continue;
             }
         }
         if (type == ST_POINT && !pointSeen && !exponentSeen) {
-            int after = peekNext();
+            int after = in.peek();
+            if (Reader::gaveUp(after))
+                return Scanned::GaveUp;
             if (after >= 0 && typeOf(static_cast<char>(after)) == ST_POINT) {
-                unread(c);
+                in.unread(c);
                 break;
             }
             pointSeen = true;
-            store(ch);
+            out.put(ch);
         } else if (letter && !exponentSeen && (ch == 'e' || ch == 'E')) {
             exponentSeen = true;
             afterExponentLetter = true;
-            store(ch);
+            out.put(ch);
         } else if (letter) {
             isWord = true;
-            store(ch);
+            out.put(ch);
         } else {
-            unread(c);
+            in.unread(c);
             break;
         }
     }
-    finish(isWord ? ST_WORD : ST_NUMBER);
+    m_negativeNumber = 0;
+    return finish(out, isWord ? ST_WORD : ST_NUMBER);
 }
 
-inline void Scanner::scanString() {
+template <class Reader>
+[[gnu::always_inline]] inline Scanner::Scanned Scanner::scanString(Reader& in, TokenText& out) {
     bool keepQuotes = isAllowableInWord(ST_DOUBLEQUOTE);
     if (keepQuotes)
-        store('"');
+        out.put('"');
     constexpr std::uint64_t inside = ~(classBit(ST_DOUBLEQUOTE) | classBit(ST_BACKSLASH));
     for (;;) {
-        int c = takeRun<false>(inside);
+        int c = takeRun<false>(in, out, inside);
+        if (Reader::gaveUp(c))
+            return Scanned::GaveUp;
         if (c < 0)
             break;
         char ch = static_cast<char>(c);
         if (typeOf(ch) == ST_DOUBLEQUOTE) {
             if (keepQuotes)
-                store(ch);
+                out.put(ch);
             break;
         }
-        store(ch);
-        c = nextChar();
+        out.put(ch);
+        c = in.next();
+        if (Reader::gaveUp(c))
+            return Scanned::GaveUp;
         if (c < 0)
             break;
-        store(static_cast<char>(c));
+        out.put(static_cast<char>(c));
     }
-    finish(ST_STRING);
+    return finish(out, ST_STRING);
+}
+
+// One token, or the white space before one; through an AreaReader it changes nothing but the
+// token buffer when it gives up.
+template <class Reader>
+[[gnu::always_inline]] inline Scanner::Scanned Scanner::scanWith(Reader& in) {
+    TokenText out{m_buffer, m_buffer + v_maxTokenLength};
+    int c = in.next();
+    if (Reader::gaveUp(c))
+        return Scanned::GaveUp;
+    if (c < 0) {
+        setEndToken();
+        return Scanned::Token;
+    }
+    char ch = static_cast<char>(c);
+    ScanType type = typeOf(ch);
+    switch (type) {
+    case ST_SPACE:
+        return skipWhiteRun(in) ? Scanned::WhiteSpace : Scanned::GaveUp;
+    case ST_CR:
+        return Scanned::WhiteSpace;
+    case ST_LETTER:
+        out.put(ch);
+        return scanWord(in, out);
+    case ST_QUOTE: {
+        out.put(ch);
+        int base = in.next();
+        if (Reader::gaveUp(base))
+            return Scanned::GaveUp;
+        ScanType baseType = base >= 0 ? typeOf(static_cast<char>(base)) : ST_END;
+        if (scanTypeIsBase(baseType)) {
+            out.put(static_cast<char>(base));
+            return finish(out, baseType);
+        }
+        in.unread(base);
+        return finish(out, ST_QUOTE);
+    }
+    case ST_DOUBLEQUOTE:
+        return scanString(in, out);
+    case ST_AT: {
+        out.put(ch);
+        int after = in.next();
+        if (Reader::gaveUp(after))
+            return Scanned::GaveUp;
+        ScanType afterType = after >= 0 ? typeOf(static_cast<char>(after)) : ST_END;
+        if (afterType == ST_MINUS || afterType == ST_SLASH) {
+            out.put(static_cast<char>(after));
+            return finish(out, afterType == ST_MINUS ? ST_AT_MINUS : ST_AT_SLASH);
+        }
+        in.unread(after);
+        return finish(out, ST_AT);
+    }
+    case ST_POINT: {
+        int after = in.next();
+        if (Reader::gaveUp(after))
+            return Scanned::GaveUp;
+        if (after >= 0 && typeOf(static_cast<char>(after)) == ST_POINT) {
+            out.put(ch);
+            out.put(static_cast<char>(after));
+            return finish(out, ST_DOTDOT);
+        }
+        in.unread(after);
+        [[fallthrough]];
+    }
+    case ST_NUMBER:
+        if (m_negativeNumber)
+            out.put('-');
+        out.put(ch);
+        return scanNumber(in, out);
+    case ST_BASE_HEX:
+    case ST_BASE_DEC:
+    case ST_BASE_BIN:
+    case ST_BASE_OCT: {
+        int after = in.peek();
+        if (Reader::gaveUp(after))
+            return Scanned::GaveUp;
+        out.put(ch);
+        if (after >= 0 && typeOf(static_cast<char>(after)) == ST_DOUBLEQUOTE)
+            return finish(out, type);
+        return scanWord(in, out);
+    }
+    default:
+        out.put(ch);
+        return finish(out, type);
+    }
+}
+
+// Kept out of line: it runs once per buffer refill, and inlined it would crowd the registers
+// of the path that runs for every other token.
+[[gnu::noinline]] Scanner::Scanned Scanner::scanThroughStream() {
+    StreamReader stream{*this};
+    return scanWith(stream);
 }
 
 Token& Scanner::scanToken() {
     if (m_token->text() != m_buffer)
         m_token->layOver(m_buffer, bufferSize);
     for (;;) {
-        m_stored = 0;
         if (m_task && m_task->isCancelled()) {
             setEndToken();
             return *m_token;
         }
-        int c = nextChar();
-        if (c < 0) {
-            setEndToken();
+        Scanned scanned = Scanned::GaveUp;
+        if (m_fast) {
+            AreaReader area(m_buf);
+            scanned = scanWith(area);
+            if (scanned != Scanned::GaveUp)
+                m_numRead += area.commit(m_buf);
+        }
+        if (scanned == Scanned::GaveUp)
+            scanned = scanThroughStream();
+        if (scanned == Scanned::Token)
             return *m_token;
+        // White space: a rescan goes through the virtual scanToken so that a subclass sees it;
+        // within that nested call further white space is passed over here, so that a long run
+        // of white space cannot exhaust the stack.
+        if (m_rescanDepth == 0) {
+            ++m_rescanDepth;
+            Token& next = scanToken();
+            --m_rescanDepth;
+            return next;
         }
-        char ch = static_cast<char>(c);
-        ScanType type = typeOf(ch);
-        if (type == ST_SPACE || type == ST_CR) {
-            if (type == ST_SPACE)
-                skipWhiteRun();
-            // A rescan goes through the virtual scanToken so that a subclass sees it; within
-            // that nested call further white space is passed over here, so that a long run of
-            // white space cannot exhaust the stack.
-            if (m_rescanDepth == 0) {
-                ++m_rescanDepth;
-                Token& next = scanToken();
-                --m_rescanDepth;
-                return next;
-            }
-            continue;
-        }
-        if (type == ST_LETTER) {
-            store(ch);
-            scanWord();
-            return *m_token;
-        }
-        switch (type) {
-        case ST_QUOTE: {
-            store(ch);
-            int base = nextChar();
-            ScanType baseType = base >= 0 ? typeOf(static_cast<char>(base)) : ST_END;
-            if (scanTypeIsBase(baseType)) {
-                store(static_cast<char>(base));
-                finish(baseType);
-            } else {
-                unread(base);
-                finish(ST_QUOTE);
-            }
-            break;
-        }
-        case ST_DOUBLEQUOTE:
-            scanString();
-            break;
-        case ST_AT: {
-            store(ch);
-            int after = nextChar();
-            ScanType afterType = after >= 0 ? typeOf(static_cast<char>(after)) : ST_END;
-            if (afterType == ST_MINUS || afterType == ST_SLASH) {
-                store(static_cast<char>(after));
-                finish(afterType == ST_MINUS ? ST_AT_MINUS : ST_AT_SLASH);
-            } else {
-                unread(after);
-                finish(ST_AT);
-            }
-            break;
-        }
-        case ST_POINT: {
-            int after = nextChar();
-            if (after >= 0 && typeOf(static_cast<char>(after)) == ST_POINT) {
-                store(ch);
-                store(static_cast<char>(after));
-                finish(ST_DOTDOT);
-                break;
-            }
-            unread(after);
-            [[fallthrough]];
-        }
-        case ST_NUMBER:
-            if (m_negativeNumber) {
-                store('-');
-                m_negativeNumber = 0;
-            }
-            store(ch);
-            scanNumber();
-            break;
-        case ST_BASE_HEX:
-        case ST_BASE_DEC:
-        case ST_BASE_BIN:
-        case ST_BASE_OCT: {
-            int after = nextChar();
-            unread(after);
-            store(ch);
-            if (after >= 0 && typeOf(static_cast<char>(after)) == ST_DOUBLEQUOTE)
-                finish(type);
-            else
-                scanWord();
-            break;
-        }
-        default:
-            store(ch);
-            finish(type);
-            break;
-        }
-        return *m_token;
     }
 }

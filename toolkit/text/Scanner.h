@@ -47,10 +47,12 @@ public:
     virtual ~Scanner();
 
     // --- Scanning ------------------------------------------------------------------------------
-    // Reads the next token into the current token and returns it; at end of input, and while
-    // the task is cancelled, the token is `end` with empty text. After a white-space character
-    // the scan starts again through this virtual function, once per run of white space, so
-    // that an override sees the rescan.
+    // Reads the next token into the current token and returns it; at end of input, on a read
+    // failure and while the task is cancelled, the token is `end` with empty text. After a
+    // white-space character the scan starts again through this virtual function, once per run
+    // of white space, so that an override sees the rescan. The stream is left just after the
+    // token, so a caller may go on reading it; only a character that the stream buffer would
+    // not take back stays with the scanner, which hands it out first.
     virtual Token& scanToken();
     // The current token (its text lives in the scanner's buffer until the next scan).
     Token& token() { return *m_token; }
@@ -131,6 +133,13 @@ protected:
     long skipComment(long max);
 
 private:
+    struct StreamReader;
+    struct AreaReader;
+    struct TokenText;
+    // What one pass of scanWith found; GaveUp only from a reader of the stream buffer's own
+    // characters, which reached their end.
+    enum class Scanned { Token, WhiteSpace, GaveUp };
+
     void init(ScanType* table);
     void setInput(std::istream* in);
     // The next byte (0..255), or -1 at end of input or on a read failure. The read that
@@ -138,10 +147,6 @@ private:
     inline int nextChar();
     int slowNextChar();
     int peekNext();
-    void storeChunk(const char* chunk, int count);
-    void skipWhiteRun();
-    template <bool dropCR>
-    int takeRun(std::uint64_t mask);
     // Whether nextChar may read straight from the stream buffer: nothing is pushed back and
     // the stream was good when the scanner was last entered.
     void refreshInput();
@@ -151,15 +156,20 @@ private:
     void copySettings(const Scanner& other);
     void freeOwned();
     void setEndToken();
-    // Stores c if the token has room; characters past the limit are dropped.
-    void store(char c) {
-        if (m_stored < v_maxTokenLength)
-            m_buffer[m_stored++] = c;
-    }
-    void finish(ScanType type);
-    void scanWord();
-    void scanNumber();
-    void scanString();
+    Scanned finish(const TokenText& text, ScanType type);
+    template <class Reader>
+    Scanned scanWith(Reader& in);
+    Scanned scanThroughStream();
+    template <class Reader>
+    bool skipWhiteRun(Reader& in);
+    template <bool dropCR, class Reader>
+    int takeRun(Reader& in, TokenText& out, std::uint64_t mask) const;
+    template <class Reader>
+    Scanned scanWord(Reader& in, TokenText& out);
+    template <class Reader>
+    Scanned scanNumber(Reader& in, TokenText& out);
+    template <class Reader>
+    Scanned scanString(Reader& in, TokenText& out);
 
     Token* m_token = nullptr;
     char* m_buffer = nullptr;
@@ -183,7 +193,6 @@ private:
     // Bit t set when isAllowableInWord(t).
     std::uint64_t m_wordMask = 0;
     bool m_privateTable = false;
-    unsigned m_stored = 0;
     int m_rescanDepth = 0;
 
     static ScanType* p_defaultTable;

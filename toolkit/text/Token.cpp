@@ -1,8 +1,24 @@
 #include "text/Token.h"
 
+#include <algorithm>
 #include <cassert>
+#include <climits>
 #include <cstring>
+#include <functional>
 #include <ostream>
+#include <string>
+
+namespace {
+
+// The longest text a token can hold: its length and terminator must fit in an unsigned.
+constexpr unsigned maxLength = UINT_MAX - 1;
+
+unsigned textLength(const char* text) {
+    std::size_t length = std::strlen(text);
+    return length > maxLength ? maxLength : static_cast<unsigned>(length);
+}
+
+} // namespace
 
 Token::Token() {
     reserve(1, 0);
@@ -28,29 +44,16 @@ Token& Token::operator=(const Token& other) {
     return *this;
 }
 
-Token::~Token() {
-    freeOwned();
-}
-
-void Token::freeOwned() {
-    if (m_capacity > 0)
-        delete[] m_text;
-    m_text = nullptr;
-    m_capacity = 0;
-}
-
-void Token::layOver(char* buffer, unsigned size) {
+void Token::layOver(char* buffer, [[maybe_unused]] unsigned size) {
     assert(buffer && size > 0 && "Token: a laid-over buffer needs at least one byte");
     freeOwned();
     m_text = buffer;
-    m_foreignSize = size;
     m_text[0] = '\0';
     m_length = 0;
 }
 
 void Token::reserve(unsigned size, unsigned keep) {
-    unsigned available = m_capacity > 0 ? m_capacity : m_foreignSize;
-    if (m_text && available >= size)
+    if (m_capacity >= size)
         return;
     char* grown = new char[size];
     if (keep > 0)
@@ -59,16 +62,17 @@ void Token::reserve(unsigned size, unsigned keep) {
     freeOwned();
     m_text = grown;
     m_capacity = size;
-    m_foreignSize = 0;
 }
 
 void Token::setValue(const char* text) {
-    setValue(text, text ? static_cast<unsigned>(std::strlen(text)) : 0);
+    setValue(text, text ? textLength(text) : 0);
 }
 
 void Token::setValue(const char* text, unsigned length) {
     if (!text)
         length = 0;
+    if (length > maxLength)
+        length = maxLength;
     if (text == m_text) {
         setLength(length);
         return;
@@ -88,21 +92,27 @@ void Token::setLength(unsigned length) {
 }
 
 void Token::prepend(const char* text) {
-    if (!text || !*text)
-        return;
-    unsigned added = static_cast<unsigned>(std::strlen(text));
-    reserve(m_length + added + 1, m_length);
-    std::memmove(m_text + added, m_text, m_length + 1);
-    std::memcpy(m_text, text, added);
-    m_length += added;
+    insert(0, text);
 }
 
 void Token::append(const char* text) {
+    insert(m_length, text);
+}
+
+void Token::insert(unsigned at, const char* text) {
     if (!text || !*text)
         return;
-    unsigned added = static_cast<unsigned>(std::strlen(text));
+    std::less_equal<const char*> notAfter;
+    if (notAfter(m_text, text) && notAfter(text, m_text + m_length)) {
+        // The token's own text, which growing the buffer would free under it.
+        std::string copy(text);
+        insert(at, copy.c_str());
+        return;
+    }
+    unsigned added = std::min(textLength(text), maxLength - m_length);
     reserve(m_length + added + 1, m_length);
-    std::memcpy(m_text + m_length, text, added + 1);
+    std::memmove(m_text + at + added, m_text + at, m_length - at + 1);
+    std::memcpy(m_text + at, text, added);
     m_length += added;
 }
 

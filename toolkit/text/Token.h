@@ -6,21 +6,23 @@
 #include "core/TqExport.h"
 #include "text/ScanType.h"
 
+#include <cstring>
 #include <iosfwd>
 
 class TQ_EXPORT Token {
 public:
     // An empty owning token of type `none`.
     Token();
-    // Laid over buffer (size bytes, size > 0); the token never frees it. Text that does not
-    // fit moves the token to a heap buffer of its own, leaving the caller's buffer alone.
+    // Laid over buffer (size bytes, size > 0), emptied; the token never frees it. Setting,
+    // prepending or appending text moves the token to a heap buffer of its own (capacity 0 is
+    // less than any text needs), leaving the caller's buffer as it was.
     Token(char* buffer, unsigned size);
     // An owning token holding a copy of text (null: empty).
     Token(ScanType type, const char* text);
     // Copies are always owning.
     Token(const Token& other);
     Token& operator=(const Token& other);
-    virtual ~Token();
+    virtual ~Token() { freeOwned(); }
 
     ScanType type() const { return m_type; }
     void setType(ScanType type) { m_type = type; }
@@ -30,12 +32,14 @@ public:
     // The size of the owned buffer, 0 for a token laid over a caller's buffer.
     unsigned capacity() const { return m_capacity; }
 
-    // Copies text (null: empty). An owned buffer smaller than length + 1 is replaced by one
-    // of exactly length + 1 bytes.
+    // Copies text (null: empty). A buffer smaller than length + 1 is replaced by one of
+    // exactly length + 1 bytes. Text longer than UINT_MAX - 1 is cut there.
     void setValue(const char* text);
     void setValue(const char* text, unsigned length);
     // Cuts the text to length characters (no effect if it is shorter).
     void setLength(unsigned length);
+    // Add text before or after the token's own, growing the buffer as setValue does; text
+    // may be the token's own.
     void prepend(const char* text);
     void append(const char* text);
 
@@ -47,16 +51,27 @@ public:
 
 private:
     friend class Scanner;
+    friend class SingleFileElement;
 
+    // A copy of other laid over buffer, which holds at least other.length() + 1 bytes.
+    Token(const Token& other, char* buffer)
+        : m_type(other.m_type), m_text(buffer), m_length(other.m_length) {
+        std::memcpy(buffer, other.m_text, other.m_length);
+        buffer[other.m_length] = '\0';
+    }
     // Makes room for size bytes, keeping the first keep characters of the text.
     void reserve(unsigned size, unsigned keep);
+    void insert(unsigned at, const char* text);
     void layOver(char* buffer, unsigned size);
-    void freeOwned();
+    void freeOwned() {
+        if (m_capacity > 0)
+            delete[] m_text;
+        m_text = nullptr;
+        m_capacity = 0;
+    }
 
     ScanType m_type = ST_NONE;
     char* m_text = nullptr;
     unsigned m_length = 0;
     unsigned m_capacity = 0;
-    // Size of the caller's buffer while laid over it, 0 while owning.
-    unsigned m_foreignSize = 0;
 };
