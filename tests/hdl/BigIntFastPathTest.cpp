@@ -100,15 +100,16 @@ std::string mapped(std::string bits, char how) {
 // --- Random operands ----------------------------------------------------------------------------
 
 // Operands of the kinds the fast paths tell apart: four-state bits; 0 and 1 bits of either
-// sign; a copy with one bit changed, so that a comparison decides deep down; the complement,
-// whose sum with the first is a run of disagreeing bits as long as the width.
+// sign; a copy with one bit changed, so that a comparison decides deep down; a value and its
+// own low bits, which only the extension tells apart; the complement, whose sum with the first
+// is a run of disagreeing bits as long as the width.
 std::pair<std::string, std::string> operands(std::mt19937_64& random, unsigned wa, unsigned wb) {
     auto numeric = [&](unsigned w) {
         std::string bits = randomBits(random, w, "01");
         const char sign = bits.find('1') != std::string::npos && random() % 2 ? '1' : '0';
         return cat(std::string(1, sign), bits);
     };
-    switch (random() % 4) {
+    switch (random() % 5) {
     case 0:
         return {cat("0", randomBits(random, wa)), cat("0", randomBits(random, wb))};
     case 1:
@@ -120,6 +121,11 @@ std::pair<std::string, std::string> operands(std::mt19937_64& random, unsigned w
         if (changed == 'X' || b.find('1', 1) == std::string::npos)
             b[0] = '0'; // what fromRepresentation can build
         return {a, b};
+    }
+    case 3: { // the low bits lose one to three of the top ones
+        const std::string a = cat("0", randomBits(random, wa));
+        const unsigned dropped = wa > 1 ? 1 + random() % std::min(wa - 1, 3u) : 0;
+        return {a, cat("0", a.substr(1 + dropped))};
     }
     default: {
         const std::string a = cat("0", randomBits(random, wa, "01"));
