@@ -103,7 +103,7 @@ TEST(DigitPredicates, CheckDigitsUnderscoresAndCountBits) {
 
 // What the round trip below leaves out: a radix outside the enumeration, no language, no
 // digits, and a long digit string with the largest size.
-TEST(FormatHDLString, HandlesWhatTheParserNeverGivesBack) {
+TEST(FormatHDLString, HandlesAnUnknownRadixNoLanguageNoDigitsAndTheLargestSize) {
     EXPECT_EQ(radixCharacter(static_cast<Radix>(9), HDLVerilog, 0), '\0');
     EXPECT_STREQ(formatHDLString("1010", HDLNone, 'b', 0), "'b1010");
     EXPECT_EQ(formatHDLString(nullptr, HDLVerilog, 'h', 0), nullptr);
