@@ -12,14 +12,11 @@ namespace {
 
 using namespace bigint_test;
 
-std::string decimalOf(const BigInt& value) {
-    return take(value.BSLToDecimal(0, 0, true));
-}
-
 const BIGINTBOOLEAN T = BIGINT_TRUE, F = BIGINT_FALSE, U = BIGINT_UNKNOWN;
 
-BIGINTBOOLEAN truth(char c) {
-    return c == 'T' ? T : c == 'F' ? F : U;
+// The answer a table letter stands for (T, F or U), or its three-valued negation.
+BIGINTBOOLEAN truth(char c, bool negated = false) {
+    return c == 'U' ? U : (c == 'T') != negated ? T : F;
 }
 
 // Positive overflow widens, two negatives always widen, mixed signs never; the narrower
@@ -50,54 +47,46 @@ TEST(BigIntAddition, NegationSubtractionAndAssignments) {
         EXPECT_EQ(bslOf(*result), expected);
     BigInt value(5L);
     value += 3L;
-    EXPECT_EQ(decimalOf(value), "8");
+    EXPECT_EQ(bslOf(value), "01000");
     value -= BigInt(10L);
     value += BigInt(-1L);
-    EXPECT_EQ(decimalOf(value), "-3");
+    EXPECT_EQ(bslOf(value), "111101") << "two negatives widen";
     value -= 1L;
-    EXPECT_EQ(decimalOf(value), "-4");
+    EXPECT_EQ(bslOf(value), "1111100");
 }
 
 // Equality decides at the first position from the top where the answer is known; a leading
 // X extends as X; values without strings never compare equal, two of width 0 do. Case
-// equality compares X and Z literally after zero extension, bits only.
-TEST(BigIntComparison, EqualityAndCaseEqualityDecideFromTheTop) {
-    // left, right, then == and case_eq
+// equality compares X and Z literally after zero extension, bits only. The ordering is decided
+// the same way from the top, and a sign decides before any bit.
+TEST(BigIntComparison, DecideFromTheTopInThreeValues) {
+    // left, right, then ==, case_eq, >, >=, <, <=
+    // clang-format off
     const char* const cases[][3] = {
-        {"1X0", "100", "UF"}, {"0X1", "1X0", "FF"}, {"100", "1X1", "UF"},   {"101", "101", "TT"},
-        {"X", "X", "UT"},     {"01", "0001", "TT"}, {"1", "0001", "TT"},    {"X1", "0001", "UF"},
-        {"1X", "101", "FF"},  {"d-1", "1", "FT"},   {"d-1", "d-1/4", "TF"}, {"1X0", "1X0", "UT"},
-        {"Z", "X", "UF"},     {"0Z", "Z", "UT"},    {"X", "XX", "UF"},      {"", "", "FF"},
-        {"", "0", "FF"}};
+        {"1X0", "100", "UFUUUU"},  {"0X1", "1X0", "FFFFTT"},  {"100", "1X1", "UFUUUU"},
+        {"101", "101", "TTFTFT"},  {"X", "X", "UTUUUU"},      {"01", "0001", "TTFTFT"},
+        {"1", "0001", "TTFTFT"},   {"X1", "0001", "UFUUUU"},  {"1X", "101", "FFFFTT"},
+        {"d-1", "1", "FTFFTT"},    {"d-1", "d-1/4", "TFFTFT"}, {"1X0", "1X0", "UTUUUU"},
+        {"Z", "X", "UFUUUU"},      {"0Z", "Z", "UTUUUU"},     {"X", "XX", "UFUUUU"},
+        {"", "", "FFUUUU"},        {"", "0", "FFUUUU"},       {"1", "", "FFTTFF"},
+        {"0101", "0100", "FFTTFF"}, {"0101", "01X0", "UFUUUU"}, {"X101", "0101", "UFUUUU"},
+        {"0100", "0101", "FFFFTT"}, {"d3", "d-3", "FFTTFF"},  {"d-3", "d3", "FFFFTT"},
+        {"d-3", "d-5", "FFTTFF"},  {"11", "011", "TTFTFT"}};
+    // clang-format on
     for (const auto& [left, right, answers] : cases) {
         const BigInt a = val(left), b = val(right);
         SCOPED_TRACE(testing::Message() << left << " vs " << right);
-        EXPECT_EQ(a == b, truth(answers[0]));
-        EXPECT_EQ(a != b, answers[0] == 'U' ? U : answers[0] == 'T' ? F : T);
-        EXPECT_EQ(a.case_eq(b), truth(answers[1]));
+        const BIGINTBOOLEAN got[] = {a == b, a.case_eq(b), a > b, a >= b, a < b, a <= b};
+        for (int k = 0; k < 6; ++k)
+            EXPECT_EQ(got[k], truth(answers[k])) << "comparison " << k;
+        EXPECT_EQ(a != b, truth(answers[0], true));
         EXPECT_EQ(b.case_eq(a), truth(answers[1]));
-        EXPECT_EQ(a.case_neq(b), answers[1] == 'T' ? F : T);
+        EXPECT_EQ(a.case_neq(b), truth(answers[1], true));
     }
     EXPECT_EQ((bin("") & bin("")) == (bin("") | bin("")), T);
     EXPECT_EQ(bin("0101") == 5L, T);
     EXPECT_EQ(bin("0101").case_eq(5L), T);
     EXPECT_EQ(BigInt(-1L).case_neq(1L), F);
-}
-
-TEST(BigIntComparison, OrderingIsThreeValuedFromTheTop) {
-    // left, right, then >, >=, <, <=
-    const char* const cases[][3] = {
-        {"0101", "0100", "TTFF"}, {"0101", "01X0", "UUUU"}, {"0101", "0101", "FTFT"},
-        {"X101", "0101", "UUUU"}, {"0100", "0101", "FFTT"}, {"d3", "d-3", "TTFF"},
-        {"d-3", "d3", "FFTT"},    {"d-3", "d-5", "TTFF"},   {"11", "011", "FTFT"},
-        {"", "", "UUUU"},         {"", "0", "UUUU"},        {"1", "", "TTFF"}};
-    for (const auto& [left, right, answers] : cases) {
-        const BigInt a = val(left), b = val(right);
-        SCOPED_TRACE(testing::Message() << left << " vs " << right);
-        const BIGINTBOOLEAN got[] = {a > b, a >= b, a < b, a <= b};
-        for (int k = 0; k < 4; ++k)
-            EXPECT_EQ(got[k], truth(answers[k])) << "comparison " << k;
-    }
     EXPECT_EQ(bin("0101") >= 5L, T);
     EXPECT_EQ(bin("0101") <= 4L, F);
 }

@@ -20,39 +20,37 @@ bool definite(char c) {
     return c == '0' || c == '1';
 }
 
-// Bit i (0 the most significant) of a value extended to width bits with fill.
-char at(const std::string& bsl, std::size_t width, std::size_t i, char fill) {
-    const std::size_t missing = width - (bsl.size() - 1);
-    return i < missing ? fill : bsl[1 + i - missing];
-}
-
 std::size_t widthOf(const std::string& a, const std::string& b) {
     return std::max(a.size(), b.size()) - 1;
+}
+
+// The representation brought to width bits, the missing high bits filled with fill.
+std::string widened(const std::string& bsl, std::size_t width, char fill) {
+    return cat(bsl.substr(0, 1), std::string(width - (bsl.size() - 1), fill), bsl.substr(1));
 }
 
 std::string bitwiseOf(int op, const std::string& a, const std::string& b) {
     const std::size_t w = widthOf(a, b);
     auto fill = [](const std::string& v) { return v[1] == '1' ? '0' : v[1]; };
+    const std::string l = widened(a, w, fill(a)), r = widened(b, w, fill(b));
     std::string out = "0";
-    for (std::size_t i = 0; i < w; ++i)
-        out += tableBit(op, at(a, w, i, fill(a)), at(b, w, i, fill(b)));
+    for (std::size_t i = 1; i <= w; ++i)
+        out += tableBit(op, l[i], r[i]);
     return out;
 }
 
+// Both operands extend with their sign characters, which are added as the top position.
 std::string sumOf(const std::string& a, const std::string& b) {
     const std::size_t w = widthOf(a, b);
     if (!std::all_of(a.begin() + 1, a.end(), definite) ||
         !std::all_of(b.begin() + 1, b.end(), definite))
         return cat("0", std::string(w, 'X'));
-    // Position p counts from the least significant bit; position w is the sign character.
-    auto digit = [](const std::string& v, std::size_t p) {
-        return (p < v.size() - 1 ? v[v.size() - 1 - p] : v[0]) == '1';
-    };
+    const std::string l = widened(a, w, a[0]), r = widened(b, w, b[0]);
     std::string out(w + 1, '0');
     int carry = 0;
-    for (std::size_t p = 0; p <= w; ++p) {
-        const int total = digit(a, p) + digit(b, p) + carry;
-        out[w - p] = static_cast<char>('0' + total % 2);
+    for (std::size_t p = w + 1; p-- > 0;) {
+        const int total = (l[p] == '1') + (r[p] == '1') + carry;
+        out[p] = static_cast<char>('0' + total % 2);
         carry = total / 2;
     }
     const bool positive = a[0] == '0' && b[0] == '0', negative = a[0] == '1' && b[0] == '1';
@@ -74,22 +72,21 @@ BIGINTBOOLEAN comparisonOf(const std::string& a, const std::string& b, bool orde
         return ordering && a[0] == '0' ? BIGINT_TRUE : BIGINT_FALSE;
     const std::size_t w = widthOf(a, b);
     auto fill = [](const std::string& v) { return definite(v[1]) ? v[0] : v[1]; };
-    for (std::size_t i = 0; i < w; ++i) {
-        const char l = at(a, w, i, fill(a)), r = at(b, w, i, fill(b));
-        if (!definite(l) || !definite(r))
+    const std::string l = widened(a, w, fill(a)), r = widened(b, w, fill(b));
+    for (std::size_t i = 1; i <= w; ++i) {
+        if (!definite(l[i]) || !definite(r[i]))
             return BIGINT_UNKNOWN;
-        if (l != r)
-            return ordering && l == '1' ? BIGINT_TRUE : BIGINT_FALSE;
+        if (l[i] != r[i])
+            return ordering && l[i] == '1' ? BIGINT_TRUE : BIGINT_FALSE;
     }
     return ordering ? BIGINT_FALSE : BIGINT_TRUE;
 }
 
+// Zero extension, then the characters as they are.
 BIGINTBOOLEAN caseEqualityOf(const std::string& a, const std::string& b) {
     const std::size_t w = widthOf(a, b);
-    for (std::size_t i = 0; i < w; ++i)
-        if (at(a, w, i, '0') != at(b, w, i, '0'))
-            return BIGINT_FALSE;
-    return BIGINT_TRUE;
+    const bool same = widened(a, w, '0').substr(1) == widened(b, w, '0').substr(1);
+    return same ? BIGINT_TRUE : BIGINT_FALSE;
 }
 
 // The bits as >> copies them (Z becomes X), as << decodes them (anything but 0 and 1 becomes
@@ -103,15 +100,16 @@ std::string mapped(std::string bits, char how) {
 // --- Random operands ----------------------------------------------------------------------------
 
 // Operands of the kinds the fast paths tell apart: four-state bits; 0 and 1 bits of either
-// sign; a copy with one bit changed, so that a comparison decides deep down; the complement,
-// whose sum with the first is a run of disagreeing bits as long as the width.
+// sign; a copy with one bit changed, so that a comparison decides deep down; a value and its
+// own low bits, which only the extension tells apart; the complement, whose sum with the first
+// is a run of disagreeing bits as long as the width.
 std::pair<std::string, std::string> operands(std::mt19937_64& random, unsigned wa, unsigned wb) {
     auto numeric = [&](unsigned w) {
         std::string bits = randomBits(random, w, "01");
         const char sign = bits.find('1') != std::string::npos && random() % 2 ? '1' : '0';
         return cat(std::string(1, sign), bits);
     };
-    switch (random() % 4) {
+    switch (random() % 5) {
     case 0:
         return {cat("0", randomBits(random, wa)), cat("0", randomBits(random, wb))};
     case 1:
@@ -123,6 +121,11 @@ std::pair<std::string, std::string> operands(std::mt19937_64& random, unsigned w
         if (changed == 'X' || b.find('1', 1) == std::string::npos)
             b[0] = '0'; // what fromRepresentation can build
         return {a, b};
+    }
+    case 3: { // the low bits lose one to three of the top ones
+        const std::string a = cat("0", randomBits(random, wa));
+        const unsigned dropped = wa > 1 ? 1 + random() % std::min(wa - 1, 3u) : 0;
+        return {a, cat("0", a.substr(1 + dropped))};
     }
     default: {
         const std::string a = cat("0", randomBits(random, wa, "01"));

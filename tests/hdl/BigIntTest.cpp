@@ -58,7 +58,8 @@ TEST(BigIntConstruction, FromDigitStringsOfEachRadix) {
 }
 
 // The steps the string constructor is made of, where they say more than the constructor shows:
-// the width they report, decimal digits without a sign, digit values.
+// the width they report, decimal digits without a sign, digit values, and the two's
+// complement, which turns Z into X.
 TEST(BigIntConversionSteps, EachKeepsItsOwnContract) {
     using Step = char* (*)(const char*, unsigned&);
     // clang-format off
@@ -83,6 +84,22 @@ TEST(BigIntConversionSteps, EachKeepsItsOwnContract) {
     const int values[] = {0, 9, 10, 15, 10, 15, -1, -1, -1, -1, -1, -1, -1, -1};
     for (std::size_t i = 0; i < digits.size(); ++i)
         EXPECT_EQ(BigInt::asDigit(digits[i]), values[i]) << digits[i];
+    const std::pair<std::string, const char*> cases[] = {
+        {"0101", "1011"}, {"0000", "0000"}, {"1000", "1000"}, {"01Z1", "10X1"},
+        {"0z10", "1x10"}, {"01X0", "10X0"}, {"", ""}};
+    for (auto [bits, output] : cases) {
+        BigInt::twosComplement(bits.data());
+        EXPECT_EQ(bits, output);
+    }
+    BigInt::twosComplement(nullptr);
+    // Only a zero width is filled from the other.
+    const unsigned widths[][4] = {{0, 0, 0, 0}, {5, 0, 5, 5}, {0, 7, 7, 7}, {3, 4, 3, 4}};
+    for (const auto& c : widths) {
+        unsigned a = c[0], b = c[1];
+        BigInt::reconcileWidths(a, b);
+        EXPECT_EQ(a, c[2]);
+        EXPECT_EQ(b, c[3]);
+    }
 }
 
 TEST(BigIntConstruction, CopyMoveAndAssignmentOwnTheirStrings) {
@@ -114,41 +131,10 @@ TEST(BigIntQueries, AnswerFromTheRepresentation) {
     }
 }
 
-TEST(BigIntConversionSteps, TwosComplementAndReconcileWidths) {
-    const std::pair<std::string, const char*> cases[] = {
-        {"0101", "1011"}, {"0000", "0000"}, {"1000", "1000"}, {"01Z1", "10X1"},
-        {"0z10", "1x10"}, {"01X0", "10X0"}, {"", ""}};
-    for (auto [text, output] : cases) {
-        BigInt::twosComplement(text.data());
-        EXPECT_EQ(text, output);
-    }
-    BigInt::twosComplement(nullptr);
-    // Only a zero width is filled from the other.
-    const unsigned widths[][4] = {{0, 0, 0, 0}, {5, 0, 5, 5}, {0, 7, 7, 7}, {3, 4, 3, 4}};
-    for (const auto& c : widths) {
-        unsigned a = c[0], b = c[1];
-        BigInt::reconcileWidths(a, b);
-        EXPECT_EQ(a, c[2]);
-        EXPECT_EQ(b, c[3]);
-    }
-}
-
-TEST(BigIntIntermediates, AResultLivesUntilEightMoreAreTaken) {
-    const BigInt a = bin("1100"), b = bin("1010");
-    BigInt& first = a & b;
-    const char* kept = first.bsl();
-    for (int i = 0; i < 7; ++i)
-        EXPECT_NE(&(a | b), &first);
-    EXPECT_EQ(first.bsl(), kept);
-    EXPECT_EQ(bslOf(first), "01000");
-    BigInt& ninth = a ^ b;
-    EXPECT_EQ(&ninth, &first) << "the ninth result reuses the first slot";
-    EXPECT_EQ(bslOf(ninth), "00110");
-}
-
-// An operand that is the oldest slot is read before its slot is reused, also where the
-// operator builds a value of its own on the way (subtraction negates its right operand).
-TEST(BigIntIntermediates, AnOperandThatIsTheReusedSlotIsReadFirst) {
+// A result outlives seven more and the eighth reuses its slot; an operand that is that slot is
+// read before it is reused, also where the operator builds a value of its own on the way
+// (subtraction negates its right operand).
+TEST(BigIntIntermediates, AResultLivesUntilEightMoreAreTakenAndIsReadFirst) {
     const BigInt five(5L), three(3L);
     const std::pair<std::function<BigInt&(const BigInt&)>, const char*> cases[] = {
         {[](const BigInt& x) -> BigInt& { return ~x; }, "0010"},
@@ -158,7 +144,8 @@ TEST(BigIntIntermediates, AnOperandThatIsTheReusedSlotIsReadFirst) {
     for (const auto& [operation, expected] : cases) {
         BigInt& oldest = five | 0L;
         for (int i = 0; i < 7; ++i)
-            (void)(five & five);
+            EXPECT_NE(&(three & three), &oldest);
+        EXPECT_EQ(bslOf(oldest), "0101");
         BigInt& result = operation(oldest);
         EXPECT_EQ(&result, &oldest);
         EXPECT_EQ(bslOf(result), expected);
