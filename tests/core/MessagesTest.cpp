@@ -11,6 +11,7 @@
 
 #include <cstdio>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -21,11 +22,7 @@ protected:
 
 TEST_F(ErrorMessages, EveryConstructorFormatsItsTextAndKeepsItsFields) {
     int object = 0;
-    const struct {
-        ErrorMessage message;
-        MessageSeverity severity;
-        const char* text;
-    } cases[] = {
+    const std::tuple<ErrorMessage, MessageSeverity, const char*> cases[] = {
         {ErrorMessage(SEVERITY_WARNING), SEVERITY_WARNING, ""},
         {ErrorMessage(SEVERITY_NOTE, MESSAGE_OBJECT_NONE, &object, 12, "line %d: %s", 12, "bad"),
          SEVERITY_NOTE, "line 12: bad"},
@@ -37,14 +34,14 @@ TEST_F(ErrorMessages, EveryConstructorFormatsItsTextAndKeepsItsFields) {
         {ErrorMessage("plain %c", 'x'), SEVERITY_ERROR, "plain x"},
         {ErrorMessage(IDS_CANTCREATE, "c.tim"), SEVERITY_ERROR, "Cannot create file 'c.tim'"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.message.severity(), c.severity) << c.text;
-        EXPECT_STREQ(c.message.message(), c.text);
-        EXPECT_EQ(c.message.userWord(), 0);
+    for (const auto& [message, severity, text] : cases) {
+        EXPECT_EQ(message.severity(), severity) << text;
+        EXPECT_STREQ(message.message(), text);
+        EXPECT_EQ(message.userWord(), 0);
     }
-    EXPECT_EQ(cases[1].message.object(), &object);
-    EXPECT_EQ(cases[1].message.number(), 12);
-    EXPECT_EQ(cases[2].message.number(), 3);
+    EXPECT_EQ(std::get<0>(cases[1]).object(), &object);
+    EXPECT_EQ(std::get<0>(cases[1]).number(), 12);
+    EXPECT_EQ(std::get<0>(cases[2]).number(), 3);
 }
 
 TEST_F(ErrorMessages, SeverityStringsErrorTestAndTheFormatAreaLimit) {
@@ -60,25 +57,21 @@ TEST_F(ErrorMessages, SeverityStringsErrorTestAndTheFormatAreaLimit) {
               longText.substr(0, 1023));
 }
 
-TEST_F(ErrorMessages, CopiesOwnTheirTextAndSetMessageReplacesIt) {
-    ErrorMessage original(SEVERITY_WARNING, "first");
+TEST_F(ErrorMessages, CopiesOwnTheirTextAndDuplicatesCompareTextAndOptionallySeverity) {
+    ErrorMessage original(SEVERITY_WARNING, "same");
     ErrorMessage copy(original);
+    OC_<ErrorMessage> list;
+    list.add(&copy);
+    EXPECT_TRUE(ErrorMessage(SEVERITY_ERROR, "same").duplicateExists(list, false));
+    EXPECT_FALSE(ErrorMessage(SEVERITY_ERROR, "same").duplicateExists(list, true));
+    EXPECT_TRUE(original.duplicateExists(list, true));
     original.setMessage(IDS_CANTFIND, "gone.tim");
-    EXPECT_STREQ(copy.message(), "first");
+    EXPECT_STREQ(copy.message(), "same");
     EXPECT_STREQ(original.message(), "File gone.tim cannot be found or does not exist.");
+    EXPECT_FALSE(original.duplicateExists(list, false));
     copy = original;
     EXPECT_STREQ(copy.message(), original.message());
     EXPECT_NE(copy.message(), original.message());
-}
-
-TEST_F(ErrorMessages, DuplicateExistsComparesTextAndOptionallySeverity) {
-    ErrorMessage warning(SEVERITY_WARNING, "same");
-    OC_<ErrorMessage> list;
-    list.add(&warning);
-    EXPECT_TRUE(ErrorMessage(SEVERITY_ERROR, "same").duplicateExists(list, false));
-    EXPECT_FALSE(ErrorMessage(SEVERITY_ERROR, "same").duplicateExists(list, true));
-    EXPECT_TRUE(ErrorMessage(SEVERITY_WARNING, "same").duplicateExists(list, true));
-    EXPECT_FALSE(ErrorMessage("new").duplicateExists(list, false));
 }
 
 // What the user saw: "[icon] title: text\n" from the dialog, then anything on standard error.
@@ -139,23 +132,12 @@ TEST(UserMessages, ChooseDialogOrStandardErrorAndReportTheAnswer) {
     setUserMessageNotifier(previous);
 }
 
-// Collects the debug print for the test's lifetime, at level 0 (silent) to start with.
-class DebugPrintTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        captured.clear();
-        setDebugPrintLevel(0);
-    }
-    void TearDown() override {
-        setDebugPrintLevel(m_level);
-        setDebugPrintSink(m_sink);
-    }
-    static inline std::string captured;
-    const int m_level = debugPrintLevel();
-    const DebugPrintSink m_sink = setDebugPrintSink([](const char* text) { captured += text; });
-};
-
-TEST_F(DebugPrintTest, PrintsOnlyAtOrBelowTheCurrentLevel) {
+TEST(DebugPrint, PrintsOnlyAtOrBelowTheCurrentLevel) {
+    static std::string captured;
+    const DebugPrintSink previousSink =
+        setDebugPrintSink([](const char* text) { captured += text; });
+    const int previousLevel = debugPrintLevel();
+    setDebugPrintLevel(0);
     Printf(DBG_ERRORS, "silent\n");
     dumpBuff(DBG_ERRORS, "abc", 3);
     EXPECT_EQ(captured, "");
@@ -170,14 +152,14 @@ TEST_F(DebugPrintTest, PrintsOnlyAtOrBelowTheCurrentLevel) {
               "00000010: 58 59 01                                         XY.\n"
               "DEBUG: value 3\n");
     EXPECT_STREQ(DebugMessage("a%sc", "b").text(), "abc");
-}
 
-TEST_F(DebugPrintTest, MemorySystemReportsHeapFiguresAtTheInfoLevel) {
-    setDebugPrintLevel(DBG_INFO);
+    captured.clear();
     { MemorySystem scope; }
     MemorySystem::displayMemStats("after start-up");
     EXPECT_EQ(captured.rfind("MemorySystem: heap in use changed by ", 0), 0u) << captured;
     EXPECT_NE(captured.find("after start-up: "), std::string::npos) << captured;
+    setDebugPrintLevel(previousLevel);
+    setDebugPrintSink(previousSink);
 }
 
 } // namespace

@@ -11,6 +11,7 @@
 #include <climits>
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -23,13 +24,6 @@ PdStringEntry firstTable[] = {
     {"", ""},         {"IDS_A1", "a1"}, {"IDS_A2", "a2"}, {nullptr, nullptr}, {"X", "beyond1"},
     {"Y", "beyond2"}, {"Z", "beyond3"}, {"", ""},         {"", ""},           {nullptr, nullptr}};
 PdStringEntry secondTable[] = {{"", ""}, {"IDS_B1", "b1"}, {"IDS_B2", "b2 %d"}, {nullptr, nullptr}};
-
-SToolkitClient tableClient(int firstId, PdStringEntry* table) {
-    SToolkitClient client{};
-    client.firstStringId = firstId;
-    client.stringTable = table;
-    return client;
-}
 
 class TestApplication : public appiApplication {
 public:
@@ -97,10 +91,14 @@ TEST_F(ToolkitRegistration, ToolkitTableAnswersIdsOneTo77InTheRingAndUnknownIdsW
 // earlier one, whose range becomes empty.
 TEST_F(ToolkitRegistration, RangesEndOnlyWhereTheNextBegins) {
     TarqToolkit::registerSelf();
-    SToolkitClient first = tableClient(100, firstTable), second = tableClient(106, secondTable);
-    SToolkitClient earlier = tableClient(500, firstTable), later = tableClient(500, secondTable);
-    for (SToolkitClient* client : {&second, &first, &earlier, &later})
-        TarqToolkit::registerToolkitClient(client);
+    const std::pair<int, PdStringEntry*> clients[] = {
+        {106, secondTable}, {100, firstTable}, {500, firstTable}, {500, secondTable}};
+    for (const auto& [first, table] : clients) {
+        SToolkitClient client{}; // a temporary: the toolkit keeps what it needs
+        client.firstStringId = first;
+        client.stringTable = table;
+        TarqToolkit::registerToolkitClient(&client);
+    }
     const std::pair<int, const char*> cases[] = {{101, "a2"}, {103, "beyond1"}, {105, "beyond3"},
                                                  {106, "b1"}, {500, "b1"},      {501, "b2 %d"}};
     for (const auto& [id, text] : cases)
@@ -173,11 +171,7 @@ public:
 // The window-side steps run only while the window system runs; the service steps always, in
 // their order; the singleton goes only when windows were never shown, before the application.
 TEST_F(ToolkitRegistration, ToolkitShutDownRunsItsStepsInOrder) {
-    const struct {
-        bool withApplication;
-        char windowSystemRunning, windowsShown;
-        Events expected;
-    } cases[] = {
+    const std::tuple<bool, char, char, Events> cases[] = {
         // clang-format off
         {false, 0, 0, {"scanner", "bigint", "singleton deleted"}},
         {true, 0, 1, {"create", "scanner", "bigint", "delete", "application destroyed", "hook"}},
@@ -185,14 +179,14 @@ TEST_F(ToolkitRegistration, ToolkitShutDownRunsItsStepsInOrder) {
                       "application destroyed", "hook"}},
         // clang-format on
     };
-    for (const auto& c : cases) {
+    for (const auto& [withApplication, windowSystemRunning, windowsShown, expected] : cases) {
         events.clear();
         SToolkitClient application = applicationClient();
-        if (c.withApplication) {
+        if (withApplication) {
             TarqToolkit::registerToolkitClient(&application);
             TarqToolkit::initApplication();
-            theApplication->setWindowSystemRunning(c.windowSystemRunning);
-            theApplication->setAreWindowsShown(c.windowsShown);
+            theApplication->setWindowSystemRunning(windowSystemRunning);
+            theApplication->setAreWindowsShown(windowsShown);
         }
         TarqToolkit::registerSelf();
         TarqToolkit::setShutDownStep(TqShutDownStep::BigInt, [] { events.push_back("bigint"); });
@@ -202,8 +196,8 @@ TEST_F(ToolkitRegistration, ToolkitShutDownRunsItsStepsInOrder) {
         Singleton* singleton = new Singleton;
         TarqToolkit::setLibrarySingleton(singleton);
         shutDownAndRestart();
-        EXPECT_EQ(events, c.expected);
-        if (c.withApplication && c.windowsShown)
+        EXPECT_EQ(events, expected);
+        if (withApplication && windowsShown)
             delete singleton;
     }
 }

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -115,10 +116,7 @@ TEST(ApplicationFlags, InitSetsTheFlagTableAndLeavesSaveAsAndClipboard) {
     EXPECT_EQ(application.helpFile(), nullptr);
     EXPECT_EQ(application.appFeatureRevString(), nullptr);
     const appiApplication& a = application;
-    const struct {
-        const char* name;
-        char value, expected;
-    } flags[] = {
+    const std::tuple<const char*, char, char> flags[] = {
         {"New", a.isNewEnabled(), 1},
         {"Open", a.isOpenEnabled(), 1},
         {"Save", a.isSaveEnabled(), 0},
@@ -137,8 +135,8 @@ TEST(ApplicationFlags, InitSetsTheFlagTableAndLeavesSaveAsAndClipboard) {
         {"Clipboard, as it was", a.isClipboardEnabled(), 1},
         {"little-endian machine", appiApplication::isLittleEndian(), 1},
     };
-    for (const auto& flag : flags)
-        EXPECT_EQ(flag.value, flag.expected) << flag.name;
+    for (const auto& [name, value, expected] : flags)
+        EXPECT_EQ(value, expected) << name;
 }
 
 } // namespace
