@@ -8,11 +8,8 @@ namespace {
 
 struct Named {
     std::string name;
-    int* deletes = nullptr;
-    ~Named() {
-        if (deletes)
-            ++*deletes;
-    }
+    static inline int deletes = 0;
+    ~Named() { ++deletes; }
     static const char* keyOf(const Named& n) { return n.name.c_str(); }
 };
 
@@ -29,12 +26,12 @@ TEST(OrderedCollection, KeepsOrderRemovesByIdentityAndDeletesOnlyWhenTold) {
     ASSERT_EQ(list.size(), 1);
     EXPECT_EQ(list[0], &c);
 
-    int deletes = 0;
+    const int deletes = Named::deletes;
     list.clear();
-    list.add(new Named{"x", &deletes});
-    list.add(new Named{"y", &deletes});
+    list.add(new Named{"x"});
+    list.add(new Named{"y"});
     list.deleteContents();
-    EXPECT_EQ(deletes, 2);
+    EXPECT_EQ(Named::deletes, deletes + 2);
     EXPECT_TRUE(list.isEmpty());
 }
 

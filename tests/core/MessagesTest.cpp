@@ -9,7 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -20,32 +22,26 @@ protected:
 
 TEST_F(ErrorMessages, EveryConstructorFormatsItsTextAndKeepsItsFields) {
     int object = 0;
-    const ErrorMessage messages[] = {
-        ErrorMessage(SEVERITY_WARNING),
-        ErrorMessage(SEVERITY_NOTE, MESSAGE_OBJECT_NONE, &object, 12, "line %d: %s", 12, "bad"),
-        ErrorMessage(SEVERITY_FATAL, MESSAGE_OBJECT_NONE, &object, 3, IDS_CANTOPEN, "a.tim"),
-        ErrorMessage(SEVERITY_WARNING, "%s=%d", "width", 8),
-        ErrorMessage(SEVERITY_WARNING, IDS_CANTREAD, "b.tim"),
-        ErrorMessage("plain %c", 'x'),
-        ErrorMessage(IDS_CANTCREATE, "c.tim"),
+    const std::tuple<ErrorMessage, MessageSeverity, const char*> cases[] = {
+        {ErrorMessage(SEVERITY_WARNING), SEVERITY_WARNING, ""},
+        {ErrorMessage(SEVERITY_NOTE, MESSAGE_OBJECT_NONE, &object, 12, "line %d: %s", 12, "bad"),
+         SEVERITY_NOTE, "line 12: bad"},
+        {ErrorMessage(SEVERITY_FATAL, MESSAGE_OBJECT_NONE, &object, 3, IDS_CANTOPEN, "a.tim"),
+         SEVERITY_FATAL, "Cannot open file 'a.tim'"},
+        {ErrorMessage(SEVERITY_WARNING, "%s=%d", "width", 8), SEVERITY_WARNING, "width=8"},
+        {ErrorMessage(SEVERITY_WARNING, IDS_CANTREAD, "b.tim"), SEVERITY_WARNING,
+         "Cannot read file 'b.tim'"},
+        {ErrorMessage("plain %c", 'x'), SEVERITY_ERROR, "plain x"},
+        {ErrorMessage(IDS_CANTCREATE, "c.tim"), SEVERITY_ERROR, "Cannot create file 'c.tim'"},
     };
-    const std::pair<MessageSeverity, const char*> expected[] = {
-        {SEVERITY_WARNING, ""},
-        {SEVERITY_NOTE, "line 12: bad"},
-        {SEVERITY_FATAL, "Cannot open file 'a.tim'"},
-        {SEVERITY_WARNING, "width=8"},
-        {SEVERITY_WARNING, "Cannot read file 'b.tim'"},
-        {SEVERITY_ERROR, "plain x"},
-        {SEVERITY_ERROR, "Cannot create file 'c.tim'"},
-    };
-    for (std::size_t i = 0; i < std::size(messages); ++i) {
-        EXPECT_EQ(messages[i].severity(), expected[i].first) << i;
-        EXPECT_STREQ(messages[i].message(), expected[i].second);
-        EXPECT_EQ(messages[i].userWord(), 0);
+    for (const auto& [message, severity, text] : cases) {
+        EXPECT_EQ(message.severity(), severity) << text;
+        EXPECT_STREQ(message.message(), text);
+        EXPECT_EQ(message.userWord(), 0);
     }
-    EXPECT_EQ(messages[1].object(), &object);
-    EXPECT_EQ(messages[1].number(), 12);
-    EXPECT_EQ(messages[2].number(), 3);
+    EXPECT_EQ(std::get<0>(cases[1]).object(), &object);
+    EXPECT_EQ(std::get<0>(cases[1]).number(), 12);
+    EXPECT_EQ(std::get<0>(cases[2]).number(), 3);
 }
 
 TEST_F(ErrorMessages, SeverityStringsErrorTestAndTheFormatAreaLimit) {
@@ -61,133 +57,87 @@ TEST_F(ErrorMessages, SeverityStringsErrorTestAndTheFormatAreaLimit) {
               longText.substr(0, 1023));
 }
 
-TEST_F(ErrorMessages, CopiesOwnTheirTextAndSetMessageReplacesIt) {
-    ErrorMessage original(SEVERITY_WARNING, "first");
+TEST_F(ErrorMessages, CopiesOwnTheirTextAndDuplicatesCompareTextAndOptionallySeverity) {
+    ErrorMessage original(SEVERITY_WARNING, "same");
     ErrorMessage copy(original);
+    OC_<ErrorMessage> list;
+    list.add(&copy);
+    EXPECT_TRUE(ErrorMessage(SEVERITY_ERROR, "same").duplicateExists(list, false));
+    EXPECT_FALSE(ErrorMessage(SEVERITY_ERROR, "same").duplicateExists(list, true));
+    EXPECT_TRUE(original.duplicateExists(list, true));
     original.setMessage(IDS_CANTFIND, "gone.tim");
-    EXPECT_STREQ(copy.message(), "first");
+    EXPECT_STREQ(copy.message(), "same");
     EXPECT_STREQ(original.message(), "File gone.tim cannot be found or does not exist.");
+    EXPECT_FALSE(original.duplicateExists(list, false));
     copy = original;
     EXPECT_STREQ(copy.message(), original.message());
     EXPECT_NE(copy.message(), original.message());
 }
 
-TEST_F(ErrorMessages, DuplicateExistsComparesTextAndOptionallySeverity) {
-    ErrorMessage warning(SEVERITY_WARNING, "same");
-    OC_<ErrorMessage> list;
-    list.add(&warning);
-    EXPECT_TRUE(ErrorMessage(SEVERITY_ERROR, "same").duplicateExists(list, false));
-    EXPECT_FALSE(ErrorMessage(SEVERITY_ERROR, "same").duplicateExists(list, true));
-    EXPECT_TRUE(ErrorMessage(SEVERITY_WARNING, "same").duplicateExists(list, true));
-    EXPECT_FALSE(ErrorMessage("new").duplicateExists(list, false));
-}
-
-struct NotifierCall {
-    std::string text;
-    std::string title;
-    int icon = -1;
-};
-NotifierCall lastCall;
+// What the user saw: "[icon] title: text\n" from the dialog, then anything on standard error.
+std::string seen;
 int nextAnswer = NOTIFIER_OK;
 
 int recordingNotifier(const char* text, const char* title, NotifierIcon icon) {
-    lastCall = {text, title, icon};
+    char line[256];
+    std::snprintf(line, sizeof line, "[%d] %s: %s\n", icon, title, text);
+    seen += line;
     return nextAnswer;
 }
 
-class UserMessages : public ::testing::Test {
-protected:
-    void SetUp() override {
-        m_previousNotifier = setUserMessageNotifier(&recordingNotifier);
-        m_previousApplication = appiApplication::current();
-    }
-    void TearDown() override {
-        setUserMessageNotifier(m_previousNotifier);
-        appiApplication::setCurrent(m_previousApplication);
-    }
-    UserMessageNotifier m_previousNotifier = nullptr;
-    appiApplication* m_previousApplication = nullptr;
-};
-
-// Without an application, without a running window system or with windows hidden, nothing
-// is asked: the message goes to standard error and the result is true.
-TEST_F(UserMessages, WithoutAGuiTheMessageGoesToStandardError) {
+// Only with an application whose window system runs and whose windows are shown is the user
+// asked; otherwise the message goes to standard error, and the result is true.
+TEST(UserMessages, ChooseDialogOrStandardErrorAndReportTheAnswer) {
     const struct {
         bool withApplication;
         char windowSystemRunning, windowsShown;
         const char* title;
-        bool isError;
-        const char* expected;
+        bool isError, isWarning, isQuestion;
+        int answer;
+        const char* seen;
+        bool result, answerFlag;
     } cases[] = {
-        {true, 0, 1, "Title", true, "Title: text\n"}, {true, 0, 1, nullptr, true, "ERROR: text\n"},
-        {true, 0, 1, nullptr, false, "text\n"},       {true, 1, 0, nullptr, false, "text\n"},
-        {false, 1, 1, "T", false, "T: text\n"},
+        // clang-format off
+        {true, 0, 1, "Title", true, false, true, NOTIFIER_NO, "Title: text\n", true, false},
+        {true, 0, 1, nullptr, true, false, true, NOTIFIER_NO, "ERROR: text\n", true, false},
+        {true, 0, 1, nullptr, false, false, true, NOTIFIER_NO, "text\n", true, false},
+        {true, 1, 0, nullptr, false, false, true, NOTIFIER_NO, "text\n", true, false},
+        {false, 1, 1, "T", false, false, true, NOTIFIER_NO, "T: text\n", true, false},
+        {true, 1, 1, nullptr, true, false, false, NOTIFIER_OK, "[0] Error: text\n", true, false},
+        {true, 1, 1, nullptr, false, true, false, NOTIFIER_OK, "[1] Note: text\n", true, false},
+        {true, 1, 1, "Save", false, true, true, NOTIFIER_YES, "[4] Save: text\n", true, false},
+        {true, 1, 1, "Save", false, false, true, NOTIFIER_NO, "[4] Save: text\n", false, true},
+        {true, 1, 1, "Save", false, false, true, NOTIFIER_CANCEL, "[4] Save: text\n", false, false},
+        {true, 1, 1, "T", false, false, false, NOTIFIER_CANCEL, "[0] T: text\n", false, false},
+        // clang-format on
     };
+    const UserMessageNotifier previous = setUserMessageNotifier(&recordingNotifier);
     for (const auto& c : cases) {
         appiApplication application;
         application.setWindowSystemRunning(c.windowSystemRunning);
         application.setAreWindowsShown(c.windowsShown);
         appiApplication::setCurrent(c.withApplication ? &application : nullptr);
-        lastCall = {};
-        bool answer = false;
-        testing::internal::CaptureStderr();
-        EXPECT_TRUE(showUserMessage("text", c.title, c.isError, false, true, answer));
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), c.expected);
-        EXPECT_FALSE(answer);
-        EXPECT_EQ(lastCall.icon, -1) << "no dialog";
-    }
-}
-
-TEST_F(UserMessages, WithAGuiTheDialogChoosesIconTitleAndAnswer) {
-    appiApplication application;
-    application.setWindowSystemRunning(1);
-    const struct {
-        const char* title;
-        bool isError, isWarning, isQuestion;
-        int answer;
-        int icon;
-        const char* shownTitle;
-        bool result;
-        bool answerFlag;
-    } cases[] = {
-        {nullptr, true, false, false, NOTIFIER_OK, NOTIFIER_ICON_INFORMATION, "Error", true, false},
-        {nullptr, false, true, false, NOTIFIER_OK, NOTIFIER_ICON_WARNING, "Note", true, false},
-        {"Save", false, true, true, NOTIFIER_YES, NOTIFIER_ICON_QUESTION, "Save", true, false},
-        {"Save", false, false, true, NOTIFIER_NO, NOTIFIER_ICON_QUESTION, "Save", false, true},
-        {"Save", false, false, true, NOTIFIER_CANCEL, NOTIFIER_ICON_QUESTION, "Save", false, false},
-        {"T", false, false, false, NOTIFIER_CANCEL, NOTIFIER_ICON_INFORMATION, "T", false, false},
-    };
-    for (const auto& c : cases) {
-        bool answerFlag = false;
+        seen.clear();
         nextAnswer = c.answer;
+        bool answerFlag = false;
+        testing::internal::CaptureStderr();
         EXPECT_EQ(
-            showUserMessage("body", c.title, c.isError, c.isWarning, c.isQuestion, answerFlag),
+            showUserMessage("text", c.title, c.isError, c.isWarning, c.isQuestion, answerFlag),
             c.result)
-            << c.shownTitle << " answer " << c.answer;
-        EXPECT_EQ(answerFlag, c.answerFlag);
-        EXPECT_EQ(lastCall.icon, c.icon);
-        EXPECT_EQ(lastCall.title, c.shownTitle);
-        EXPECT_EQ(lastCall.text, "body");
+            << c.seen;
+        seen += testing::internal::GetCapturedStderr();
+        EXPECT_EQ(seen, c.seen);
+        EXPECT_EQ(answerFlag, c.answerFlag) << c.seen;
     }
+    setUserMessageNotifier(previous);
 }
 
-// Collects the debug print for the test's lifetime, at level 0 (silent) to start with.
-class DebugPrintTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        captured.clear();
-        setDebugPrintLevel(0);
-    }
-    void TearDown() override {
-        setDebugPrintLevel(m_level);
-        setDebugPrintSink(m_sink);
-    }
-    static inline std::string captured;
-    const int m_level = debugPrintLevel();
-    const DebugPrintSink m_sink = setDebugPrintSink([](const char* text) { captured += text; });
-};
-
-TEST_F(DebugPrintTest, PrintsOnlyAtOrBelowTheCurrentLevel) {
+TEST(DebugPrint, PrintsOnlyAtOrBelowTheCurrentLevel) {
+    static std::string captured;
+    const DebugPrintSink previousSink =
+        setDebugPrintSink([](const char* text) { captured += text; });
+    const int previousLevel = debugPrintLevel();
+    setDebugPrintLevel(0);
     Printf(DBG_ERRORS, "silent\n");
     dumpBuff(DBG_ERRORS, "abc", 3);
     EXPECT_EQ(captured, "");
@@ -202,14 +152,14 @@ TEST_F(DebugPrintTest, PrintsOnlyAtOrBelowTheCurrentLevel) {
               "00000010: 58 59 01                                         XY.\n"
               "DEBUG: value 3\n");
     EXPECT_STREQ(DebugMessage("a%sc", "b").text(), "abc");
-}
 
-TEST_F(DebugPrintTest, MemorySystemReportsHeapFiguresAtTheInfoLevel) {
-    setDebugPrintLevel(DBG_INFO);
+    captured.clear();
     { MemorySystem scope; }
     MemorySystem::displayMemStats("after start-up");
     EXPECT_EQ(captured.rfind("MemorySystem: heap in use changed by ", 0), 0u) << captured;
     EXPECT_NE(captured.find("after start-up: "), std::string::npos) << captured;
+    setDebugPrintLevel(previousLevel);
+    setDebugPrintSink(previousSink);
 }
 
 } // namespace

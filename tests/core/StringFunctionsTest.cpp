@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -20,11 +21,7 @@ using InPlace = char* (*)(char*);
 constexpr InPlace zeroFraction = static_cast<InPlace>(stripZeroFraction);
 
 TEST(InPlaceFunctions, FollowTheirRulesAndTheQStringOverloadAgrees) {
-    const struct {
-        InPlace run;
-        const char* input;
-        const char* expected;
-    } cases[] = {
+    const std::tuple<InPlace, const char*, const char*> cases[] = {
         {[](char* b) { return stripLeading(b, " \t"); }, " \t abc ", "abc "},
         {[](char* b) { return stripLeading(b, " "); }, "   ", ""},
         {[](char* b) { return stripTrailing(b, " "); }, "abc  ", "abc"},
@@ -43,13 +40,13 @@ TEST(InPlaceFunctions, FollowTheirRulesAndTheQStringOverloadAgrees) {
         {strReverse, "abc", "cba"},
         {strReverse, "", ""},
     };
-    for (const auto& c : cases) {
-        std::string buffer(c.input);
-        EXPECT_EQ(c.run(buffer.data()), buffer.data()) << c.input;
-        EXPECT_STREQ(buffer.c_str(), c.expected) << c.input;
-        if (c.run == zeroFraction) {
-            QString text = QString::fromLatin1(c.input);
-            EXPECT_EQ(*stripZeroFraction(&text), QString::fromLatin1(c.expected)) << c.input;
+    for (const auto& [run, input, expected] : cases) {
+        std::string buffer(input);
+        EXPECT_EQ(run(buffer.data()), buffer.data()) << input;
+        EXPECT_STREQ(buffer.c_str(), expected) << input;
+        if (run == zeroFraction) {
+            QString text = QString::fromLatin1(input);
+            EXPECT_EQ(*stripZeroFraction(&text), QString::fromLatin1(expected)) << input;
         }
     }
     char text[] = "abc";
@@ -103,85 +100,78 @@ TEST(TextQueries, VisibleCharactersNumbersAndLines) {
     EXPECT_FALSE(hasVisibleCharacters(" \t\r\n"));
     EXPECT_FALSE(hasVisibleCharacters(nullptr));
 
-    const struct {
-        const char* text;
-        bool allowFraction, numeric;
-    } numbers[] = {
+    const std::tuple<const char*, bool, bool> numbers[] = {
         {"  -42", false, true}, {"+", false, true},    {"-", false, true},
         {"12.", true, true},    {".5", true, true},    {"12.5", true, true},
         {"12.5", false, false}, {"1.5.", true, false}, {"42 ", false, false},
         {"   ", false, false},  {"--1", false, false}, {nullptr, true, false},
     };
-    for (const auto& c : numbers)
-        EXPECT_EQ(isNumericString(c.text, c.allowFraction), c.numeric)
-            << (c.text ? c.text : "<null>") << " fraction=" << c.allowFraction;
+    for (const auto& [text, allowFraction, numeric] : numbers)
+        EXPECT_EQ(isNumericString(text, allowFraction), numeric)
+            << (text ? text : "<null>") << " fraction=" << allowFraction;
 
     EXPECT_EQ(numLines(nullptr), 0);
     EXPECT_EQ(numLines(""), 1);
     EXPECT_EQ(numLines("a\nb\n"), 3);
-    char text[] = "one\ntwo\nthree";
-    EXPECT_EQ(lineNumber(1, text), text);
-    EXPECT_STREQ(lineNumber(3, text), "three");
-    EXPECT_EQ(lineNumber(4, text), nullptr);
-    EXPECT_EQ(lineNumber(0, text), nullptr);
+    char lines[] = "one\ntwo\nthree";
+    EXPECT_EQ(lineNumber(1, lines), lines);
+    EXPECT_STREQ(lineNumber(3, lines), "three");
+    EXPECT_EQ(lineNumber(4, lines), nullptr);
+    EXPECT_EQ(lineNumber(0, lines), nullptr);
     EXPECT_EQ(lineNumber(1, nullptr), nullptr);
 }
 
-TEST(ScratchFunctions, ReplaceScansLeftToRightWithoutRescanningAndStopsAt255) {
-    const struct {
-        const char *s, *find, *repl, *expected;
-    } cases[] = {
-        {"a-b-c", "-", "+", "a+b+c"},
-        {"aab", "ab", "X", "aab"}, // the character that broke a partial match is not retried
-        {"abab", "ab", "", ""},
-        {"tail a", "ab", "X", "tail a"}, // a partial match at the end is written out
-        {"same", "", "X", "same"},       // an empty find never matches
+// Each result is copied out before the next call overwrites the shared scratch buffer.
+TEST(ScratchFunctions, ReplaceAndExtractFollowTheirRulesWithin255Characters) {
+    const std::string a300(300, 'a'), nearlyFull = std::string(253, 'z') + "abq";
+    const std::pair<std::string, std::string> cases[] = {
+        {strReplaceStr("a-b-c", "-", "+"), "a+b+c"},
+        // the character that broke a partial match is not retried
+        {strReplaceStr("aab", "ab", "X"), "aab"},
+        {strReplaceStr("abab", "ab", ""), ""},
+        {strReplaceStr("tail a", "ab", "X"), "tail a"}, // a partial match at the end is written
+        {strReplaceStr("same", "", "X"), "same"},       // an empty find never matches
+        {strReplaceStr(a300.c_str(), "b", "c"), std::string(255, 'a')},
+        // flushing a broken partial match stops one short of the limit
+        {strReplaceStr(nearlyFull.c_str(), "abc", ""), std::string(253, 'z') + "aq"},
+        {strExtractField(0, ",x,y", ','), "x"}, // fields count from -1
+        {strExtractField(-1, "x,y", ','), "x"},
+        {strExtractField(1, "a,b,c,", ','), "c"},
+        {strExtractField(5, "a,b", ','), ""}, // a missing field is empty
     };
-    for (const auto& c : cases)
-        EXPECT_STREQ(strReplaceStr(c.s, c.find, c.repl), c.expected) << c.s;
+    for (const auto& [result, expected] : cases)
+        EXPECT_EQ(result, expected);
+    EXPECT_EQ(std::strlen(strReplaceStr(a300.c_str(), "a", "xy")), 255u);
     EXPECT_EQ(strReplaceStr(nullptr, "a", "b"), nullptr);
-
-    const std::string input(300, 'a');
-    EXPECT_EQ(std::string(strReplaceStr(input.c_str(), "b", "c")), std::string(255, 'a'));
-    EXPECT_EQ(std::strlen(strReplaceStr(input.c_str(), "a", "xy")), 255u);
-    const std::string nearlyFull = std::string(253, 'z') + "abq";
-    EXPECT_EQ(std::string(strReplaceStr(nearlyFull.c_str(), "abc", "")),
-              std::string(253, 'z') + "aq")
-        << "flushing a broken partial match stops one short of the limit";
-}
-
-TEST(ScratchFunctions, ExtractCountsFieldsFromMinusOneAndLeavesALastFieldUnterminated) {
-    EXPECT_STREQ(strExtractField(0, ",x,y", ','), "x");
-    EXPECT_STREQ(strExtractField(-1, "x,y", ','), "x");
-    EXPECT_STREQ(strExtractField(1, "a,b,c,", ','), "c");
-    EXPECT_STREQ(strExtractField(5, "a,b", ','), "") << "a missing field is empty";
     EXPECT_EQ(strExtractField(0, nullptr, ','), nullptr);
 
     strReplaceStr("hello world", "", "");
-    EXPECT_STREQ(strExtractField(0, ",ab", ','), "abllo world") << "the old scratch shows";
+    EXPECT_STREQ(strExtractField(0, ",ab", ','), "abllo world") << "a last field is unterminated";
     const std::string wide(400, 'w'), longField = "," + std::string(300, 'f');
     strReplaceStr(wide.c_str(), "", "");
     EXPECT_EQ(std::string(strExtractField(0, longField.c_str(), ',')), std::string(255, 'f'))
         << "the scratch stays terminated within its 256 bytes";
 }
 
-TEST(RingFunctions, IncrementOfStringReplacesTheTrailingNumberOrAppendsOne) {
-    const struct {
-        const char* s;
-        int n;
-        const char* expected;
-    } cases[] = {
-        {"a007", 1, "a8"},
-        {"net", 1, "net1"},
-        {"bus9", 1, "bus10"},
-        {"x10", -3, "x7"},
-        {"", 4, "4"},
-        {"a5", -10, "a-5"},
-        {"a9", 2147483638, "a2147483647"},
-        {"n99999999999999", 1, "n2147483647"}, // the run and the sum saturate at the int range
+// Each result is copied out before eight more ring buffers are taken.
+TEST(RingFunctions, IncrementOfStringAndBinaryFormsFollowTheirRules) {
+    const std::pair<std::string, std::string> cases[] = {
+        {incrementOfString("a007", 1), "a8"},
+        {incrementOfString("net", 1), "net1"},
+        {incrementOfString("bus9", 1), "bus10"},
+        {incrementOfString("x10", -3), "x7"},
+        {incrementOfString("", 4), "4"},
+        {incrementOfString("a5", -10), "a-5"},
+        {incrementOfString("a9", 2147483638), "a2147483647"},
+        // the run and the sum saturate at the int range
+        {incrementOfString("n99999999999999", 1), "n2147483647"},
+        {asBinReversed(1, 4), "1000"},
+        {asBin(1, 4), "0001"},
+        {asBin(5, 0), std::string(29, '0') + "101"}, // width 0 means 32
+        {asBin(0xFFFFFFFFu, 40), std::string(8, '0') + std::string(32, '1')},
     };
-    for (const auto& c : cases)
-        EXPECT_STREQ(incrementOfString(c.s, c.n), c.expected) << c.s << " + " << c.n;
+    for (const auto& [result, expected] : cases)
+        EXPECT_EQ(result, expected);
     const char* result = incrementOfString("a", 1);
     EXPECT_EQ(result, TqObject::staticBuffer()) << "the result is in the ring";
 
@@ -189,13 +179,6 @@ TEST(RingFunctions, IncrementOfStringReplacesTheTrailingNumberOrAppendsOne) {
     const std::string longName = std::string(4996, 'n') + "0007";
     EXPECT_EQ(std::strlen(incrementOfString(longName.c_str(), 1)), 4997u);
     EXPECT_EQ(TqObject::staticBufferLength(), 5002) << "fitted to the text and two bytes";
-}
-
-TEST(RingFunctions, BinaryFormsLeastOrMostSignificantFirst) {
-    EXPECT_STREQ(asBinReversed(1, 4), "1000");
-    EXPECT_STREQ(asBin(1, 4), "0001");
-    EXPECT_EQ(std::string(asBin(5, 0)), std::string(29, '0') + "101") << "width 0 means 32";
-    EXPECT_EQ(std::string(asBin(0xFFFFFFFFu, 40)), std::string(8, '0') + std::string(32, '1'));
     EXPECT_EQ(std::strlen(asBin(1, 5000)), 5000u) << "wide forms grow the ring buffer";
 }
 

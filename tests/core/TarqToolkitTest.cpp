@@ -11,6 +11,7 @@
 #include <climits>
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -23,13 +24,6 @@ PdStringEntry firstTable[] = {
     {"", ""},         {"IDS_A1", "a1"}, {"IDS_A2", "a2"}, {nullptr, nullptr}, {"X", "beyond1"},
     {"Y", "beyond2"}, {"Z", "beyond3"}, {"", ""},         {"", ""},           {nullptr, nullptr}};
 PdStringEntry secondTable[] = {{"", ""}, {"IDS_B1", "b1"}, {"IDS_B2", "b2 %d"}, {nullptr, nullptr}};
-
-SToolkitClient tableClient(int firstId, PdStringEntry* table) {
-    SToolkitClient client{};
-    client.firstStringId = firstId;
-    client.stringTable = table;
-    return client;
-}
 
 class TestApplication : public appiApplication {
 public:
@@ -62,7 +56,7 @@ SToolkitClient applicationClient() {
     client.protectionLogFunc = [](const char* feature) {
         events.push_back(std::string("log ") + feature);
     };
-    client.shutDownFunc = [] { events.push_back("application hook"); };
+    client.shutDownFunc = [] { events.push_back("hook"); };
     return client;
 }
 
@@ -70,21 +64,11 @@ class ToolkitRegistration : public ToolkitCycle {
 protected:
     void SetUp() override { events.clear(); }
     // Runs the hooks and restarts the ring for the next step of a test.
-    static void shutDownAndRestart() {
-        TarqToolkit::shutDownApp();
-        TqObject::startUp();
-    }
+    void shutDownAndRestart() { ToolkitCycle::TearDown(); }
 };
 
-class RegisteredToolkit : public ToolkitRegistration {
-protected:
-    void SetUp() override {
-        ToolkitRegistration::SetUp();
-        TarqToolkit::registerSelf();
-    }
-};
-
-TEST_F(RegisteredToolkit, ToolkitTableAnswersIdsOneTo77InTheRing) {
+TEST_F(ToolkitRegistration, ToolkitTableAnswersIdsOneTo77InTheRingAndUnknownIdsWithEmptyText) {
+    TarqToolkit::registerSelf();
     const char* text = PdToolkit::loadString(IDS_NO_PRINT_CMD_SPECIFIED);
     EXPECT_STREQ(text, "No print command specified.  See File | Printer Setup.");
     EXPECT_EQ(text, TqObject::staticBuffer());
@@ -93,12 +77,10 @@ TEST_F(RegisteredToolkit, ToolkitTableAnswersIdsOneTo77InTheRing) {
     EXPECT_EQ(PdToolkit::loadQString(IDS_New), QString::fromLatin1("New"));
     EXPECT_STREQ(PdToolkit::getStringEntry(IDS_EDITOR_NOSHELL)->name, "IDS_EDITOR_NOSHELL");
     EXPECT_EQ(PdToolkit::getStringEntry(78)->name, nullptr) << "the terminator follows id 77";
-}
 
-TEST_F(RegisteredToolkit, UnknownIdsGiveTheConstantEmptyTextAndStillAdvanceTheRing) {
     char* before = TqObject::staticBuffer();
     EXPECT_STREQ(PdToolkit::loadString(0), "");
-    EXPECT_NE(TqObject::staticBuffer(), before);
+    EXPECT_NE(TqObject::staticBuffer(), before) << "an unknown id still advances the ring";
     EXPECT_NE(PdToolkit::loadString(-5), TqObject::staticBuffer());
     EXPECT_EQ(PdToolkit::getStringEntry(0), nullptr);
     EXPECT_TRUE(PdToolkit::loadQString(0).isEmpty());
@@ -107,11 +89,16 @@ TEST_F(RegisteredToolkit, UnknownIdsGiveTheConstantEmptyTextAndStillAdvanceTheRi
 // A range runs from its client's first id to the next client's first id less one, whatever
 // its table holds; the last runs to INT_MAX; a later client with the same first id hides the
 // earlier one, whose range becomes empty.
-TEST_F(RegisteredToolkit, RangesEndOnlyWhereTheNextBegins) {
-    SToolkitClient first = tableClient(100, firstTable), second = tableClient(106, secondTable);
-    SToolkitClient earlier = tableClient(500, firstTable), later = tableClient(500, secondTable);
-    for (SToolkitClient* client : {&second, &first, &earlier, &later})
-        TarqToolkit::registerToolkitClient(client);
+TEST_F(ToolkitRegistration, RangesEndOnlyWhereTheNextBegins) {
+    TarqToolkit::registerSelf();
+    const std::pair<int, PdStringEntry*> clients[] = {
+        {106, secondTable}, {100, firstTable}, {500, firstTable}, {500, secondTable}};
+    for (const auto& [first, table] : clients) {
+        SToolkitClient client{}; // a temporary: the toolkit keeps what it needs
+        client.firstStringId = first;
+        client.stringTable = table;
+        TarqToolkit::registerToolkitClient(&client);
+    }
     const std::pair<int, const char*> cases[] = {{101, "a2"}, {103, "beyond1"}, {105, "beyond3"},
                                                  {106, "b1"}, {500, "b1"},      {501, "b2 %d"}};
     for (const auto& [id, text] : cases)
@@ -127,30 +114,24 @@ TEST_F(RegisteredToolkit, RangesEndOnlyWhereTheNextBegins) {
         << "id 99 lies past the toolkit's table, where only the address may be used";
 }
 
-TEST_F(RegisteredToolkit, RegisterSelfTwiceRegistersOneHookAndOneTable) {
-    TarqToolkit::registerSelf();
-    SToolkitClient counter{};
-    counter.shutDownFunc = [] { events.push_back("counter hook"); };
-    TarqToolkit::registerToolkitClient(&counter);
-    shutDownAndRestart();
-    EXPECT_EQ(events, Events{"counter hook"});
-    EXPECT_EQ(PdToolkit::getStringEntry(1), nullptr) << "the toolkit's hook freed the ranges";
-}
-
-TEST_F(ToolkitRegistration, ShutDownWithoutHooksDoesNothing) {
-    TarqToolkit::shutDownApp();
-    EXPECT_TRUE(events.empty());
-    EXPECT_TRUE(TarqToolkit::staticInitializationDone());
-}
-
 TEST_F(ToolkitRegistration, ApplicationLifecycleRunsThroughTheClientCallbacks) {
+    TarqToolkit::shutDownApp();
+    EXPECT_TRUE(events.empty()) << "without hooks, shutting down does nothing";
+    EXPECT_TRUE(TarqToolkit::staticInitializationDone());
+
     appiApplication* slot = nullptr;
     SToolkitClient plugin{};
-    plugin.appSlot = &slot;
     plugin.shutDownFunc = [] { events.push_back("plugin hook"); };
+    plugin.appSlot = &slot;
     SToolkitClient application = applicationClient();
-    TarqToolkit::registerToolkitClient(&application);
+    PdToolkit::setKitHINST(reinterpret_cast<HINSTANCE>(0x1000));
     TarqToolkit::registerToolkitClient(&plugin);
+    TarqToolkit::registerSelf();
+    EXPECT_EQ(PdToolkit::kitHINST(), reinterpret_cast<HINSTANCE>(0x1000));
+    TarqToolkit::registerToolkitClient(&application);
+    EXPECT_EQ(PdToolkit::kitHINST(), nullptr) << "an application client resets the handles";
+    EXPECT_EQ(PdToolkit::appHINST(), nullptr);
+    PdToolkit::setKitHINST(piModule::toolkit());
 
     TarqToolkit::initApplication();
     ASSERT_NE(theApplication, nullptr);
@@ -166,11 +147,13 @@ TEST_F(ToolkitRegistration, ApplicationLifecycleRunsThroughTheClientCallbacks) {
 
     appiApplication* const created = theApplication;
     shutDownAndRestart();
-    // The toolkit's own hook runs first (it registered first) and deletes the application.
+    // The toolkit registered itself, once, before the first client: its hook runs first and
+    // deletes the application.
     EXPECT_EQ(events, (Events{"create", "start 1 3 4", "command zoom", "log EPS", "delete",
-                              "application destroyed", "application hook", "plugin hook"}));
+                              "application destroyed", "plugin hook", "hook"}));
     EXPECT_EQ(TarqToolkit::getAppiApp(), nullptr);
     EXPECT_EQ(appiApplication::current(), nullptr);
+    EXPECT_EQ(PdToolkit::getStringEntry(1), nullptr) << "the toolkit's hook freed the ranges";
     EXPECT_EQ(slot, created) << "client slots are not cleared by deleteApplication";
     EXPECT_EQ(TarqToolkit::licenseFeatures(), nullptr) << "no application client any more";
     TarqToolkit::writeProtectionLog("EPS");
@@ -180,64 +163,43 @@ TEST_F(ToolkitRegistration, ApplicationLifecycleRunsThroughTheClientCallbacks) {
     TarqToolkit::setLicenseManagerSuppressed(false);
 }
 
-TEST_F(ToolkitRegistration, ApplicationClientResetsTheModuleHandles) {
-    PdToolkit::setKitHINST(reinterpret_cast<HINSTANCE>(0x1000));
-    SToolkitClient plugin{}, application = applicationClient();
-    TarqToolkit::registerToolkitClient(&plugin);
-    EXPECT_EQ(PdToolkit::kitHINST(), reinterpret_cast<HINSTANCE>(0x1000));
-    TarqToolkit::registerToolkitClient(&application);
-    EXPECT_EQ(PdToolkit::kitHINST(), nullptr);
-    EXPECT_EQ(PdToolkit::appHINST(), nullptr);
-    PdToolkit::setKitHINST(piModule::toolkit());
-}
-
 class Singleton : public TqObject {
 public:
     ~Singleton() override { events.push_back("singleton deleted"); }
 };
 
-struct ShutDownCase {
-    bool withApplication;
-    char windowSystemRunning, windowsShown;
-    const char* expected; // the events, joined by ", "
-};
-
-class ToolkitShutDown : public ToolkitRegistration,
-                        public ::testing::WithParamInterface<ShutDownCase> {};
-
 // The window-side steps run only while the window system runs; the service steps always, in
 // their order; the singleton goes only when windows were never shown, before the application.
-TEST_P(ToolkitShutDown, RunsTheStepsInOrder) {
-    const ShutDownCase& c = GetParam();
-    SToolkitClient application = applicationClient();
-    if (c.withApplication) {
-        TarqToolkit::registerToolkitClient(&application);
-        TarqToolkit::initApplication();
-        theApplication->setWindowSystemRunning(c.windowSystemRunning);
-        theApplication->setAreWindowsShown(c.windowsShown);
+TEST_F(ToolkitRegistration, ToolkitShutDownRunsItsStepsInOrder) {
+    const std::tuple<bool, char, char, Events> cases[] = {
+        // clang-format off
+        {false, 0, 0, {"scanner", "bigint", "singleton deleted"}},
+        {true, 0, 1, {"create", "scanner", "bigint", "delete", "application destroyed", "hook"}},
+        {true, 1, 0, {"create", "settings", "scanner", "bigint", "singleton deleted", "delete",
+                      "application destroyed", "hook"}},
+        // clang-format on
+    };
+    for (const auto& [withApplication, windowSystemRunning, windowsShown, expected] : cases) {
+        events.clear();
+        SToolkitClient application = applicationClient();
+        if (withApplication) {
+            TarqToolkit::registerToolkitClient(&application);
+            TarqToolkit::initApplication();
+            theApplication->setWindowSystemRunning(windowSystemRunning);
+            theApplication->setAreWindowsShown(windowsShown);
+        }
+        TarqToolkit::registerSelf();
+        TarqToolkit::setShutDownStep(TqShutDownStep::BigInt, [] { events.push_back("bigint"); });
+        TarqToolkit::setShutDownStep(TqShutDownStep::Scanner, [] { events.push_back("scanner"); });
+        TarqToolkit::setShutDownStep(TqShutDownStep::Settings,
+                                     [] { events.push_back("settings"); });
+        Singleton* singleton = new Singleton;
+        TarqToolkit::setLibrarySingleton(singleton);
+        shutDownAndRestart();
+        EXPECT_EQ(events, expected);
+        if (withApplication && windowsShown)
+            delete singleton;
     }
-    TarqToolkit::registerSelf();
-    TarqToolkit::setShutDownStep(TqShutDownStep::BigInt, [] { events.push_back("bigint"); });
-    TarqToolkit::setShutDownStep(TqShutDownStep::Scanner, [] { events.push_back("scanner"); });
-    TarqToolkit::setShutDownStep(TqShutDownStep::Settings, [] { events.push_back("settings"); });
-    Singleton* singleton = new Singleton;
-    TarqToolkit::setLibrarySingleton(singleton);
-    shutDownAndRestart();
-    std::string joined;
-    for (const std::string& event : events)
-        joined += (joined.empty() ? "" : ", ") + event;
-    EXPECT_EQ(joined, c.expected);
-    if (c.withApplication && c.windowsShown)
-        delete singleton;
 }
-
-const ShutDownCase shutDownCases[] = {
-    {false, 0, 0, "scanner, bigint, singleton deleted"},
-    {true, 0, 1, "create, scanner, bigint, delete, application destroyed, application hook"},
-    {true, 1, 0,
-     "create, settings, scanner, bigint, singleton deleted, delete, application destroyed, "
-     "application hook"},
-};
-INSTANTIATE_TEST_SUITE_P(Cases, ToolkitShutDown, ::testing::ValuesIn(shutDownCases));
 
 } // namespace

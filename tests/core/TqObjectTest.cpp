@@ -9,19 +9,16 @@
 
 namespace {
 
+// Prints a text of its own, and counts how many were deleted.
 class Printed : public TqObject {
 public:
-    explicit Printed(std::string text, int* deletes = nullptr)
-        : m_text(std::move(text)), m_deletes(deletes) {}
-    ~Printed() override {
-        if (m_deletes)
-            ++*m_deletes;
-    }
+    explicit Printed(std::string text) : m_text(std::move(text)) {}
+    ~Printed() override { ++deletes; }
     std::ostream& printOn(std::ostream& out) const override { return out << m_text; }
+    static inline int deletes = 0;
 
 private:
     std::string m_text;
-    int* m_deletes;
 };
 
 TEST(StaticBufferRing, AdvancesModuloEightAndFitsOnlyByGrowing) {
@@ -47,20 +44,17 @@ TEST(StaticBufferRing, AdvancesModuloEightAndFitsOnlyByGrowing) {
     EXPECT_EQ(TqObject::staticBufferLength(), 5000) << "the buffer keeps its grown size";
 }
 
-TEST(TqObjectBase, PrintedFormsGoToTheNextRingBufferGrownToFit) {
-    TqObject object;
-    const char* text = object.asString();
+TEST(TqObjectBase, PrintsIntoTheRingComparesByAddressAndDeletesThroughTheDestructor) {
+    TqObject pair[2];
+    const char* text = pair[0].asString();
     EXPECT_STREQ(text, " Object");
     EXPECT_EQ(text, TqObject::staticBuffer());
     std::ostringstream stored;
     Criteria criteria;
-    object.storeOn(stored, criteria);
+    pair[0].storeOn(stored, criteria);
     EXPECT_EQ(stored.str(), " Object");
-    EXPECT_EQ(std::strlen(Printed(std::string(6000, 'z')).asString()), 6000u);
-}
+    EXPECT_EQ(std::strlen(Printed(std::string(6000, 'z')).asString()), 6000u) << "grown to fit";
 
-TEST(TqObjectBase, ComparisonsAreByAddressAndMaybeDeleteDeletes) {
-    TqObject pair[2];
     EXPECT_TRUE(pair[0] < pair[1]);
     EXPECT_TRUE(pair[1] > pair[0]);
     EXPECT_FALSE(pair[0] > pair[1]);
@@ -69,10 +63,9 @@ TEST(TqObjectBase, ComparisonsAreByAddressAndMaybeDeleteDeletes) {
     TqObject copy = pair[0];
     EXPECT_FALSE(copy == pair[0]) << "a copy is another object";
 
-    int deletes = 0;
-    TqObject* object = new Printed("", &deletes);
-    EXPECT_TRUE(object->maybeDelete());
-    EXPECT_EQ(deletes, 1) << "deleted through the virtual destructor";
+    const int deletes = Printed::deletes;
+    EXPECT_TRUE((new Printed(""))->maybeDelete());
+    EXPECT_EQ(Printed::deletes, deletes + 1) << "deleted through the virtual destructor";
 }
 
 } // namespace

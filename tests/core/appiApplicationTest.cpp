@@ -5,12 +5,15 @@
 
 #include <map>
 #include <string>
+#include <tuple>
 
 namespace {
 
-// Answers as a Windows installation would, with inputs the test chooses.
+// Answers as a Windows installation would, with inputs the test chooses, while it lives.
 class FakeSystem : public piSystem {
 public:
+    FakeSystem() : m_previous(install(this)) {}
+    ~FakeSystem() override { install(m_previous); }
     std::string executable = "C:\\X\\bin\\prog.exe";
     std::map<std::string, std::string> variables;
     piOsVersion version{2, 6};
@@ -26,6 +29,9 @@ public:
         return root ? root : "";
     }
     char pathSeparator() const override { return '\\'; }
+
+private:
+    const piSystem* m_previous;
 };
 
 class NamedApplication : public appiApplication {
@@ -38,35 +44,28 @@ public:
     }
 };
 
-class ApplicationOnWindows : public ::testing::Test {
-protected:
-    void SetUp() override { m_previous = piSystem::install(&m_system); }
-    void TearDown() override { piSystem::install(m_previous); }
-
-    FakeSystem m_system;
-    const piSystem* m_previous = nullptr;
-};
-
-TEST_F(ApplicationOnWindows, ProgramDirectoryPrefersTheEnvironmentAndTurnsSlashes) {
+TEST(ApplicationOnWindows, ProgramDirectoryPrefersTheEnvironmentAndTurnsSlashes) {
+    FakeSystem system;
     NamedApplication application;
     EXPECT_EQ(application.appDirEnvVarVal(), nullptr);
     EXPECT_STREQ(application.programDirectory(false), "C:\\X");
-    m_system.variables["VOLSA_HOME"] = "D:/maker";
+    system.variables["VOLSA_HOME"] = "D:/maker";
     EXPECT_STREQ(application.appDirEnvVarVal(), "D:/maker/tarq");
     EXPECT_STREQ(application.programDirectory(false), "D:\\maker\\tarq");
     EXPECT_STREQ(application.programDirectory(true), "C:\\X");
-    m_system.variables["TARQ_DIR"] = "E:/tarq";
+    system.variables["TARQ_DIR"] = "E:/tarq";
     EXPECT_STREQ(application.appDirEnvVarVal(), "E:/tarq");
     EXPECT_STREQ(application.programDirectory(false), "E:\\tarq");
-    m_system.variables["TARQ_DIR"] = "";
+    system.variables["TARQ_DIR"] = "";
     EXPECT_STREQ(application.programDirectory(false), "C:\\X") << "an empty value is unused";
-    m_system.executable = "C:/X/bin\\prog";
+    system.executable = "C:/X/bin\\prog";
     EXPECT_STREQ(application.programDirectory(true), "C:\\X\\bin")
         << "slashes are turned after the cut, so they hide a \"bin\"";
 }
 
-TEST_F(ApplicationOnWindows, SubdirectoriesIniPathAndPlatformClass) {
-    m_system.variables["SystemRoot"] = "C:\\WINDOWS";
+TEST(ApplicationOnWindows, SubdirectoriesIniPathAndPlatformClass) {
+    FakeSystem system;
+    system.variables["SystemRoot"] = "C:\\WINDOWS";
     NamedApplication application;
     EXPECT_STREQ(application.executableDirectory(true), "C:\\X\\bin\\");
     EXPECT_STREQ(application.dynLibDirectory(true), "C:\\X\\bin\\");
@@ -78,18 +77,22 @@ TEST_F(ApplicationOnWindows, SubdirectoriesIniPathAndPlatformClass) {
     const std::pair<piOsVersion, int> classes[] = {{{0, 3}, 4}, {{1, 4}, 3},  {{2, 3}, 1},
                                                    {{2, 4}, 2}, {{2, 10}, 2}, {{3, 1}, 1}};
     for (const auto& [version, platformClass] : classes) {
-        m_system.version = version;
+        system.version = version;
         EXPECT_EQ(appiApplication().platformClass(), platformClass)
             << version.platformId << "/" << version.majorVersion;
     }
 }
 
-TEST(ApplicationOnPosix, DirectoriesUseSlashes) {
-    appiApplication application;
-    const std::string directory = application.programDirectory(true);
-    EXPECT_EQ(directory.find('\\'), std::string::npos);
-    EXPECT_EQ(std::string(application.helpDirectory(true)), directory + "/help/");
-    EXPECT_EQ(application.platformClass(), 2);
+TEST(ApplicationOnPosix, DirectoriesUseSlashesAndTheNewestApplicationIsCurrent) {
+    {
+        appiApplication application;
+        EXPECT_EQ(appiApplication::current(), &application);
+        const std::string directory = application.programDirectory(true);
+        EXPECT_EQ(directory.find('\\'), std::string::npos);
+        EXPECT_EQ(std::string(application.helpDirectory(true)), directory + "/help/");
+        EXPECT_EQ(application.platformClass(), 2);
+    }
+    EXPECT_EQ(appiApplication::current(), nullptr) << "a destroyed application is not current";
 }
 
 TEST(ApplicationFlags, InitSetsTheFlagTableAndLeavesSaveAsAndClipboard) {
@@ -111,10 +114,7 @@ TEST(ApplicationFlags, InitSetsTheFlagTableAndLeavesSaveAsAndClipboard) {
     EXPECT_EQ(application.helpFile(), nullptr);
     EXPECT_EQ(application.appFeatureRevString(), nullptr);
     const appiApplication& a = application;
-    const struct {
-        const char* name;
-        char value, expected;
-    } flags[] = {
+    const std::tuple<const char*, char, char> flags[] = {
         {"New", a.isNewEnabled(), 1},
         {"Open", a.isOpenEnabled(), 1},
         {"Save", a.isSaveEnabled(), 0},
@@ -131,20 +131,10 @@ TEST(ApplicationFlags, InitSetsTheFlagTableAndLeavesSaveAsAndClipboard) {
         {"HTML help", a.useHTMLhelp(), 0},
         {"Save As, as it was", a.isSaveAsEnabled(), 1},
         {"Clipboard, as it was", a.isClipboardEnabled(), 1},
+        {"little-endian machine", appiApplication::isLittleEndian(), 1},
     };
-    for (const auto& flag : flags)
-        EXPECT_EQ(flag.value, flag.expected) << flag.name;
-}
-
-TEST(ApplicationFlags, NewestApplicationIsTheCurrentOne) {
-    appiApplication* const before = appiApplication::current();
-    {
-        appiApplication first;
-        EXPECT_EQ(appiApplication::current(), &first);
-    }
-    EXPECT_EQ(appiApplication::current(), nullptr) << "a destroyed application is not current";
-    appiApplication::setCurrent(before);
-    EXPECT_TRUE(appiApplication::isLittleEndian());
+    for (const auto& [name, value, expected] : flags)
+        EXPECT_EQ(value, expected) << name;
 }
 
 } // namespace
