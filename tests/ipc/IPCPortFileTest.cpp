@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <sys/stat.h>
 
 TEST(IPCPortFile, Write_GivesExactlyTwoLinesReadableByTheOwnerOnly) {

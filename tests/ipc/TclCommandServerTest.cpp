@@ -9,10 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <filesystem>
-#include <vector>
-
 namespace {
 const std::string beeped = "Beep you back...";
 
@@ -36,8 +32,10 @@ struct PortFileServer {
 };
 } // namespace
 
-// A null or empty text is a bare header; the next reply follows it at once.
-TEST_F(TclCommandServerTest, Replies_AreTheExactHeaderAndTextInOrder) {
+// A null or empty text is a bare header; the next reply follows it at once. Each reply is
+// logged with its text, its type, its byte count and a dump.
+TEST_F(TclCommandServerTest, Replies_AreTheExactHeaderAndTextInOrderAndLogged) {
+    LogCapture log;
     RawClient client(server.port());
     ASSERT_TRUE(client.sendScript("say; say {}; beep"));
     const std::string empty("\xC0\xCA\xC0\x1A\0\0\0\0\0\0\0\x0C\0\0\0\x0E\0\0\0\0", 20);
@@ -45,6 +43,17 @@ TEST_F(TclCommandServerTest, Replies_AreTheExactHeaderAndTextInOrder) {
     EXPECT_EQ(client.readBytes(76), empty + empty + header + beeped);
     EXPECT_EQ(client.replyText(50), "<no reply>") << "nothing more";
     EXPECT_EQ(system.beeps.load(), 1);
+    // The lines of one response come from one thread, together; the reply may reach the
+    // client before the last of them is written.
+    const std::string resp = "\nTclConnectionWithClient::sendResp ";
+    const std::vector<std::string> lines = {
+        "\nTclConnectionWithClient received 'say; say {}; beep'\n" + resp + "of 'NULL'\n",
+        resp + "of ''\n",
+        resp + "of 'Beep you back...'\n" + resp + "type __TCS__RESULT__\n" + resp +
+            "sent '36' bytes\nmessage is"
+            "00000000: c0 ca c0 1a 00 00 00 10 00 00 00 0c 00 00 00 0e  ................\n"
+            "00000010: 00 00 00 10 42 65 65 70 20 79 6f 75 20 62 61 63  ....Beep you bac\n"};
+    EXPECT_TRUE(eventually([&] { return log.missing(lines).empty(); })) << log.missing(lines);
 }
 
 TEST_F(TclCommandServerTest, Scripts_AnswerAsTheProtocolSays) {
@@ -83,59 +92,35 @@ TEST_F(TclCommandServerTest, ScriptOver1023Bytes_IsCutAndItsSurplusReadAsTheNext
     }
 }
 
-TEST_F(TclCommandServerTest, QuitCommands_CloseTheConnectionAndFreeItsSlot) {
-    for (const char* script : {"quit", "exit", "disconnect"}) {
-        RawClient client(server.port());
-        ASSERT_EQ(client.request("beep"), beeped);
-        ASSERT_TRUE(client.sendScript(script));
-        EXPECT_TRUE(client.closedByServer()) << script;
-        EXPECT_TRUE(eventually([&] { return server.numConnections() == 0; })) << script;
-    }
-    EXPECT_TRUE(eventually([&] { return server.removed.load() == 3; }));
-}
-
-TEST_F(TclCommandServerTest, BrokenClients_AreTakenAsQuitWithTheirLogLines) {
-    const std::pair<std::string, const char*> cases[] = {
-        {std::string("\0\0", 2), "failed to read header, received = 2\n"}, // closes mid-header
-        {"", "failed to read header, received = 0\n"},                     // closes at once
-        {RawClient::lengthPrefix(0), "failed to read message, received 0 bytes out of 0\n"},
-        {RawClient::lengthPrefix(10) + "bee", "received 'bee'\n"}}; // closes mid-script
-    for (const auto& [bytes, logLine] : cases) {
+// A quit command, an empty script and a client that stops short (which the server takes as
+// quit) each end the connection and free its slot, with their log lines.
+TEST_F(TclCommandServerTest, QuitAndBrokenClients_EndTheConnectionWithTheirLogLines) {
+    const std::tuple<std::string, const char*, bool> cases[] = {
+        // bytes, log line, server closes
+        {RawClient::frame("quit"), "received 'quit'\n", true},
+        {RawClient::frame("exit"), "received 'exit'\n", true},
+        {RawClient::frame("disconnect"), "received 'disconnect'\n", true},
+        {RawClient::lengthPrefix(0), "failed to read message, received 0 bytes out of 0\n", true},
+        {std::string("\0\0", 2), "failed to read header, received = 2\n", false}, // mid-header
+        {"", "failed to read header, received = 0\n", false},                     // at once
+        {RawClient::lengthPrefix(10) + "bee", "received 'bee'\n", false}};        // mid-script
+    for (const auto& [bytes, logLine, serverCloses] : cases) {
         LogCapture log;
         {
             RawClient client(server.port());
             ASSERT_TRUE(eventually([&] { return server.numConnections() == 1; })) << logLine;
             ASSERT_TRUE(bytes.empty() || client.sendBytes(bytes)) << logLine;
+            EXPECT_EQ(serverCloses && client.closedByServer(), serverCloses) << logLine;
         }
         EXPECT_TRUE(eventually([&] { return server.numConnections() == 0; })) << logLine;
         EXPECT_TRUE(eventually([&] { return log.contains("thread terminating"); })) << logLine;
-        for (const std::string& line :
-             {"\nTclConnectionWithClient " + std::string(logLine),
-              std::string("\nTclServerConnectionAcceptor got a connection\n"),
-              std::string("\nTclConnectionWithClient thread starting\n")})
-            EXPECT_TRUE(log.contains(line)) << line << log.captured();
+        EXPECT_EQ(log.missing({"\nTclConnectionWithClient " + std::string(logLine),
+                               "\nTclServerConnectionAcceptor got a connection\n",
+                               "\nTclConnectionWithClient thread starting\n"}),
+                  "");
     }
-    RawClient survivor(server.port());
-    EXPECT_EQ(survivor.request("beep"), beeped);
-}
-
-TEST_F(TclCommandServerTest, SendResp_LogsTheTextTheByteCountAndADump) {
-    RawClient client(server.port());
-    ASSERT_EQ(client.request("where"), client.request("where"));
-    LogCapture log;
-    ASSERT_EQ(client.request("beep"), beeped);
-    // The lines of one response come from one thread, together; the reply may reach the
-    // client before the last of them is written.
-    const std::string expected = "\nTclConnectionWithClient::sendResp of 'Beep you back...'\n"
-                                 "\nTclConnectionWithClient::sendResp type __TCS__RESULT__\n"
-                                 "\nTclConnectionWithClient::sendResp sent '36' bytes\n"
-                                 "message is"
-                                 "00000000: c0 ca c0 1a 00 00 00 10 00 00 00 0c 00 00 00 0e  "
-                                 "................\n"
-                                 "00000010: 00 00 00 10 42 65 65 70 20 79 6f 75 20 62 61 63  "
-                                 "....Beep you bac\n";
-    EXPECT_TRUE(eventually([&] { return log.contains(expected); })) << log.captured();
-    EXPECT_TRUE(log.contains("\nTclConnectionWithClient received 'beep'\n"));
+    EXPECT_EQ(server.removed.load(), int(std::size(cases)));
+    EXPECT_EQ(RawClient(server.port()).request("beep"), beeped) << "the server still answers";
 }
 
 // Sync commands run on the one servicing thread; async ones on their connection's own thread,
@@ -206,22 +191,20 @@ TEST(TclCommandServerNoThreads, PollingMode_ServesClientsOnTheCallersThread) {
 }
 
 // A port file with owner 1 orders the port: the server listens there and leaves the file, or
-// fails with the bind message when the port is taken.
-TEST(TclCommandServerPortFile, OwnerOne_ListensOnTheStoredPortAndLeavesTheFile) {
+// fails with the bind message while the port is taken.
+TEST_F(TclCommandServerTest, PortFileOfOwnerOne_OrdersThePortAndIsLeftAsItWas) {
     const std::string path = ::testing::TempDir() + "tq_owner1.port";
-    QuietSystem system;
-    TestServer holder;
-    ASSERT_TRUE(holder.start());
-    const std::string taken = "owner = 1\nport = " + std::to_string(holder.port()) + "\n";
-    PortFileServer blocked(path, taken.c_str());
-    ::testing::internal::CaptureStderr();
-    EXPECT_FALSE(blocked.server.start());
-    EXPECT_EQ(
-        ::testing::internal::GetCapturedStderr().rfind("Communications error: bind(): Error = ", 0),
-        0u);
-    const int port = holder.port();
-    holder.stop();
+    const int port = server.port();
     const std::string text = "port = " + std::to_string(port) + "\nowner = 1\n";
+    {
+        PortFileServer blocked(path, text.c_str());
+        ::testing::internal::CaptureStderr();
+        EXPECT_FALSE(blocked.server.start());
+        EXPECT_EQ(::testing::internal::GetCapturedStderr().rfind(
+                      "Communications error: bind(): Error = ", 0),
+                  0u);
+    }
+    server.stop();
     PortFileServer owned(path, text.c_str());
     ASSERT_TRUE(owned.server.start());
     EXPECT_EQ(owned.server.port(), port);
@@ -245,8 +228,9 @@ TEST(TclCommandServerPortFile, NoUsablePortFile_WritesOwnerTwoAndRemovesItOnStop
         server.stop();
         EXPECT_FALSE(std::filesystem::exists(path)) << (before ? before : "no file");
         EXPECT_STREQ(TclServerConnectionAcceptor::signalPortFilePath(), "");
-        EXPECT_TRUE(log.contains("\nTclServerConnectionAcceptor thread starting\n"));
-        EXPECT_TRUE(log.contains("\nTclServerConnectionAcceptor thread terminating\n"));
+        EXPECT_EQ(log.missing({"\nTclServerConnectionAcceptor thread starting\n",
+                               "\nTclServerConnectionAcceptor thread terminating\n"}),
+                  "");
     }
 }
 

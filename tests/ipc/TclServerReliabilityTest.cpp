@@ -5,9 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <vector>
-
 namespace {
 const std::string beeped = "Beep you back...";
 
