@@ -14,28 +14,25 @@
 namespace {
 // Keeps each message the dispatcher hands on as "TEXT>COMMAND": its text ("<null>" without
 // one) or status code, and the text of the command it answers ("-" for none).
-class Collector : public IPCMessageHandler {
-public:
+struct Collector : IPCMessageHandler {
     void handleMessage(IPCMessage* message, IPCCommand* command) override {
         const std::unique_ptr<IPCMessage> owned(message);
         const auto* status = dynamic_cast<IPCStatusMessage*>(message);
         const std::string text = status            ? "status " + std::to_string(status->v_code)
                                  : message->text() ? message->text()
                                                    : "<null>";
-        std::lock_guard lock(m_mutex);
-        m_received.push_back(text + ">" + (command ? command->text() : "-"));
+        std::lock_guard lock(mutex);
+        texts.push_back(text + ">" + (command ? command->text() : "-"));
     }
     std::vector<std::string> received() {
-        std::lock_guard lock(m_mutex);
-        return m_received;
+        std::lock_guard lock(mutex);
+        return texts;
     }
     bool hasReceived(std::size_t count) {
         return eventually([&] { return received().size() == count; });
     }
-
-private:
-    std::mutex m_mutex;
-    std::vector<std::string> m_received;
+    std::mutex mutex;
+    std::vector<std::string> texts;
 };
 
 // Reads one length-prefixed request from the peer side; "" at the end of the stream.
@@ -171,7 +168,7 @@ TEST_F(ChannelTest, AsyncEventReceiver_DispatchesPeerMessagesUntilTheStreamEndsO
 TEST(AutoConnectPoller, PortFileThatAppears_IsReportedOnceAndStopPollingEndsQuietly) {
     const std::string path = ::testing::TempDir() + "tq_poller.port";
     std::remove(path.c_str());
-    IPCPortFile portFile(path.c_str()), writer(path.c_str());
+    IPCPortFile portFile(path.c_str());
     Collector collector;
     IPCMessageDispatcher dispatcher(&collector);
     AutoConnectPoller poller(&portFile, 10, &dispatcher), stopped(&portFile, 10000, &dispatcher);
@@ -183,9 +180,7 @@ TEST(AutoConnectPoller, PortFileThatAppears_IsReportedOnceAndStopPollingEndsQuie
     ASSERT_TRUE(poller.activate());
     std::this_thread::sleep_for(std::chrono::milliseconds(40));
     EXPECT_TRUE(collector.received().empty());
-    writer.setOwner(2);
-    writer.setPort(4242);
-    ASSERT_TRUE(writer.writePortFile());
+    writeText(path, "owner = 2\nport = 4242\n");
     ASSERT_TRUE(collector.hasReceived(1));
     poller.join();
     EXPECT_EQ(collector.received(), std::vector<std::string>{"status 0>-"}) << "FOUND_PORTFILE";

@@ -9,16 +9,13 @@
 #include <gtest/gtest.h>
 
 namespace {
-// Records what the factory was given.
-class RecordingParser : public IPCMessageParser {
-public:
-    int lastLength = -1;
-
-protected:
+// Records the length the factory was given.
+struct RecordingParser : IPCMessageParser {
     IPCMessage* createMessage(int length, int code, int value) override {
         lastLength = length;
         return IPCMessageParser::createMessage(length, code, value);
     }
+    int lastLength = -1;
 };
 
 const std::uint32_t magic = IPCHeader::magic;

@@ -10,6 +10,8 @@
 #include "ipc/TclConnectionWithClient.h"
 #include "ipc/platform/piSocket.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -259,6 +261,8 @@ private:
     std::string m_lastError;
 };
 
+inline const std::string beeped = "Beep you back...";
+
 // Counts the beeps instead of sounding them, for the lifetime of the object.
 class QuietSystem : public piSystem {
 public:
@@ -269,4 +273,12 @@ public:
 
 private:
     const piSystem* m_previous;
+};
+
+// A test with a running TestServer whose beeps are counted.
+class ServerTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(server.start()); }
+    QuietSystem system;
+    TestServer server;
 };
