@@ -1,5 +1,5 @@
-// Shared helpers of the ipc tests: a capture of the debug print, socket pairs and frames, a
-// raw loopback client of the command server, and a command server with a few test commands.
+// Shared helpers of the ipc and tools tests: a capture of the debug print, socket pairs and frames,
+// a raw loopback client of the command server, and a command server with a few test commands.
 #pragma once
 
 #include "core/DebugPrint.h"
@@ -10,9 +10,13 @@
 #include "ipc/TclConnectionWithClient.h"
 #include "ipc/platform/piSocket.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -21,6 +25,8 @@
 #include <sys/socket.h>
 #include <tcl.h>
 #include <thread>
+#include <tuple>
+#include <vector>
 
 // Captures the debug print at DBG_TRACE for its lifetime.
 class LogCapture {
@@ -40,6 +46,13 @@ public:
     }
     bool contains(const std::string& piece) const {
         return captured().find(piece) != std::string::npos;
+    }
+    // The pieces not captured, one a line: empty when every piece was.
+    std::string missing(const std::vector<std::string>& pieces) const {
+        std::string absent;
+        for (const std::string& piece : pieces)
+            absent += contains(piece) ? "" : piece + "\n";
+        return absent;
     }
 
 private:
@@ -150,14 +163,10 @@ public:
         const std::string header = readBytes(IPCHeader::size);
         if (header.empty())
             return "<closed>";
-        if (header.size() != IPCHeader::size)
-            return "<bad reply>";
-        const IPCHeader decoded = IPCHeader::decode(header.data());
-        const std::string text = readBytes(std::size_t(std::max(decoded.length, 0)));
-        const bool whole = decoded.start == IPCHeader::magic && decoded.reserved == 12 &&
-                           decoded.code == 14 && decoded.value == decoded.length &&
-                           long(text.size()) == decoded.length;
-        return whole ? text : "<bad reply>";
+        const int length =
+            header.size() == IPCHeader::size ? IPCHeader::decode(header.data()).length : 0;
+        const std::string text = readBytes(std::size_t(std::max(length, 0)));
+        return header + text == replyFrame(text) ? text : "<bad reply>";
     }
     std::string request(const std::string& script) {
         return sendScript(script) ? replyText() : "<send failed>";
@@ -252,6 +261,8 @@ private:
     std::string m_lastError;
 };
 
+inline const std::string beeped = "Beep you back...";
+
 // Counts the beeps instead of sounding them, for the lifetime of the object.
 class QuietSystem : public piSystem {
 public:
@@ -262,4 +273,12 @@ public:
 
 private:
     const piSystem* m_previous;
+};
+
+// A test with a running TestServer whose beeps are counted.
+class ServerTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(server.start()); }
+    QuietSystem system;
+    TestServer server;
 };

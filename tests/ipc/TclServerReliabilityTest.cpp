@@ -3,13 +3,8 @@
 // and threads where they were, and a client that never reads its replies.
 #include "IpcTestSupport.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <vector>
-
 namespace {
-const std::string beeped = "Beep you back...";
+using TclServerReliability = ServerTest;
 
 int openDescriptors() {
     const std::filesystem::directory_iterator entries("/proc/self/fd");
@@ -23,13 +18,6 @@ int threads() {
             return std::stoi(line.substr(8));
     return -1;
 }
-
-class TclServerReliability : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(server.start()); }
-    QuietSystem system;
-    TestServer server;
-};
 } // namespace
 
 TEST_F(TclServerReliability, SixteenClients_AreServedAtOnceAndASeventeenthIsRefused) {

@@ -11,17 +11,14 @@
 #include <vector>
 
 namespace {
-class Counter : public ThreadMainObject {
-public:
+struct Counter : ThreadMainObject {
     explicit Counter(bool pseudo) : ThreadMainObject(pseudo) {}
     ~Counter() override { join(); }
-    std::atomic<int> runs{0};
-
-protected:
     void vThreadMain() override {
         ++runs;
         deactivate();
     }
+    std::atomic<int> runs{0};
 };
 
 class SyncSignalTest : public ::testing::Test {

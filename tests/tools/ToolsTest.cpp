@@ -1,64 +1,53 @@
 // The programs as a user runs them: tqserver serving, tqsend and a real tclsh with the
 // tarqclient package talking to it, and the ways the server stops.
+#include "ipc/IpcTestSupport.h"
+
 #include "core/TarqToolkit.h"
 #include "ipc/IPCPortFile.h"
-#include "ipc/platform/piSocket.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <spawn.h>
-#include <string>
 #include <sys/wait.h>
-#include <thread>
-#include <tuple>
 #include <unistd.h>
-#include <vector>
 
 extern char** environ;
 
 namespace {
 using namespace std::chrono_literals;
 
-// Whether condition came true within 10 s.
-bool eventually(const std::function<bool()>& condition) {
-    for (int look = 0; look < 2000; ++look) {
-        if (condition())
-            return true;
-        std::this_thread::sleep_for(5ms);
-    }
-    return false;
+// Starts argv (looked up on the PATH) with its standard output and error in the file output;
+// -1 when it cannot start.
+pid_t spawn(std::vector<std::string> argv, const std::string& output) {
+    std::vector<char*> pointers;
+    for (std::string& argument : argv)
+        pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                     0600);
+    posix_spawn_file_actions_adddup2(&actions, 1, 2);
+    pid_t pid = -1;
+    const int failed = posix_spawnp(&pid, pointers[0], &actions, nullptr, pointers.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return failed ? -1 : pid;
 }
 
-std::string shellQuoted(const std::string& text) {
-    std::string result(1, '\'');
-    for (const char c : text) {
-        if (c == '\'')
-            result.append("'\\''");
-        else
-            result.push_back(c);
+// The exit status of pid (128 + the signal when one ended it), or -1 when it did not end
+// within 10 s; it is then killed.
+int finish(pid_t pid) {
+    int status = 0;
+    if (pid <= 0)
+        return -1;
+    if (!eventually([&] { return ::waitpid(pid, &status, WNOHANG) == pid; }, 10000)) {
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, nullptr, 0);
+        return -1;
     }
-    result.push_back('\'');
-    return result;
-}
-
-// Runs a command line through the shell, ended after 20 s at the latest: its exit status
-// and its standard output.
-std::pair<int, std::string> run(const std::string& commandLine) {
-    std::FILE* pipe = ::popen(("timeout 20 " + commandLine).c_str(), "r");
-    std::string output;
-    char buffer[256];
-    for (std::size_t count; pipe && (count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-        output.append(buffer, count);
-    const int status = pipe ? ::pclose(pipe) : -1;
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 // A tqserver started for one test on its own port file; killed by its pid if it overstays.
@@ -67,92 +56,70 @@ protected:
     void startServer(std::vector<std::string> options = {}) {
         std::remove(portFile.c_str());
         options.insert(options.begin(), {TQ_TQSERVER, "--port-file", portFile});
-        std::vector<char*> argv;
-        for (std::string& argument : options)
-            argv.push_back(argument.data());
-        argv.push_back(nullptr);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                         0600);
-        posix_spawn_file_actions_adddup2(&actions, 1, 2);
-        ASSERT_EQ(posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ), 0);
-        posix_spawn_file_actions_destroy(&actions);
+        ASSERT_GT(pid = spawn(options, serverOutput), 0);
         IPCPortFile file(portFile.c_str());
-        ASSERT_TRUE(eventually([&] { return file.readPortFile(); })) << "no port file";
+        ASSERT_TRUE(eventually([&] { return file.readPortFile(); }, 10000)) << "no port file";
         EXPECT_EQ(file.owner(), 2);
         port = file.port();
         EXPECT_TRUE(eventually(
             [&] { return printed("listening on 127.0.0.1:" + std::to_string(port) + "\n"); }));
     }
-    // The server's exit status (128 + the signal when one ended it), or -1 when it did not
-    // end within 10 s; it is then killed.
-    int waitForServer() {
-        int status = 0;
-        const bool ended = eventually([&] { return ::waitpid(pid, &status, WNOHANG) == pid; });
-        if (!ended) {
-            ::kill(pid, SIGKILL);
-            ::waitpid(pid, nullptr, 0);
-        }
-        pid = -1;
-        return !ended ? -1 : WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
+    int waitForServer() { return finish(std::exchange(pid, -1)); }
     void TearDown() override {
         if (pid > 0) {
             ::kill(pid, SIGTERM);
             EXPECT_EQ(waitForServer(), 0);
         }
-        std::remove(portFile.c_str());
-        std::remove(output.c_str());
+        for (const std::string& path : {portFile, serverOutput, clientOutput})
+            std::remove(path.c_str());
     }
     // Whether the server printed text on its standard output or error.
     bool printed(const std::string& text) const {
-        std::ifstream in(output);
-        return std::string(std::istreambuf_iterator<char>(in), {}).find(text) != std::string::npos;
+        return readText(serverOutput).find(text) != std::string::npos;
+    }
+    // The exit status and output of a program run to its end.
+    std::pair<int, std::string> run(const std::vector<std::string>& argv) {
+        const int status = finish(spawn(argv, clientOutput));
+        return {status, readText(clientOutput)};
     }
     std::pair<int, std::string> send(const std::vector<std::string>& scripts) {
-        std::string commandLine =
-            std::string(TQ_TQSEND) + " --port-file " + shellQuoted(portFile) + " --wait-ms 300";
-        for (const std::string& script : scripts)
-            commandLine.append(" ").append(shellQuoted(script));
-        return run(commandLine);
+        std::vector<std::string> argv{TQ_TQSEND, "--port-file", portFile, "--wait-ms", "300"};
+        argv.insert(argv.end(), scripts.begin(), scripts.end());
+        return run(argv);
     }
 
     // Per test and process, since ctest runs the tests side by side.
     std::string portFile = ::testing::TempDir() + "tq_tools_" +
                            ::testing::UnitTest::GetInstance()->current_test_info()->name() + "_" +
                            std::to_string(::getpid()) + ".port",
-                output = portFile + ".out";
+                serverOutput = portFile + ".out", clientOutput = portFile + ".client";
     pid_t pid = -1;
     int port = 0;
 };
 
-const std::string beeped = "Beep you back...\n";
+const std::string beepLine = beeped + "\n";
 } // namespace
 
+// Exit status 2 when the server cannot be reached or the command line is wrong.
 TEST_F(ToolsTest, Tqsend_PrintsEachReplyAndExitsWithTheProtocolsOutcome) {
-    startServer();
-    const std::tuple<std::vector<std::string>, std::string, int> cases[] = {
-        {{"beep"}, beeped, 0},
-        {{"version"}, tqVersionString() + std::string("\n"), 0},
-        {{"result {expr 6*7}", "result {string toupper abc}"}, "42\nABC\n", 0},
-        {{"nonsense"}, "Bad command\n", 1},
-        {{"result {error x}", "beep"}, "Bad command\n" + beeped, 1},
-        {{"set x 1", "beep"}, beeped, 0}, // the first script gets no reply
-        {{"beep; beep"}, beeped + beeped, 0},
-        {{"quit", "beep"}, "", 0}};
-    for (const auto& [scripts, output, status] : cases)
-        EXPECT_EQ(send(scripts), std::pair(status, output)) << scripts[0];
-}
-
-TEST_F(ToolsTest, Tqsend_ExitsTwoWhenTheServerCannotBeReached) {
     EXPECT_EQ(send({"beep"}).first, 2) << "no port file";
     IPCPortFile stale(portFile.c_str());
     stale.setOwner(2);
     stale.setPort(1); // nothing listens on port 1 of this machine's loopback
     ASSERT_TRUE(stale.writePortFile());
-    EXPECT_EQ(send({"beep"}).first, 2) << "nobody listening";
-    EXPECT_EQ(send({}).first, 2) << "no script";
+    EXPECT_EQ(send({"beep"}), std::pair(2, std::string("tqsend: cannot connect to 127.0.0.1:1\n")));
+    startServer();
+    const std::tuple<std::vector<std::string>, std::string, int> cases[] = {
+        {{"beep"}, beepLine, 0},
+        {{"version"}, tqVersionString() + std::string("\n"), 0},
+        {{"nonsense"}, "Bad command\n", 1},
+        {{"result {error x}", "beep"}, "Bad command\n" + beepLine, 1},
+        {{"set x 1", "beep"}, beepLine, 0}, // the first script gets no reply
+        {{"beep; beep"}, beepLine + beepLine, 0},
+        {{"quit", "beep"}, "", 0},
+        {{}, "usage: tqsend --port-file PATH [--wait-ms N] SCRIPT...\n", 2}};
+    for (const auto& [scripts, output, status] : cases)
+        EXPECT_EQ(send(scripts), std::pair(status, output)) << output;
 }
 
 TEST_F(ToolsTest, TclClient_DrivesTheServerFromARealTclsh) {
@@ -170,11 +137,11 @@ TEST_F(ToolsTest, TclClient_DrivesTheServerFromARealTclsh) {
            "source [file join {" TQ_TCL_PACKAGE_DIR "} tarqclient tarqclient.tcl]\n"
         << "set again [" << connect << "]\n"
         << "puts [tarqclient::send $again {result {expr 2+3}}]\n"
-           "tarqclient::send $again quit 200\n";
-    // The last send ends with the closed connection: tclsh reports it and exits 1.
-    EXPECT_EQ(run("env TCLLIBPATH=" TQ_TCL_PACKAGE_DIR " " TQ_TCLSH " " + shellQuoted(script)),
-              std::pair(1, std::string("Beep you back...\n2000\nBad command\n"
-                                       "1:tarqclient: no reply within 200 ms\n\u00c3\u00a9\n5\n")));
+           "puts [catch {tarqclient::send $again quit 200} message]:$message\n";
+    EXPECT_EQ(run({"env", "TCLLIBPATH=" TQ_TCL_PACKAGE_DIR, TQ_TCLSH, script}),
+              std::pair(0, std::string("Beep you back...\n2000\nBad command\n"
+                                       "1:tarqclient: no reply within 200 ms\n\u00c3\u00a9\n5\n"
+                                       "1:tarqclient: connection closed\n")));
     std::remove(script.c_str());
 }
 
@@ -203,7 +170,7 @@ TEST_F(ToolsTest, ShutdownSigtermAndTimer_StopTheServerAndRemoveThePortFile) {
                 stop == TimerWithClient ? piSocket::connectLoopback(port) : piSocket::invalid;
             std::this_thread::sleep_for(stop == TimerWithClient ? 400ms : 0ms);
             EXPECT_EQ(send({"beep", "result {close [open /dev/null]}"}),
-                      std::pair(safe ? 1 : 0, beeped + (safe ? "Bad command\n" : "\n")));
+                      std::pair(safe ? 1 : 0, beepLine + (safe ? "Bad command\n" : "\n")));
             piSocket::close(client);
             if (stop == Sigterm)
                 ::kill(pid, SIGTERM);
