@@ -1,4 +1,5 @@
 #include "text/BasicParser.h"
+#include "text/ModelParser.h"
 
 #include "../support/ToolkitCycle.h"
 
@@ -12,17 +13,6 @@ class BasicParserTest : public ToolkitCycle {
 protected:
     void SetUp() override { TarqToolkit::registerSelf(); }
 };
-
-TEST_F(BasicParserTest, MatchAdvancesOnTheExpectedType) {
-    BasicParser parser("a ( 1 )", nullptr);
-    parser.advance();
-    EXPECT_TRUE(parser.match(ST_WORD));
-    EXPECT_TRUE(parser.match(ST_LPAREN));
-    EXPECT_TRUE(parser.match(ST_NUMBER));
-    EXPECT_TRUE(parser.match(ST_RPAREN));
-    EXPECT_TRUE(parser.match(ST_END));
-    EXPECT_FALSE(parser.hasError());
-}
 
 TEST_F(BasicParserTest, FirstMismatchIsKeptAndStopsAllLaterMatches) {
     struct Case {
@@ -47,8 +37,11 @@ TEST_F(BasicParserTest, FirstMismatchIsKeptAndStopsAllLaterMatches) {
     }
 }
 
+// A model parser is a basic parser that keeps its owner for the application's readers.
 TEST_F(BasicParserTest, ErrorReplacesTheMessageAndClearErrorResumes) {
-    BasicParser parser("a b", nullptr);
+    int model = 0;
+    ModelParser parser("a b", &model, nullptr);
+    EXPECT_EQ(parser.owner(), &model);
     parser.error("first", PARSER_ERROR_FATAL);
     parser.error("second", PARSER_ERROR_NOTE);
     EXPECT_STREQ(parser.errorMessage(), "second");

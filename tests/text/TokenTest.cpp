@@ -52,7 +52,7 @@ TEST(Token, PrependAndAppendGrowToFitAndAcceptTheirOwnText) {
     EXPECT_EQ(token.length(), 13u);
 }
 
-TEST(Token, CopiesOwnTheirTextAndSetLengthOnlyShortens) {
+TEST(Token, CopiesOwnTheirTextSetLengthOnlyShortensAndDeleteContentsEmpties) {
     char buffer[16];
     Token laid(buffer, sizeof buffer);
     laid.setValue("hello");
@@ -71,12 +71,9 @@ TEST(Token, CopiesOwnTheirTextAndSetLengthOnlyShortens) {
     std::ostringstream printed;
     assigned.printOn(printed);
     EXPECT_EQ(printed.str(), "word he");
-}
-
-TEST(Token, DeleteContentsEmptiesTheCollection) {
     OC_<Token> tokens;
-    tokens.add(new Token(ST_WORD, "a"));
-    tokens.add(new Token(ST_NUMBER, "1"));
+    tokens.add(new Token(copy));
+    tokens.add(new Token(assigned));
     Token::deleteContents(tokens);
     EXPECT_TRUE(tokens.isEmpty());
 }
