@@ -24,15 +24,13 @@ TEST(Token, SetValueReallocatesOnlyWhenTooSmallAndThenToExactSize) {
 
 // A laid-over token has no capacity of its own, so any new text moves it to the heap.
 TEST(Token, LaidOverTokenMovesToAnExactHeapCopyWhenItsTextIsSet) {
-    auto change = [](Token& token) { token.setValue("abc"); };
-    auto prepend = [](Token& token) { token.prepend("abc"); };
-    auto append = [](Token& token) { token.append("abc"); };
-    for (auto edit : {+change, +prepend, +append}) {
+    using Edit = void (Token::*)(const char*);
+    for (Edit edit : {static_cast<Edit>(&Token::setValue), &Token::prepend, &Token::append}) {
         char buffer[8] = "zzzzzzz";
         Token token(buffer, sizeof buffer);
         EXPECT_EQ(token.text(), buffer);
         EXPECT_EQ(token.capacity(), 0u);
-        edit(token);
+        (token.*edit)("abc");
         EXPECT_NE(token.text(), buffer);
         EXPECT_STREQ(token.text(), "abc");
         EXPECT_EQ(token.capacity(), 4u);
