@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -15,25 +16,22 @@ protected:
 };
 
 TEST_F(BasicParserTest, FirstMismatchIsKeptAndStopsAllLaterMatches) {
-    struct Case {
-        ScanType expected;
-        const char* message;
-    } cases[] = {
+    const std::pair<ScanType, const char*> cases[] = {
         {ST_LPAREN, "Syntax error: expected '('"},
         {ST_NUMBER, "Syntax error: expected 'number'"},
         {ST_NEWLINE, "Syntax error: expected '\n'"},
         {ST_CASE_EQUAL, "Syntax error: expected '==='"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [expected, message] : cases) {
         BasicParser parser("word next", nullptr);
         parser.advance();
-        EXPECT_FALSE(parser.match(c.expected));
-        EXPECT_STREQ(parser.errorMessage(), c.message);
+        EXPECT_FALSE(parser.match(expected));
+        EXPECT_STREQ(parser.errorMessage(), message);
         EXPECT_EQ(parser.errorLevel(), PARSER_ERROR_SYNTAX);
         EXPECT_FALSE(parser.match(ST_WORD)) << "a pending error fails every match";
         parser.advance();
         EXPECT_STREQ(parser.token().text(), "word") << "nothing is scanned after an error";
-        EXPECT_STREQ(parser.errorMessage(), c.message) << "the first error is kept";
+        EXPECT_STREQ(parser.errorMessage(), message) << "the first error is kept";
     }
 }
 

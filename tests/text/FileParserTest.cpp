@@ -179,7 +179,8 @@ TEST_F(FileParserTest, ParseStringTakesRawTextToWhiteSpaceAndUnquotes) {
     }
 }
 
-TEST_F(FileParserTest, StoreKeywordWritesTheStatedShapes) {
+// Numbers are written in the default formatting, in quotes, in the ring of static buffers.
+TEST_F(FileParserTest, WritersGiveTheStatedShapes) {
     struct Case {
         const char* a;
         const char* b;
@@ -207,9 +208,7 @@ TEST_F(FileParserTest, StoreKeywordWritesTheStatedShapes) {
     std::ostringstream objects;
     FileParser::storeKeyword(objects, "P", x, y, z);
     EXPECT_EQ(objects.str(), "P(x,\"y\",3) ");
-}
 
-TEST_F(FileParserTest, ConvertToStringUsesDefaultFormattingInTheRing) {
     EXPECT_STREQ(FileParser::convertToString(1.5), "\"1.5\"");
     EXPECT_STREQ(FileParser::convertToString(-2e-9), "\"-2e-09\"");
     EXPECT_STREQ(FileParser::convertToString(1234567.0), "\"1.23457e+06\"");

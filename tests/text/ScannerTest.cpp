@@ -190,18 +190,19 @@ TEST(Scanner, WordFlagsAdmitExactlyTheirAsymmetricClasses) {
     const std::set<ScanType> slashDot = {ST_POINT, ST_LBRACKET, ST_RBRACKET, ST_DOUBLEQUOTE};
     const std::set<ScanType> squareBrackets = {ST_SLASH2, ST_BACKSLASH};
     Scanner scanner("", nullptr);
-    for (char slash : {0, 1})
-        for (char square : {0, 1}) {
-            scanner.setAllowSlashDotInWords(slash);
-            scanner.setAllowSquareBracketsInWords(square);
-            for (int t = 0; t < ST_COUNT; ++t) {
-                const auto type = static_cast<ScanType>(t);
-                EXPECT_EQ(scanner.isAllowableInWord(type),
-                          always.count(type) || (slash && slashDot.count(type)) ||
-                              (square && squareBrackets.count(type)))
-                    << "type " << t << " slash " << int(slash) << " square " << int(square);
-            }
+    for (int flags = 0; flags < 4; ++flags) {
+        const bool slash = flags & 1;
+        const bool square = flags & 2;
+        scanner.setAllowSlashDotInWords(slash);
+        scanner.setAllowSquareBracketsInWords(square);
+        for (int t = 0; t < ST_COUNT; ++t) {
+            const auto type = static_cast<ScanType>(t);
+            EXPECT_EQ(scanner.isAllowableInWord(type), always.count(type) ||
+                                                           (slash && slashDot.count(type)) ||
+                                                           (square && squareBrackets.count(type)))
+                << "type " << t << " flags " << flags;
         }
+    }
 }
 
 // A copy of a string scanner goes on from where the original was, with its private table.
@@ -235,7 +236,8 @@ TEST(Scanner, DefaultTableAndTableBuildersGiveTheStatedClasses) {
     EXPECT_EQ(std::count(table.get(), table.get() + 256, ST_STAR), 256);
 }
 
-TEST(Scanner, PeekAndPutbackLeaveTheCountAndInputUnchanged) {
+// Peeked and put-back characters are not counted as read.
+TEST(Scanner, CharacterReadsFollowTheStreamStateAndCountWhatStaysTaken) {
     Scanner scanner("xy", nullptr);
     char c = 0;
     EXPECT_TRUE(scanner.peekChar(c));
@@ -247,28 +249,23 @@ TEST(Scanner, PeekAndPutbackLeaveTheCountAndInputUnchanged) {
     EXPECT_EQ(scanner.numRead(), 1u);
     EXPECT_TRUE(scanner.getChar(c));
     EXPECT_EQ(c, 'y');
-}
 
-TEST(Scanner, StreamStateDecidesGetCharAndTestGood) {
-    struct Case {
-        std::ios::iostate state;
-        bool usable;
-    } cases[] = {
+    const std::pair<std::ios::iostate, bool> usableInStates[] = {
         {std::ios::goodbit, true},
         {std::ios::eofbit, true},
         {std::ios::eofbit | std::ios::failbit, true}, // how a read through the stream ends
         {std::ios::failbit, false},
         {std::ios::badbit, false},
     };
-    for (const Case& c : cases) {
+    for (const auto& [state, usable] : usableInStates) {
         std::istringstream in("abc");
-        in.setstate(c.state);
-        Scanner scanner(in, nullptr);
-        EXPECT_EQ(scanner.testGood(), c.usable) << c.state;
+        in.setstate(state);
+        Scanner reader(in, nullptr);
+        EXPECT_EQ(reader.testGood(), usable) << state;
         char read = 'z';
-        EXPECT_EQ(scanner.getChar(read), c.usable) << c.state;
-        EXPECT_EQ(read, c.state == std::ios::goodbit ? 'a' : '\0') << c.state;
-        EXPECT_EQ(scanner.scanToken().type(), c.state == std::ios::goodbit ? ST_WORD : ST_END);
+        EXPECT_EQ(reader.getChar(read), usable) << state;
+        EXPECT_EQ(read, state == std::ios::goodbit ? 'a' : '\0') << state;
+        EXPECT_EQ(reader.scanToken().type(), state == std::ios::goodbit ? ST_WORD : ST_END);
     }
 }
 
@@ -282,15 +279,15 @@ TEST(Scanner, CancelledTaskEndsTheTokenStream) {
     EXPECT_EQ(scanner.numRead(), 3u) << "nothing is read once the task is cancelled";
 }
 
-TEST(Scanner, WhiteSpaceRescansThroughTheVirtualScanTokenWithoutDeepRecursion) {
+// White space is passed over by rescanning, through the virtual scanToken but without deep
+// recursion, since skipwhite consumes nothing unless NUL is white space.
+TEST(Scanner, WhiteSpaceRescansAndSkipwhiteConsumesNothingUnlessNulIsWhiteSpace) {
     std::string text(200000, ' ');
     text += "word";
     ProbeScanner scanner(text.c_str(), nullptr);
     EXPECT_STREQ(scanner.scanToken().text(), "word");
     EXPECT_EQ(scanner.calls, 2);
-}
 
-TEST(Scanner, SkipwhiteConsumesNothingUnlessNulIsWhiteSpace) {
     ProbeScanner plain("   x", nullptr);
     plain.skipwhite();
     EXPECT_EQ(plain.numRead(), 0u);

@@ -7,7 +7,8 @@
 
 namespace {
 
-TEST(Token, SetValueReallocatesOnlyWhenTooSmallAndThenToExactSize) {
+// Edits may take their text from the token's own.
+TEST(Token, EditsReallocateOnlyWhenTooSmallAndThenToExactSize) {
     Token token(ST_WORD, "abcdef");
     EXPECT_EQ(token.capacity(), 7u);
     token.setValue("xy");
@@ -20,6 +21,17 @@ TEST(Token, SetValueReallocatesOnlyWhenTooSmallAndThenToExactSize) {
     token.setValue(nullptr);
     EXPECT_EQ(token.length(), 0u);
     EXPECT_STREQ(token.text(), "");
+
+    token.prepend("-");
+    token.append("12.5");
+    token.append(token.text());
+    token.append(token.text());
+    EXPECT_STREQ(token.text(), "-12.5-12.5-12.5-12.5");
+    EXPECT_EQ(token.capacity(), 21u);
+    token.prepend(token.text() + 17);
+    EXPECT_STREQ(token.text(), "2.5-12.5-12.5-12.5-12.5");
+    EXPECT_EQ(token.length(), 23u);
+    EXPECT_EQ(token.capacity(), 24u);
 }
 
 // A laid-over token has no capacity of its own, so any new text moves it to the heap.
@@ -36,18 +48,6 @@ TEST(Token, LaidOverTokenMovesToAnExactHeapCopyWhenItsTextIsSet) {
         EXPECT_EQ(token.capacity(), 4u);
         EXPECT_STREQ(buffer, "") << "the caller's buffer is only emptied";
     }
-}
-
-TEST(Token, PrependAndAppendGrowToFitAndAcceptTheirOwnText) {
-    Token token(ST_NUMBER, "12");
-    token.prepend("-");
-    token.append(".5");
-    EXPECT_STREQ(token.text(), "-12.5");
-    EXPECT_EQ(token.length(), 5u);
-    token.append(token.text());
-    token.prepend(token.text() + 7);
-    EXPECT_STREQ(token.text(), "2.5-12.5-12.5");
-    EXPECT_EQ(token.length(), 13u);
 }
 
 TEST(Token, CopiesOwnTheirTextSetLengthOnlyShortensAndDeleteContentsEmpties) {
