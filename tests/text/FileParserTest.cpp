@@ -254,22 +254,14 @@ TEST_F(FileParserTest, WrittenItemsReadBackUnchanged) {
     }
 }
 
+// Without a window system the message goes to standard error as an untitled error.
 TEST_F(FileParserTest, BadSectionNotifierAppendsTheNumberAndCutsAt255) {
-    struct Case {
-        std::string message;
-        short number;
-        std::string shown;
-    } cases[] = {
-        {"Bad section ", 0, "Bad section "},
-        {"Bad section ", 42, "Bad section 42"},
-        {std::string(300, 'm'), 7, std::string(255, 'm')},
-    };
-    for (const Case& c : cases) {
-        testing::internal::CaptureStderr();
-        EXPECT_TRUE(FileSection::badSectionNotifier(c.message.c_str(), c.number));
-        std::string err = testing::internal::GetCapturedStderr();
-        EXPECT_NE(err.find(c.shown + "\n"), std::string::npos) << err;
-    }
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(FileSection::badSectionNotifier("Bad section ", 0));
+    EXPECT_TRUE(FileSection::badSectionNotifier("Bad section ", 42));
+    EXPECT_TRUE(FileSection::badSectionNotifier(std::string(300, 'm').c_str(), 7));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "ERROR: Bad section \nERROR: Bad section 42\nERROR: " + std::string(255, 'm') + "\n");
 }
 
 // Reads its file's sections through the reader's own open and close.
