@@ -197,17 +197,14 @@ TEST_F(FileParserTest, WritersGiveTheStatedShapes) {
         FileParser::storeKeyword(out, "K", c.a, c.b, c.c);
         EXPECT_EQ(out.str(), c.written);
     }
-    std::ostringstream quoted;
-    FileParser::storeKeywordQuotedString(quoted, "N", "a\"b");
-    FileParser::storeKeywordQuotedString(quoted, "M", nullptr);
-    EXPECT_EQ(quoted.str(), "N(\"a\\\"b\") M ");
-
     const SingleFileElement x(Token(ST_WORD, "x"));
     const SingleFileElement y(Token(ST_STRING, "\"y\""));
     const SingleFileElement z(Token(ST_NUMBER, "3"));
-    std::ostringstream objects;
-    FileParser::storeKeyword(objects, "P", x, y, z);
-    EXPECT_EQ(objects.str(), "P(x,\"y\",3) ");
+    std::ostringstream others;
+    FileParser::storeKeywordQuotedString(others, "N", "a\"b");
+    FileParser::storeKeywordQuotedString(others, "M", nullptr);
+    FileParser::storeKeyword(others, "P", x, y, z);
+    EXPECT_EQ(others.str(), "N(\"a\\\"b\") M P(x,\"y\",3) ");
 
     EXPECT_STREQ(FileParser::convertToString(1.5), "\"1.5\"");
     EXPECT_STREQ(FileParser::convertToString(-2e-9), "\"-2e-09\"");
@@ -287,7 +284,6 @@ struct SectionsWriter : FileWritingAgent {
     }
 };
 
-// Cancels itself as soon as it is told of any progress.
 struct CancelAtProgress : iTaskDescription {
     void setProgress(unsigned long done) override {
         iTaskDescription::setProgress(done);

@@ -49,7 +49,6 @@ public:
     int calls = 0;
 };
 
-// Every token up to and including the first `end`.
 Scanned scanAll(Scanner& scanner) {
     Scanned tokens;
     for (int guard = 0; guard < 100000; ++guard) {
@@ -218,10 +217,8 @@ TEST(Scanner, MemberSetTypeCopiesTheSharedTableAndCopiesContinueWithIt) {
 
 TEST(Scanner, DefaultTableAndTableBuildersGiveTheStatedClasses) {
     ScanType* defaults = Scanner::defaultTypeTable();
-    EXPECT_EQ(defaults[0], ST_END);
-    EXPECT_EQ(defaults[26], ST_END);
-    EXPECT_EQ(defaults['\t'], ST_SPACE);
-    EXPECT_EQ(defaults['\r'], ST_CR);
+    EXPECT_EQ((std::vector<ScanType>{defaults[0], defaults[26], defaults['\t'], defaults['\r']}),
+              (std::vector<ScanType>{ST_END, ST_END, ST_SPACE, ST_CR}));
     EXPECT_STREQ(scanTypeText(ST_CASE_NOT_EQUAL), "!==");
     EXPECT_STREQ(scanTypeText(static_cast<ScanType>(55)), "?");
 
