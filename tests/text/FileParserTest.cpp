@@ -307,6 +307,7 @@ TEST_F(FileParserTest, WritingAgentAndReaderRoundTripThroughAFile) {
     reader.setTask(cancelling);
     EXPECT_FALSE(reader.load(seen));
     EXPECT_EQ(cancelling.progress(), 16u) << "the first section and the next one's name";
+    EXPECT_FALSE(reader.load(seen)) << "cancelled before any section ends";
     std::filesystem::remove(path);
 
     SectionsFile missing("/nonexistent/dir/file");

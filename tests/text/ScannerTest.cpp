@@ -20,8 +20,7 @@ namespace {
 
 using Scanned = std::vector<std::pair<ScanType, std::string>>;
 
-// A text scanned from a string (chunk 0) or through a stream buffer refilled every chunk
-// characters.
+// Text scanned from a string (chunk 0) or through a stream buffer refilled every chunk bytes.
 struct Input {
     Input(const std::string& text, std::size_t chunk)
         : text(text), chunk(chunk), buffer(text, chunk), stream(&buffer) {}
