@@ -188,19 +188,18 @@ TEST(Scanner, WordFlagsAdmitExactlyTheirAsymmetricClasses) {
     const std::set<ScanType> slashDot = {ST_POINT, ST_LBRACKET, ST_RBRACKET, ST_DOUBLEQUOTE};
     const std::set<ScanType> squareBrackets = {ST_SLASH2, ST_BACKSLASH};
     Scanner scanner("", nullptr);
-    for (int flags = 0; flags < 4; ++flags) {
-        const bool slash = flags & 1;
-        const bool square = flags & 2;
-        scanner.setAllowSlashDotInWords(slash);
-        scanner.setAllowSquareBracketsInWords(square);
-        for (int t = 0; t < ST_COUNT; ++t) {
-            const auto type = static_cast<ScanType>(t);
-            EXPECT_EQ(scanner.isAllowableInWord(type), always.count(type) ||
-                                                           (slash && slashDot.count(type)) ||
-                                                           (square && squareBrackets.count(type)))
-                << "type " << t << " flags " << flags;
+    for (char slash : {0, 1})
+        for (char square : {0, 1}) {
+            scanner.setAllowSlashDotInWords(slash);
+            scanner.setAllowSquareBracketsInWords(square);
+            for (int t = 0; t < ST_COUNT; ++t) {
+                const auto type = static_cast<ScanType>(t);
+                EXPECT_EQ(scanner.isAllowableInWord(type),
+                          always.count(type) || (slash && slashDot.count(type)) ||
+                              (square && squareBrackets.count(type)))
+                    << "type " << t << " slash " << int(slash) << " square " << int(square);
+            }
         }
-    }
 }
 
 // A copy of a string scanner goes on from where the original was, with its private table.
