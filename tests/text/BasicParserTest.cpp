@@ -1,10 +1,12 @@
 #include "text/BasicParser.h"
+#include "text/ModelParser.h"
 
 #include "../support/ToolkitCycle.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -13,42 +15,31 @@ protected:
     void SetUp() override { TarqToolkit::registerSelf(); }
 };
 
-TEST_F(BasicParserTest, MatchAdvancesOnTheExpectedType) {
-    BasicParser parser("a ( 1 )", nullptr);
-    parser.advance();
-    EXPECT_TRUE(parser.match(ST_WORD));
-    EXPECT_TRUE(parser.match(ST_LPAREN));
-    EXPECT_TRUE(parser.match(ST_NUMBER));
-    EXPECT_TRUE(parser.match(ST_RPAREN));
-    EXPECT_TRUE(parser.match(ST_END));
-    EXPECT_FALSE(parser.hasError());
-}
-
 TEST_F(BasicParserTest, FirstMismatchIsKeptAndStopsAllLaterMatches) {
-    struct Case {
-        ScanType expected;
-        const char* message;
-    } cases[] = {
+    const std::pair<ScanType, const char*> cases[] = {
         {ST_LPAREN, "Syntax error: expected '('"},
         {ST_NUMBER, "Syntax error: expected 'number'"},
         {ST_NEWLINE, "Syntax error: expected '\n'"},
         {ST_CASE_EQUAL, "Syntax error: expected '==='"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [expected, message] : cases) {
         BasicParser parser("word next", nullptr);
         parser.advance();
-        EXPECT_FALSE(parser.match(c.expected));
-        EXPECT_STREQ(parser.errorMessage(), c.message);
+        EXPECT_FALSE(parser.match(expected));
+        EXPECT_STREQ(parser.errorMessage(), message);
         EXPECT_EQ(parser.errorLevel(), PARSER_ERROR_SYNTAX);
         EXPECT_FALSE(parser.match(ST_WORD)) << "a pending error fails every match";
         parser.advance();
         EXPECT_STREQ(parser.token().text(), "word") << "nothing is scanned after an error";
-        EXPECT_STREQ(parser.errorMessage(), c.message) << "the first error is kept";
+        EXPECT_STREQ(parser.errorMessage(), message) << "the first error is kept";
     }
 }
 
+// A model parser is a basic parser that keeps its owner for the application's readers.
 TEST_F(BasicParserTest, ErrorReplacesTheMessageAndClearErrorResumes) {
-    BasicParser parser("a b", nullptr);
+    int model = 0;
+    ModelParser parser("a b", &model, nullptr);
+    EXPECT_EQ(parser.owner(), &model);
     parser.error("first", PARSER_ERROR_FATAL);
     parser.error("second", PARSER_ERROR_NOTE);
     EXPECT_STREQ(parser.errorMessage(), "second");

@@ -7,7 +7,8 @@
 
 namespace {
 
-TEST(Token, SetValueReallocatesOnlyWhenTooSmallAndThenToExactSize) {
+// Edits may take their text from the token's own.
+TEST(Token, EditsReallocateOnlyWhenTooSmallAndThenToExactSize) {
     Token token(ST_WORD, "abcdef");
     EXPECT_EQ(token.capacity(), 7u);
     token.setValue("xy");
@@ -20,19 +21,28 @@ TEST(Token, SetValueReallocatesOnlyWhenTooSmallAndThenToExactSize) {
     token.setValue(nullptr);
     EXPECT_EQ(token.length(), 0u);
     EXPECT_STREQ(token.text(), "");
+
+    token.prepend("-");
+    token.append("12.5");
+    token.append(token.text());
+    token.append(token.text());
+    EXPECT_STREQ(token.text(), "-12.5-12.5-12.5-12.5");
+    EXPECT_EQ(token.capacity(), 21u);
+    token.prepend(token.text() + 17);
+    EXPECT_STREQ(token.text(), "2.5-12.5-12.5-12.5-12.5");
+    EXPECT_EQ(token.length(), 23u);
+    EXPECT_EQ(token.capacity(), 24u);
 }
 
 // A laid-over token has no capacity of its own, so any new text moves it to the heap.
 TEST(Token, LaidOverTokenMovesToAnExactHeapCopyWhenItsTextIsSet) {
-    auto change = [](Token& token) { token.setValue("abc"); };
-    auto prepend = [](Token& token) { token.prepend("abc"); };
-    auto append = [](Token& token) { token.append("abc"); };
-    for (auto edit : {+change, +prepend, +append}) {
+    using Edit = void (Token::*)(const char*);
+    for (Edit edit : {static_cast<Edit>(&Token::setValue), &Token::prepend, &Token::append}) {
         char buffer[8] = "zzzzzzz";
         Token token(buffer, sizeof buffer);
         EXPECT_EQ(token.text(), buffer);
         EXPECT_EQ(token.capacity(), 0u);
-        edit(token);
+        (token.*edit)("abc");
         EXPECT_NE(token.text(), buffer);
         EXPECT_STREQ(token.text(), "abc");
         EXPECT_EQ(token.capacity(), 4u);
@@ -40,19 +50,7 @@ TEST(Token, LaidOverTokenMovesToAnExactHeapCopyWhenItsTextIsSet) {
     }
 }
 
-TEST(Token, PrependAndAppendGrowToFitAndAcceptTheirOwnText) {
-    Token token(ST_NUMBER, "12");
-    token.prepend("-");
-    token.append(".5");
-    EXPECT_STREQ(token.text(), "-12.5");
-    EXPECT_EQ(token.length(), 5u);
-    token.append(token.text());
-    token.prepend(token.text() + 7);
-    EXPECT_STREQ(token.text(), "2.5-12.5-12.5");
-    EXPECT_EQ(token.length(), 13u);
-}
-
-TEST(Token, CopiesOwnTheirTextAndSetLengthOnlyShortens) {
+TEST(Token, CopiesOwnTheirTextSetLengthOnlyShortensAndDeleteContentsEmpties) {
     char buffer[16];
     Token laid(buffer, sizeof buffer);
     laid.setValue("hello");
@@ -60,23 +58,18 @@ TEST(Token, CopiesOwnTheirTextAndSetLengthOnlyShortens) {
     Token copy(laid);
     laid.setValue("other");
     EXPECT_STREQ(copy.text(), "hello");
-    EXPECT_EQ(copy.type(), ST_WORD);
     EXPECT_EQ(copy.capacity(), 6u);
     copy.setLength(2);
     copy.setLength(10);
     EXPECT_STREQ(copy.text(), "he");
     Token assigned;
     assigned = copy;
-    EXPECT_STREQ(assigned.text(), "he");
     std::ostringstream printed;
     assigned.printOn(printed);
-    EXPECT_EQ(printed.str(), "word he");
-}
-
-TEST(Token, DeleteContentsEmptiesTheCollection) {
+    EXPECT_EQ(printed.str(), "word he") << "type and text copied and assigned";
     OC_<Token> tokens;
-    tokens.add(new Token(ST_WORD, "a"));
-    tokens.add(new Token(ST_NUMBER, "1"));
+    tokens.add(new Token(copy));
+    tokens.add(new Token(assigned));
     Token::deleteContents(tokens);
     EXPECT_TRUE(tokens.isEmpty());
 }

@@ -13,35 +13,25 @@
 class WildcardPattern : public Pattern {
 public:
     explicit WildcardPattern(const char* text) : Pattern(text) {
-        std::string literal;
-        for (const char* c = text; *c != '\0'; ++c) {
-            if (std::strchr("*?[^|", *c) == nullptr) {
-                literal += *c;
-                continue;
-            }
-            if (!literal.empty()) {
-                addElement(new StringPatternElement(literal.c_str()));
-                literal.clear();
-            }
-            if (*c == '*') {
-                addElement(new AnyNCharsPatternElement());
-            } else if (*c == '?') {
-                addElement(new AnyOneCharPatternElement());
+        for (const char* c = text; *c != '\0';) {
+            if (const std::size_t literal = std::strcspn(c, "*?[^|"); literal > 0) {
+                addElement(new StringPatternElement(std::string(c, literal).c_str()));
+                c += literal;
             } else if (*c == '[') {
-                const char* close = std::strchr(c + 1, ']');
-                const std::string set(c + 1, close != nullptr ? close : c + 1 + std::strlen(c + 1));
-                addElement(new NCharsNotInStrPatternElement(set.c_str()));
-                c += set.size() + (close != nullptr ? 1 : 0);
-            } else {
+                const std::size_t set = std::strcspn(c + 1, "]");
+                addElement(new NCharsNotInStrPatternElement(std::string(c + 1, set).c_str()));
+                c += 1 + set + (c[1 + set] == ']' ? 1 : 0);
+            } else if (*c == '^' || *c == '|') {
                 const char argument[2] = {c[1], '\0'};
                 addElement(*c == '^' ? static_cast<PatternElement*>(
                                            new NCharsNotCharPatternElement(argument))
                                      : new SeparatorOrEndStrPatternElement(argument));
-                c += c[1] != '\0' ? 1 : 0;
+                c += c[1] != '\0' ? 2 : 1;
+            } else {
+                addElement(*c == '*' ? static_cast<PatternElement*>(new AnyNCharsPatternElement())
+                                     : new AnyOneCharPatternElement());
+                ++c;
             }
-        }
-        if (!literal.empty()) {
-            addElement(new StringPatternElement(literal.c_str()));
         }
     }
     using Pattern::addElement;
@@ -60,10 +50,8 @@ inline const char* match(const PatternElement* element, const char* s) {
     auto rest = [next](const char* p) { return next != nullptr ? match(next, p) : p; };
     const char* argument = element->string() != nullptr ? element->string() : "";
     if (dynamic_cast<const StringPatternElement*>(element) != nullptr) {
-        const char* p = s;
-        for (; *argument != '\0' && *p == *argument; ++p, ++argument) {
-        }
-        return *argument == '\0' ? rest(p) : nullptr;
+        const std::size_t length = std::strlen(argument);
+        return std::strncmp(s, argument, length) == 0 ? rest(s + length) : nullptr;
     }
     if (dynamic_cast<const AnyOneCharPatternElement*>(element) != nullptr) {
         const char* best = rest(s);
