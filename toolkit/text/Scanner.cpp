@@ -753,10 +753,10 @@ Token& Scanner::scanToken() {
             scanned = scanThroughStream();
         if (scanned == Scanned::Token)
             return *m_token;
-        // White space: a rescan goes through the virtual scanToken so that a subclass sees it;
-        // within that nested call further white space is passed over here, so that a long run
-        // of white space cannot exhaust the stack.
-        if (m_rescanDepth == 0) {
+        // White space: each character is passed over by a rescan through the virtual
+        // scanToken, so that a subclass sees one call per character as it always has. Past
+        // the nesting bound the rest of a long run is passed over here instead.
+        if (m_rescanDepth < v_maxRescanDepth) {
             ++m_rescanDepth;
             Token& next = scanToken();
             --m_rescanDepth;

@@ -33,6 +33,9 @@ class TQ_EXPORT Scanner {
 public:
     // The longest token text; longer tokens are cut here without error.
     static constexpr unsigned v_maxTokenLength = 8191;
+    // How many white-space rescans may nest inside one scanToken call; past it a run of white
+    // space is passed over in place, so that no input can exhaust the stack.
+    static constexpr int v_maxRescanDepth = 256;
 
     // --- Construction. A null table means the shared default table; a table or stream
     // given by the caller is never owned and must outlive the scanner. -----------------------
@@ -48,11 +51,11 @@ public:
 
     // --- Scanning ------------------------------------------------------------------------------
     // Reads the next token into the current token and returns it; at end of input, on a read
-    // failure and while the task is cancelled, the token is `end` with empty text. After a
-    // white-space character the scan starts again through this virtual function, once per run
-    // of white space, so that an override sees the rescan. The stream is left just after the
-    // token, so a caller may go on reading it; only a character that the stream buffer would
-    // not take back stays with the scanner, which hands it out first.
+    // failure and while the task is cancelled, the token is `end` with empty text. After each
+    // white-space character the scan starts again through this virtual function, nested, so
+    // that an override sees one rescan per character (up to v_maxRescanDepth). The stream is left
+    // just after the token, so a caller may go on reading it; only a character that the stream
+    // buffer would not take back stays with the scanner, which hands it out first.
     virtual Token& scanToken();
     // The current token (its text lives in the scanner's buffer until the next scan).
     Token& token() { return *m_token; }
