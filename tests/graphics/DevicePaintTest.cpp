@@ -64,12 +64,7 @@ TEST(DevicePaint, Primitives_PaintTheirPixelsOnly) {
          [](OpenDevice& d) {
              d.setColor(wsiRed), d.drawLine(SheetPoint(10, 10), SheetPoint(100, 10));
          },
-         {{10, 10, red},
-          {50, 10, red},
-          {100, 10, red},
-          {50, 11, white},
-          {101, 10, white},
-          {-1, 0, 0}}},
+         {{10, 10, red}, {100, 10, red}, {50, 11, white}, {101, 10, white}, {-1, 0, 0}}},
         {"two lineTo from one moveTo draw two lines from the same start",
          [](OpenDevice& d) {
              d.setColor(wsiBlack), d.primitiveMoveTo(10, 50), d.primitiveLineTo(90, 50);

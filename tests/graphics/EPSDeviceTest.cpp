@@ -31,13 +31,12 @@ protected:
     EPSText() : m_device(m_out, ExportParameters(), DevicePoint(1000, 1000)) {
         m_device.open(DeviceRectangle(0, 0, 1000, 1000), DeviceRectangle(0, 0, 1000, 1000));
         m_device.endPath(); // the path-open flag that open sets
-        mark();
+        m_mark = m_out.str().size();
     }
-    void mark() { m_mark = m_out.str().size(); }
-    // The text since the last mark, and a new mark.
+    // The text since the last call (or since the set-up).
     std::string written() {
         std::string text = m_out.str().substr(m_mark);
-        mark();
+        m_mark = m_out.str().size();
         return text;
     }
 
@@ -65,41 +64,28 @@ TEST(EPSHeader, IsWrittenExactlyForEachOrientationAndScale) {
         DevicePoint page;
         DeviceRectangle source, target;
         std::string expected;
-    } cases[] = {{"a 500-unit target on a 1000-high device",
-                  exportPortrait,
-                  paperFeedDefault,
-                  {1000, 1000},
-                  DeviceRectangle(0, 0, 500, 500),
-                  DeviceRectangle(0, 0, 500, 500),
-                  header("0 100 100 200", "", "200", "0 0", "0.2 0.2", "0 0")},
-                 {"portrait letter: scale in six significant digits, fifths truncated toward zero, "
-                  "the source's origin negated",
-                  exportPortrait,
-                  paperFeedDefault,
-                  {3060, 3960},
-                  DeviceRectangle(-100, 250, 19900, 17250),
-                  DeviceRectangle(-7, 404, 2493, 3404),
-                  header("-1 111 498 711", "", "792", "-1 80", "0.025 0.0352941", "100 -250")},
-                 {"landscape: rotated, the width written straight before \"0 translate\"",
-                  exportLandscape,
-                  paperFeedDefault,
-                  {3960, 3060},
-                  DeviceRectangle(0, 0, 3960, 3060),
-                  DeviceRectangle(0, 0, 3960, 3060),
-                  header("0 0 792 612", "90 rotate\n7920 translate\n-1 -1 scale\n", "612", "0 0",
-                         "0.2 0.2", "0 0")},
-                 {"landscape on paper fed by its long edge: not rotated",
-                  exportLandscape,
-                  paperFeedLongEdge,
-                  {3960, 3060},
-                  DeviceRectangle(0, 0, 3960, 3060),
-                  DeviceRectangle(0, 0, 3960, 3060),
-                  header("0 0 792 612", "", "612", "0 0", "0.2 0.2", "0 0")}};
+    } cases[] = {
+        // clang-format off
+        {"a 500-unit target on a 1000-high device", exportPortrait, paperFeedDefault, {1000, 1000},
+         DeviceRectangle(0, 0, 500, 500), DeviceRectangle(0, 0, 500, 500),
+         header("0 100 100 200", "", "200", "0 0", "0.2 0.2", "0 0")},
+        {"portrait letter: scale in six significant digits, fifths truncated toward zero, the "
+         "source's origin negated", exportPortrait, paperFeedDefault, {3060, 3960},
+         DeviceRectangle(-100, 250, 19900, 17250), DeviceRectangle(-7, 404, 2493, 3404),
+         header("-1 111 498 711", "", "792", "-1 80", "0.025 0.0352941", "100 -250")},
+        {"landscape: rotated, the width written straight before \"0 translate\"", exportLandscape,
+         paperFeedDefault, {3960, 3060}, DeviceRectangle(0, 0, 3960, 3060),
+         DeviceRectangle(0, 0, 3960, 3060),
+         header("0 0 792 612", "90 rotate\n7920 translate\n-1 -1 scale\n", "612", "0 0", "0.2 0.2",
+                "0 0")},
+        {"landscape on paper fed by its long edge: not rotated", exportLandscape, paperFeedLongEdge,
+         {3960, 3060}, DeviceRectangle(0, 0, 3960, 3060), DeviceRectangle(0, 0, 3960, 3060),
+         header("0 0 792 612", "", "612", "0 0", "0.2 0.2", "0 0")}};
+    // clang-format on
     for (const auto& c : cases) {
         std::ostringstream out;
         PageDevice device(out, parametersWith(c.orientation, c.feed), c.page);
         EXPECT_TRUE(device.open(c.source, c.target));
-        EXPECT_EQ(linesOf(out.str()), linesOf(c.expected)) << c.rule;
         EXPECT_EQ(out.str(), c.expected) << c.rule;
     }
 }
@@ -156,23 +142,14 @@ TEST(EPSColours, FollowTheTableInBothModes) {
     }
 }
 
-TEST_F(EPSText, PenStylesAndWidths_FollowTheTable) {
-    const char* dashes[] = {"",
-                            "[] 0 setdash\n",
-                            "[3] 0 setdash\n",
-                            "[1 2] 0 setdash\n",
-                            "[3 2 1 2] 0 setdash\n",
-                            "[3 2 1 2 1 2] 0 setdash\n",
-                            "[] 0 setdash\n",
-                            ""};
+TEST_F(EPSText, PenStyles_FollowTheTable) {
+    // Styles -1 to 6: the custom dash (-1) and 6 write nothing.
+    const char* dashes[] = {"", "[]", "[3]", "[1 2]", "[3 2 1 2]", "[3 2 1 2 1 2]", "[]", ""};
     for (int style = -1; style <= 6; ++style) {
         m_device.setPenStyle(static_cast<wsiPenStyle>(style));
-        EXPECT_EQ(written(), dashes[style + 1]) << "style " << style;
+        const std::string dash = dashes[style + 1];
+        EXPECT_EQ(written(), dash.empty() ? "" : dash + " 0 setdash\n") << "style " << style;
     }
-    m_device.setPenWidth(7);
-    EXPECT_EQ(written(), "7 setlinewidth\n");
-    m_device.setPenWidth(0);
-    EXPECT_EQ(written(), "0 setlinewidth\n");
 }
 
 TEST_F(EPSText, Clip_ReplacesThePreviousClipAndClipsLines) {
@@ -373,11 +350,8 @@ TEST(PostScriptFont, TheTableHasThe35StandardNames) {
     const auto names = PostScriptFont::standardNames();
     EXPECT_EQ(names.size(), 35u);
     EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), 35u);
-    for (const char* name : names) {
-        EXPECT_STREQ(PostScriptFont::nameFor(name, false, false), name)
-            << "a standard name maps onto itself";
-        EXPECT_NE(std::string(PostScriptFont::measuringFamily(name)), "");
-    }
+    for (const char* name : names)
+        EXPECT_STREQ(PostScriptFont::nameFor(name, false, false), name) << "maps onto itself";
 }
 
 TEST(PostScriptFont, FamiliesMapOntoTheStandardFonts) {

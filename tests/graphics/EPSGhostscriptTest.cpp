@@ -122,12 +122,9 @@ std::string deviceDrawing(bool gray) {
     return out.str();
 }
 
-TEST_F(Ghostscript, DeviceDrawing_RendersWithoutErrorInsideItsBox) {
+TEST_F(Ghostscript, DeviceAndEngineDrawings_RenderWithoutErrorInsideTheirBoxes) {
     checkRendersInsideItsBox(deviceDrawing(false), "colour drawing");
     checkRendersInsideItsBox(deviceDrawing(true), "grey drawing");
-}
-
-TEST_F(Ghostscript, EngineDrawing_RendersWithoutErrorInsideItsBox) {
     std::ostringstream out;
     EPSEngine engine(nullptr, "job", out, ExportParameters());
     engine.open(DeviceRectangle(0, 0, 1000, 1000), DeviceRectangle(1000, 1000, 2000, 2000));

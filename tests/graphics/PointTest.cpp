@@ -1,6 +1,8 @@
 #include "graphics/DevicePoint.h"
+#include "graphics/DeviceRectangle.h"
 #include "graphics/FloatPoint.h"
 #include "graphics/SheetPoint.h"
+#include "graphics/SheetRectangle.h"
 #include "graphics/TqMatrix.h"
 #include "graphics/Transformation.h"
 
@@ -8,24 +10,8 @@
 
 #include <climits>
 #include <sstream>
-#include <string>
 
 namespace {
-
-template <class T>
-std::string printed(const T& object) {
-    std::ostringstream out;
-    object.printOn(out);
-    return out.str();
-}
-
-template <class T>
-std::string stored(const T& object) {
-    std::ostringstream out;
-    Criteria criteria;
-    object.storeOn(out, criteria);
-    return out.str();
-}
 
 TEST(FloatPoint, AsLong_RoundsHalvesAwayFromZero) {
     const struct {
@@ -120,12 +106,34 @@ TEST(SheetPoint, OperatorsAndSetters) {
     EXPECT_EQ(p, FloatPoint(0.25, 0.75));
 }
 
-TEST(Points, TextForms) {
-    EXPECT_EQ(printed(DevicePoint(3, -4)), "(3,-4)");
-    EXPECT_EQ(stored(DevicePoint(3, -4)), "3,-4");
-    EXPECT_EQ(printed(SheetPoint(1.5, 2)), "(1.5,2)");
-    EXPECT_EQ(printed(FloatPoint(1.5, -2.0)), "(1.5@-2)");
-    EXPECT_STREQ(DevicePoint(1, 2).asString(), "(1,2)");
+// Every geometry class prints and stores itself in its own fixed form.
+TEST(Geometry, TextForms) {
+    const DevicePoint device(3, -4);
+    const SheetPoint sheet(1.5, 2);
+    const FloatPoint floating(1.5, -2.0);
+    const DeviceRectangle rectangle(10, 20, 0, 5);
+    const SheetRectangle sheetRectangle(SheetPoint(0.5, 1), SheetPoint(2, 3));
+    const Transformation identity;
+    const TqMatrix matrix(FloatPoint(2.0, 0.5), FloatPoint(-1.0, 3.0));
+    const struct {
+        const TqObject* object;
+        const char *printed, *stored;
+    } cases[] = {{&device, "(3,-4)", "3,-4"},
+                 {&sheet, "(1.5,2)", "1.5,2"},
+                 {&floating, "(1.5@-2)", "1.5@-2"},
+                 {&rectangle, "((0,5),(10,20))", "0,5,10,20"},
+                 {&sheetRectangle, "((0.5,1),(2,3))", "0.5,1,2,3"},
+                 {&identity, "(scale:(1@1) xlate:(0@0))", "(scale:(1@1) xlate:(0@0))"},
+                 {&matrix, "(scale:(2@0.5) xlate:(-1@3))", "(scale:(2@0.5) xlate:(-1@3))"}};
+    for (const auto& c : cases) {
+        std::ostringstream printed, stored;
+        Criteria criteria;
+        c.object->printOn(printed);
+        c.object->storeOn(stored, criteria);
+        EXPECT_EQ(printed.str(), c.printed);
+        EXPECT_EQ(stored.str(), c.stored) << c.printed;
+        EXPECT_STREQ(c.object->asString(), c.printed);
+    }
 }
 
 } // namespace
