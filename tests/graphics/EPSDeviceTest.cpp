@@ -13,7 +13,21 @@
 namespace {
 
 using eps_test::linesOf;
-using eps_test::PageDevice;
+
+// An EPSDevice whose page (the deviceSize of the header) the test chooses.
+class PageDevice : public EPSDevice {
+public:
+    PageDevice(std::ostream& out, const ExportParameters& parameters, DevicePoint page)
+        : EPSDevice(nullptr, "test", out, parameters), m_page(page) {}
+    DevicePoint deviceSize() const override { return m_page; }
+
+    using EPSDevice::primitiveDrawText;
+    using EPSDevice::primitiveLineTo;
+    using EPSDevice::primitiveMoveTo;
+
+private:
+    DevicePoint m_page;
+};
 
 ExportParameters parametersWith(ExportOrientation orientation, ExportPaperFeed feed,
                                 bool gray = false) {
@@ -112,7 +126,6 @@ TEST(EPSPage, SizesFollowThePaperAndTheOrientation) {
     EPSDevice landscape(nullptr, "job", std::cout, p);
     EXPECT_EQ(landscape.paperSize(), DevicePoint(2976, 4209));
     EXPECT_EQ(landscape.deviceSize(), DevicePoint(4209, 2976));
-    EXPECT_STREQ(landscape.jobName(), "job");
 }
 
 TEST(EPSColours, FollowTheTableInBothModes) {
@@ -164,10 +177,6 @@ TEST_F(EPSText, Clip_ReplacesThePreviousClipAndClipsLines) {
                   "110 120 moveto\n190 180 lineto\n"},
                  {"across: both ends moved onto the edges", DevicePoint(50, 150),
                   DevicePoint(250, 150), "100 150 moveto\n200 150 lineto\n"},
-                 {"one end outside", DevicePoint(150, 150), DevicePoint(150, 300),
-                  "150 150 moveto\n150 200 lineto\n"},
-                 {"diagonal through a corner region", DevicePoint(0, 100), DevicePoint(200, 300),
-                  "100 200 moveto\n100 200 lineto\n"},
                  {"wholly outside: nothing", DevicePoint(0, 0), DevicePoint(50, 300), ""},
                  {"beside one edge: nothing", DevicePoint(300, 100), DevicePoint(300, 200), ""}};
     for (const auto& c : cases) {

@@ -16,6 +16,9 @@ namespace {
 std::string paintedBy(const std::function<void(TqPainter&)>& paint) {
     std::ostringstream out;
     MIFEngine engine("job", out, fixedParameters(), v_drawing);
+    // The painter's device measures in tenths of a point, like the MIF device.
+    EXPECT_EQ(engine.paintDevice().width(), 1000);
+    EXPECT_EQ(engine.paintDevice().logicalDpiY(), 720);
     {
         TqPainter painter(&engine.paintDevice());
         EXPECT_TRUE(painter.isActive());
@@ -108,44 +111,33 @@ TEST(MIFEngine, SameDrawing_WritesTheSameTextAsTheDevice) {
          [&](TqPainter& p) {
              p.setPen(penOf(wsiDarkGreen, 0, Qt::SolidLine)), p.setFont(times.toQFont());
              p.drawText(QPoint(100, 200), "Hi");
+         }},
+        {"the painter's transform and clip, applied before writing",
+         [](MIFDevice& d) { line(d, 100, 50, 120, 70), line(d, 100, 70, 110, 70); },
+         [](TqPainter& p) {
+             p.translate(100, 50), p.scale(2, 2), p.drawLine(0, 0, 10, 10);
+             p.setClipRect(QRect(0, 0, 5, 100)); // (100, 50) to (110, 250) on the device
+             p.drawLine(0, 10, 10, 10);
+         }},
+        {"images, pixmaps and points write nothing; a rectangle without pen or brush is outlined",
+         [](MIFDevice& d) {
+             d.setPenStyle(wsiPenNull), d.setPenWidth(1);
+             d.drawRectangle(SheetRectangle(0, 0, 10, 10));
+         },
+         [](TqPainter& p) {
+             QImage image(4, 4, QImage::Format_RGB32);
+             image.fill(Qt::red);
+             p.drawImage(QPoint(0, 0), image);
+             p.drawPixmap(QRect(0, 0, 4, 4), QPixmap::fromImage(image));
+             p.drawTiledPixmap(QRect(0, 0, 8, 8), QPixmap::fromImage(image)), p.drawPoint(1, 1);
+             p.setPen(Qt::NoPen), p.setBrush(Qt::NoBrush); // a pen of width 1, no brush
+             p.drawRect(QRect(0, 0, 10, 10));
          }}};
     for (const SameTextCase& c : cases) {
         const std::string device = fileDrawnBy(c.draw);
         EXPECT_EQ(paintedBy(c.paint), device) << c.what;
         EXPECT_NE(frameObjects(device), "") << c.what;
     }
-}
-
-TEST(MIFEngine, PainterTransform_IsAppliedBeforeWriting) {
-    std::ostringstream out;
-    MIFEngine engine("job", out, fixedParameters(), v_drawing);
-    // The painter's device measures in tenths of a point, like the MIF device.
-    EXPECT_EQ(engine.paintDevice().width(), 1000);
-    EXPECT_EQ(engine.paintDevice().logicalDpiY(), 720);
-    const std::string painted = paintedBy([](TqPainter& p) {
-        p.translate(100, 50), p.scale(2, 2), p.drawLine(0, 0, 10, 10);
-        p.setClipRect(QRect(0, 0, 5, 100)); // (100, 50) to (110, 250) on the device
-        p.drawLine(0, 10, 10, 10);
-    });
-    EXPECT_EQ(painted, fileDrawnBy([](MIFDevice& d) {
-                  line(d, 100, 50, 120, 70), line(d, 100, 70, 110, 70);
-              }));
-}
-
-TEST(MIFEngine, PixelsAndPoints_WriteNothing) {
-    const std::string painted = paintedBy([](TqPainter& p) {
-        QImage image(4, 4, QImage::Format_RGB32);
-        image.fill(Qt::red);
-        p.drawImage(QPoint(0, 0), image),
-            p.drawPixmap(QRect(0, 0, 4, 4), QPixmap::fromImage(image));
-        p.drawTiledPixmap(QRect(0, 0, 8, 8), QPixmap::fromImage(image)), p.drawPoint(1, 1);
-        p.setPen(Qt::NoPen), p.setBrush(Qt::NoBrush); // a pen of width 1, no brush
-        p.drawRect(QRect(0, 0, 10, 10));              // neither pen nor brush: still the outline
-    });
-    EXPECT_EQ(frameObjects(painted), frameObjects(fileDrawnBy([](MIFDevice& d) {
-                  d.setPenStyle(wsiPenNull), d.setPenWidth(1);
-                  d.drawRectangle(SheetRectangle(0, 0, 10, 10));
-              })));
 }
 
 } // namespace
