@@ -122,16 +122,13 @@ TEST(OutputDevice, ClipPoints_ClampsAndTestsConsecutiveOutcodes) {
     }
 }
 
-TEST(Device, GetPolyPoints_GrowsToExactlyNAndNeverShrinks) {
+TEST(Device, ProcessWideState_PolyPointsGrowToExactlyNAndABreakIsConsumedByItsCheck) {
     const long start = Device::polyPointsCapacity();
     Device::getPolyPoints(start + 10);
     EXPECT_EQ(Device::polyPointsCapacity(), start + 10);
     QPoint* same = Device::getPolyPoints(3);
-    EXPECT_EQ(Device::polyPointsCapacity(), start + 10);
+    EXPECT_EQ(Device::polyPointsCapacity(), start + 10) << "never shrinks";
     EXPECT_EQ(Device::getPolyPoints(start + 10), same);
-}
-
-TEST(Device, ProcessWideSettings) {
     EXPECT_FALSE(Device::forDocumentation());
     Device::setForDocumentation(true);
     EXPECT_TRUE(Device::forDocumentation());
@@ -139,7 +136,7 @@ TEST(Device, ProcessWideSettings) {
     EXPECT_FALSE(Device::checkBreakExecution());
     Device::requestBreakExecution();
     EXPECT_TRUE(Device::checkBreakExecution());
-    EXPECT_FALSE(Device::checkBreakExecution()); // consumed by the check
+    EXPECT_FALSE(Device::checkBreakExecution());
 }
 
 class DeviceWatcher : public Dependent {

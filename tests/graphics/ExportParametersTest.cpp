@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -11,20 +12,14 @@ TEST(ExportParameters, ReadsEveryFieldAndWritesItBack) {
                        "8.25,cm,gray,fixed,mifshape,nopreview";
     ExportParameters p;
     ASSERT_TRUE(p.read(text)) << p.message();
-    EXPECT_EQ(p.destination(), exportToPrinter);
-    EXPECT_EQ(p.printerName(), "Laser 5");
-    EXPECT_EQ(p.fileName(), "/tmp/out.eps");
-    EXPECT_EQ(p.orientation(), exportLandscape);
-    EXPECT_FALSE(p.copyToClipboard());
-    EXPECT_EQ(p.paperSize(), paperA4);
-    EXPECT_EQ(p.paperFeed(), paperFeedLongEdge);
-    EXPECT_DOUBLE_EQ(p.pictureWidth(), 12.5);
-    EXPECT_DOUBLE_EQ(p.pictureHeight(), 8.25);
-    EXPECT_EQ(p.units(), unitsCentimetre);
-    EXPECT_TRUE(p.isGrayScale());
-    EXPECT_FALSE(p.isScaleable());
-    EXPECT_EQ(p.mifFrameForm(), mifFrameShapeRect);
-    EXPECT_FALSE(p.withPreview());
+    // Every field in text order; the sizes are exact in binary.
+    EXPECT_EQ(std::tuple(p.destination(), p.printerName(), p.fileName(), p.orientation(),
+                         p.copyToClipboard(), p.paperSize(), p.paperFeed(), p.pictureWidth(),
+                         p.pictureHeight(), p.units(), p.isGrayScale(), p.isScaleable(),
+                         p.mifFrameForm(), p.withPreview()),
+              std::tuple(exportToPrinter, "Laser 5", "/tmp/out.eps", exportLandscape, false,
+                         paperA4, paperFeedLongEdge, 12.5, 8.25, unitsCentimetre, true, false,
+                         mifFrameShapeRect, false));
     EXPECT_EQ(p.asText(), text);
 }
 

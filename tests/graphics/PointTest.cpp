@@ -42,6 +42,11 @@ TEST(DevicePoint, ArithmeticOperators_WriteTheirOwnStaticResult) {
     const DevicePoint& again = b + b;
     EXPECT_EQ(&again, &sum);
     EXPECT_EQ(sum, DevicePoint(4, 8));
+    // Arithmetic wraps at 32 bits.
+    DevicePoint p(INT_MAX, INT_MIN);
+    p += DevicePoint(1, -1);
+    EXPECT_EQ(p, DevicePoint(INT_MIN, INT_MAX));
+    EXPECT_EQ(-DevicePoint(INT_MIN, 0), DevicePoint(INT_MIN, 0));
 }
 
 TEST(DevicePoint, CompoundAndFloatOperatorsRoundHalfAwayFromZero) {
@@ -59,13 +64,6 @@ TEST(DevicePoint, CompoundAndFloatOperatorsRoundHalfAwayFromZero) {
     EXPECT_EQ(half, FloatPoint(1.5, 2.5));
     EXPECT_TRUE(DevicePoint(1, 2) == FloatPoint(1.0, 2.0));
     EXPECT_TRUE(DevicePoint(1, 2) != FloatPoint(1.0, 2.5));
-}
-
-TEST(DevicePoint, ArithmeticWrapsAtThirtyTwoBits) {
-    DevicePoint p(INT_MAX, INT_MIN);
-    p += DevicePoint(1, -1);
-    EXPECT_EQ(p, DevicePoint(INT_MIN, INT_MAX));
-    EXPECT_EQ(-DevicePoint(INT_MIN, 0), DevicePoint(INT_MIN, 0));
 }
 
 TEST(DevicePoint, CrossSpaceConversionTruncates) {
@@ -108,32 +106,24 @@ TEST(SheetPoint, OperatorsAndSetters) {
 
 // Every geometry class prints and stores itself in its own fixed form.
 TEST(Geometry, TextForms) {
-    const DevicePoint device(3, -4);
-    const SheetPoint sheet(1.5, 2);
-    const FloatPoint floating(1.5, -2.0);
-    const DeviceRectangle rectangle(10, 20, 0, 5);
-    const SheetRectangle sheetRectangle(SheetPoint(0.5, 1), SheetPoint(2, 3));
-    const Transformation identity;
-    const TqMatrix matrix(FloatPoint(2.0, 0.5), FloatPoint(-1.0, 3.0));
-    const struct {
-        const TqObject* object;
-        const char *printed, *stored;
-    } cases[] = {{&device, "(3,-4)", "3,-4"},
-                 {&sheet, "(1.5,2)", "1.5,2"},
-                 {&floating, "(1.5@-2)", "1.5@-2"},
-                 {&rectangle, "((0,5),(10,20))", "0,5,10,20"},
-                 {&sheetRectangle, "((0.5,1),(2,3))", "0.5,1,2,3"},
-                 {&identity, "(scale:(1@1) xlate:(0@0))", "(scale:(1@1) xlate:(0@0))"},
-                 {&matrix, "(scale:(2@0.5) xlate:(-1@3))", "(scale:(2@0.5) xlate:(-1@3))"}};
-    for (const auto& c : cases) {
-        std::ostringstream printed, stored;
+    const auto expectForms = [](const TqObject& object, const char* printed, const char* stored) {
+        std::ostringstream print, store;
         Criteria criteria;
-        c.object->printOn(printed);
-        c.object->storeOn(stored, criteria);
-        EXPECT_EQ(printed.str(), c.printed);
-        EXPECT_EQ(stored.str(), c.stored) << c.printed;
-        EXPECT_STREQ(c.object->asString(), c.printed);
-    }
+        object.printOn(print);
+        object.storeOn(store, criteria);
+        EXPECT_EQ(print.str(), printed);
+        EXPECT_EQ(store.str(), stored) << printed;
+        EXPECT_STREQ(object.asString(), printed);
+    };
+    expectForms(DevicePoint(3, -4), "(3,-4)", "3,-4");
+    expectForms(SheetPoint(1.5, 2), "(1.5,2)", "1.5,2");
+    expectForms(FloatPoint(1.5, -2.0), "(1.5@-2)", "1.5@-2");
+    expectForms(DeviceRectangle(10, 20, 0, 5), "((0,5),(10,20))", "0,5,10,20");
+    expectForms(SheetRectangle(SheetPoint(0.5, 1), SheetPoint(2, 3)), "((0.5,1),(2,3))",
+                "0.5,1,2,3");
+    expectForms(Transformation(), "(scale:(1@1) xlate:(0@0))", "(scale:(1@1) xlate:(0@0))");
+    const char* matrix = "(scale:(2@0.5) xlate:(-1@3))";
+    expectForms(TqMatrix(FloatPoint(2.0, 0.5), FloatPoint(-1.0, 3.0)), matrix, matrix);
 }
 
 } // namespace
