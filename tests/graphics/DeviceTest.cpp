@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(QtConversion, AsQColor_FollowsTheTable) {
+TEST(QtConversion, ColoursAndPenStyles_FollowTheirTables) {
     // wsiColor 0 (no colour: an invalid QColor) to 20.
     // clang-format off
     const QColor expected[] = {
@@ -22,14 +22,12 @@ TEST(QtConversion, AsQColor_FollowsTheTable) {
     for (int value = 0; value <= 20; ++value)
         EXPECT_EQ(QtConversion::asQColor(static_cast<wsiColor>(value)), expected[value]) << value;
     EXPECT_EQ(QtConversion::asQColor(static_cast<wsiColor>(1000)), QColor(Qt::black));
-}
-
-TEST(QtConversion, AsPenStyle_IndexesTheTableByStylePlusOne) {
-    const Qt::PenStyle expected[] = {Qt::CustomDashLine, Qt::SolidLine,   Qt::DashLine,
-                                     Qt::DotLine,        Qt::DashDotLine, Qt::DashDotDotLine,
-                                     Qt::NoPen};
+    // Pen styles -1 to 5; anything else is solid.
+    const Qt::PenStyle styles[] = {Qt::CustomDashLine, Qt::SolidLine,   Qt::DashLine,
+                                   Qt::DotLine,        Qt::DashDotLine, Qt::DashDotDotLine,
+                                   Qt::NoPen};
     for (int style = -1; style <= 5; ++style)
-        EXPECT_EQ(QtConversion::asPenStyle(static_cast<wsiPenStyle>(style)), expected[style + 1]);
+        EXPECT_EQ(QtConversion::asPenStyle(static_cast<wsiPenStyle>(style)), styles[style + 1]);
     EXPECT_EQ(QtConversion::asPenStyle(static_cast<wsiPenStyle>(6)), Qt::SolidLine);
     EXPECT_EQ(QtConversion::asPenStyle(static_cast<wsiPenStyle>(-2)), Qt::SolidLine);
 }

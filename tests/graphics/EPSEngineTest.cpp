@@ -4,8 +4,6 @@
 
 #include "../../bench/graphics/ExportDrawing.h"
 #include "graphics/QtConversion.h"
-#include "graphics/SheetPoint.h"
-#include "graphics/SheetRectangle.h"
 #include "graphics/TqPainter.h"
 
 #include <QImage>

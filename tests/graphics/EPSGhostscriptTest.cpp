@@ -2,8 +2,6 @@
 // box it declares, and puts text upright where the device measured it.
 #include "EPSTestSupport.h"
 
-#include "graphics/SheetPoint.h"
-#include "graphics/SheetRectangle.h"
 #include "graphics/TqPainter.h"
 
 #include <QPainterPath>
@@ -32,11 +30,6 @@ std::optional<Box> boundingBox(const std::string& text, const char* name = "") {
     return Box{std::stod(m[1]), std::stod(m[2]), std::stod(m[3]), std::stod(m[4])};
 }
 
-struct GsRun {
-    int exitCode = -1;
-    std::string output; // standard output and error together
-};
-
 class Ghostscript : public testing::Test {
 protected:
     void SetUp() override {
@@ -47,8 +40,9 @@ protected:
         ASSERT_TRUE(m_dir.isValid());
     }
 
-    // Writes eps to a file and runs gs on it with device and the extra arguments.
-    GsRun run(const std::string& eps, const char* device, const QStringList& extra = {}) {
+    // Writes eps to a file, runs gs on it with device and the extra arguments, expects it to
+    // succeed and returns what it wrote on its standard output and error.
+    std::string run(const std::string& eps, const char* device, const QStringList& extra = {}) {
         const QString path = m_dir.filePath("drawing.eps");
         std::ofstream(path.toStdString(), std::ios::binary) << eps;
         QProcess gs;
@@ -56,12 +50,10 @@ protected:
         QStringList arguments{"-q", "-dNOPAUSE", "-dBATCH", "-dSAFER",
                               QString("-sDEVICE=") + device};
         gs.start(m_gs, arguments + extra + QStringList{path});
-        GsRun result;
-        if (!gs.waitForFinished(60000))
-            return result;
-        result.exitCode = gs.exitCode();
-        result.output = gs.readAll().toStdString();
-        return result;
+        const bool finished = gs.waitForFinished(60000);
+        const std::string output = gs.readAll().toStdString();
+        EXPECT_TRUE(finished && gs.exitCode() == 0) << device << ": " << output;
+        return output;
     }
 
     // Every check the suite makes of one EPS text.
@@ -70,10 +62,9 @@ protected:
             << what << ": every gsave has its grestore";
         const auto declared = boundingBox(eps);
         ASSERT_TRUE(declared) << what << ": no %%BoundingBox line";
-        const GsRun bbox = run(eps, "bbox");
-        EXPECT_EQ(bbox.exitCode, 0) << what << ": " << bbox.output;
-        const auto marked = boundingBox(bbox.output, "HiRes");
-        ASSERT_TRUE(marked) << what << ": gs reported no box: " << bbox.output;
+        const std::string bbox = run(eps, "bbox");
+        const auto marked = boundingBox(bbox, "HiRes");
+        ASSERT_TRUE(marked) << what << ": gs reported no box: " << bbox;
         EXPECT_LT(marked->left, marked->right) << what << ": something is drawn";
         // Marks on the declared edge (a clip edge there) may round a little beyond it.
         constexpr double rounding = 0.01;
@@ -82,9 +73,8 @@ protected:
         EXPECT_LE(marked->right, declared->right + rounding) << what;
         EXPECT_LE(marked->top, declared->top + rounding) << what;
         const QString png = m_dir.filePath("drawing.png");
-        const GsRun render = run(eps, "png16m", {"-r72", "-sOutputFile=" + png});
-        EXPECT_EQ(render.exitCode, 0) << what;
-        EXPECT_EQ(render.output, "") << what << ": Ghostscript reported a problem";
+        EXPECT_EQ(run(eps, "png16m", {"-r72", "-sOutputFile=" + png}), "")
+            << what << ": Ghostscript reported a problem";
         QImage image(png);
         EXPECT_FALSE(image.isNull()) << what;
     }
@@ -140,9 +130,9 @@ TEST_F(Ghostscript, Text_IsUprightAtItsBaselineAndAsWideAsMeasured) {
     // Capitals without descenders: the marks lie between the baseline and the cap height.
     const long advance = d.drawText("HIHIH", SheetPoint(500, 1000), font);
     d.close(), d.endOfPage();
-    const GsRun bbox = run(out.str(), "bbox");
-    const auto marked = boundingBox(bbox.output, "HiRes");
-    ASSERT_TRUE(marked) << bbox.output;
+    const std::string bbox = run(out.str(), "bbox");
+    const auto marked = boundingBox(bbox, "HiRes");
+    ASSERT_TRUE(marked) << bbox;
     // The baseline is 1000 units (200 points) below the top of the 792-point page.
     EXPECT_NEAR(marked->bottom, 592, 0.5) << "the glyphs stand on the baseline";
     EXPECT_NEAR(marked->top, 592 + 0.72 * 20, 1.0) << "upright, 20 points high (cap height)";
