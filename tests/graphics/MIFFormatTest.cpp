@@ -44,12 +44,6 @@ TEST(MIFFormat, GeneralAndInteger_FollowPrintfForms) {
     EXPECT_EQ(text, "-9223372036854775808 42");
 }
 
-std::string quoted(const char* text, int length = -1) {
-    std::string out;
-    MIFFormat::appendString(out, text, length);
-    return out;
-}
-
 TEST(MIFFormat, String_EscapesWhatMIFReadsSpecially) {
     const struct {
         const char* what;
@@ -74,9 +68,14 @@ TEST(MIFFormat, String_EscapesWhatMIFReadsSpecially) {
                  {"length cuts", "abc", 2, "ab"},
                  {"length beyond the NUL", "ab", 10, "ab"},
                  {"empty", "", -1, ""}};
-    for (const auto& c : cases)
-        EXPECT_EQ(quoted(c.text, c.length), c.quoted) << c.what;
-    EXPECT_EQ(quoted(nullptr), "");
+    for (const auto& c : cases) {
+        std::string out = "kept ";
+        MIFFormat::appendString(out, c.text, c.length);
+        EXPECT_EQ(out, std::string("kept ") + c.quoted) << c.what;
+    }
+    std::string none;
+    MIFFormat::appendString(none, nullptr);
+    EXPECT_EQ(none, "");
 }
 
 TEST(MIFFormat, SeparationOf_MapsTheVocabularyByNameAndOthersByHue) {
