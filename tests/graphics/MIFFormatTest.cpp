@@ -37,11 +37,9 @@ TEST(MIFFormat, GeneralAndInteger_FollowPrintfForms) {
     // clang-format on
     for (const auto& c : cases)
         EXPECT_EQ(MIFFormat::general(c.value), c.text) << c.value;
-    std::string text;
+    std::string text = "kept ";
     MIFFormat::appendInteger(text, -9223372036854775807LL - 1);
-    text += ' ';
-    MIFFormat::appendInteger(text, 42);
-    EXPECT_EQ(text, "-9223372036854775808 42");
+    EXPECT_EQ(text, "kept -9223372036854775808");
 }
 
 TEST(MIFFormat, String_EscapesWhatMIFReadsSpecially) {

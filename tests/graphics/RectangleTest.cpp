@@ -104,37 +104,34 @@ TEST(DeviceRectangle, AlignCenter_AlignsUnchosenAxisWithTheOriginEdge) {
 }
 
 // Clipping one end against (0, 0)-(100, 100), entering through each edge and corner region.
-struct ClipCase {
-    const char* region;
-    DevicePoint p, q;
-    bool reached;
-    DevicePoint clipped;
-};
-
 TEST(DeviceRectangle, ClipLineSegment_EachEdgeAndCornerRegion) {
     const DeviceRectangle r(0, 0, 100, 100);
-    const ClipCase cases[] = {
-        {"inside", {50, 50}, {200, 200}, true, {50, 50}},
-        {"left", {-50, 50}, {50, 50}, true, {0, 50}},
-        {"left sloped", {-50, 0}, {50, 100}, true, {0, 50}},
-        {"left, both beyond", {-50, 50}, {-10, 60}, false, {-50, 50}},
-        {"left horizontal outside", {-50, 150}, {50, 150}, false, {-50, 150}},
-        {"right", {150, 20}, {50, 20}, true, {100, 20}},
-        {"right sloped", {200, 0}, {0, 100}, true, {100, 50}},
-        {"top", {50, -50}, {50, 50}, true, {50, 0}},
-        {"top sloped", {0, -100}, {100, 100}, true, {50, 0}},
-        {"top, both beyond", {50, -50}, {60, -10}, false, {50, -50}},
-        {"bottom", {30, 150}, {30, 50}, true, {30, 100}},
-        {"upper-left corner via top", {-10, -50}, {40, 50}, true, {15, 0}},
-        {"upper-left corner via left", {-50, -10}, {50, 40}, true, {0, 15}},
-        {"lower-right corner via bottom", {110, 150}, {60, 50}, true, {85, 100}},
-        {"corner region missing", {-50, -10}, {-10, -50}, false, {-50, -10}},
-        {"left edge, misses past the bottom", {-10, 90}, {50, 250}, false, {-10, 90}},
-        {"left, through bottom", {-20, 140}, {40, 80}, true, {20, 100}},
-        {"above, misses past the right", {90, -10}, {300, 50}, false, {90, -10}},
-        {"top, through right", {150, -50}, {50, 50}, true, {100, 0}},
-        {"above, vertical", {50, -50}, {50, -10}, false, {50, -50}}};
-    for (const ClipCase& c : cases) {
+    const struct {
+        const char* region;
+        DevicePoint p, q;
+        bool reached;
+        DevicePoint clipped;
+    } cases[] = {{"inside", {50, 50}, {200, 200}, true, {50, 50}},
+                 {"left", {-50, 50}, {50, 50}, true, {0, 50}},
+                 {"left sloped", {-50, 0}, {50, 100}, true, {0, 50}},
+                 {"left, both beyond", {-50, 50}, {-10, 60}, false, {-50, 50}},
+                 {"left horizontal outside", {-50, 150}, {50, 150}, false, {-50, 150}},
+                 {"right", {150, 20}, {50, 20}, true, {100, 20}},
+                 {"right sloped", {200, 0}, {0, 100}, true, {100, 50}},
+                 {"top", {50, -50}, {50, 50}, true, {50, 0}},
+                 {"top sloped", {0, -100}, {100, 100}, true, {50, 0}},
+                 {"top, both beyond", {50, -50}, {60, -10}, false, {50, -50}},
+                 {"bottom", {30, 150}, {30, 50}, true, {30, 100}},
+                 {"upper-left corner via top", {-10, -50}, {40, 50}, true, {15, 0}},
+                 {"upper-left corner via left", {-50, -10}, {50, 40}, true, {0, 15}},
+                 {"lower-right corner via bottom", {110, 150}, {60, 50}, true, {85, 100}},
+                 {"corner region missing", {-50, -10}, {-10, -50}, false, {-50, -10}},
+                 {"left edge, misses past the bottom", {-10, 90}, {50, 250}, false, {-10, 90}},
+                 {"left, through bottom", {-20, 140}, {40, 80}, true, {20, 100}},
+                 {"above, misses past the right", {90, -10}, {300, 50}, false, {90, -10}},
+                 {"top, through right", {150, -50}, {50, 50}, true, {100, 0}},
+                 {"above, vertical", {50, -50}, {50, -10}, false, {50, -50}}};
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.region);
         DevicePoint p = c.p;
         EXPECT_EQ(r.clipLineSegment(p, c.q), c.reached);
