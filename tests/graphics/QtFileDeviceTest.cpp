@@ -72,11 +72,10 @@ TEST(QtFileDevice, PdfAndSvgReadBackLikeThePaintedImage) {
                              {100, 40}, {170, 80}, {5, 5},   {50, 70}};
     for (const auto& output : outputs) {
         ASSERT_EQ(output.image.size(), expected.size()) << output.name;
-        for (const QPoint& p : probes) {
+        for (const QPoint& p : probes)
             EXPECT_TRUE(near(output.image.pixel(p), expected.pixel(p)))
                 << output.name << " at (" << p.x() << ", " << p.y() << "): " << std::hex
                 << output.image.pixel(p) << " against " << expected.pixel(p);
-        }
     }
 }
 

@@ -39,7 +39,7 @@ TEST(DeviceRectangle, EdgeEditsDoNotReorder) {
     EXPECT_EQ(r.right(), -10);
 }
 
-TEST(DeviceRectangle, QueriesAndMoves) {
+TEST(DeviceRectangle, ExtentsAndMoves_RoundAndWrapWithoutOverflow) {
     DeviceRectangle r(2, 3, 12, 8);
     EXPECT_EQ(r.extent(), DevicePoint(10, 5));
     EXPECT_EQ(r.toQRect(), QRect(2, 3, 10, 5));
@@ -47,9 +47,6 @@ TEST(DeviceRectangle, QueriesAndMoves) {
     EXPECT_EQ(r, DeviceRectangle(-1, -1, 9, 4));
     r.translateBy(FloatPoint(0.5, 1.0));
     EXPECT_EQ(r, DeviceRectangle(-1, 0, 10, 5)); // -0.5 rounds away from zero
-}
-
-TEST(DeviceRectangle, ExtentsAtTheEndsOfTheRange_WrapWithoutOverflow) {
     const DeviceRectangle everything(INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX);
     EXPECT_EQ(everything.extent(), DevicePoint(-1, -1));
     EXPECT_EQ(everything.toQRect(),

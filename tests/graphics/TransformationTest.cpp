@@ -10,15 +10,12 @@
 namespace {
 
 // Both mappings must agree on every rule; each case runs against both.
-struct ApplyCase {
-    double scale, translation, v;
-    bool round;
-    long expected;
-};
-
 TEST(Transformation, ApplyHalf_RoundsAsymmetricallyAndClamps) {
-    // clang-format off
-    const ApplyCase cases[] = {
+    const struct {
+        double scale, translation, v;
+        bool round;
+        long expected;
+    } cases[] = {// clang-format off
         {1, 0, -1.7, true, -1},                     {1, 0, 2.5, true, 3},
         {1, 0, -1.7, false, -1},                    {1, 0, 1.99, false, 1},
         {1, 0, 1e12, false, 2147483647L},           {1, 0, -1e12, false, -2147483648L},
@@ -26,7 +23,7 @@ TEST(Transformation, ApplyHalf_RoundsAsymmetricallyAndClamps) {
         {1, 0, -2147483649.0, false, -2147483648L}, {2, 10, 3, false, 16},
         {0.5, -1, 3, true, 1},                      {1, 0, NAN, false, 0}};
     // clang-format on
-    for (const ApplyCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.scale << "*" << c.v << "+" << c.translation);
         const auto check = [&c](auto t) {
             t.setXHalf(c.scale, c.translation);
