@@ -14,7 +14,6 @@ namespace {
 constexpr wsiRGBColor white = 0xFFFFFF, black = 0x000000, red = 0xFF0000, green = 0x00FF00,
                       blue = 0x0000FF, yellow = 0xFFFF00, cyan = 0x00FFFF;
 
-// A Device that lets the test call its primitives directly.
 class OpenDevice : public Device {
 public:
     using Device::Device;
@@ -64,12 +63,7 @@ TEST(DevicePaint, Primitives_PaintTheirPixelsOnly) {
          [](OpenDevice& d) {
              d.setColor(wsiRed), d.drawLine(SheetPoint(10, 10), SheetPoint(100, 10));
          },
-         {{10, 10, red},
-          {50, 10, red},
-          {100, 10, red},
-          {50, 11, white},
-          {101, 10, white},
-          {-1, 0, 0}}},
+         {{10, 10, red}, {100, 10, red}, {50, 11, white}, {101, 10, white}, {-1, 0, 0}}},
         {"two lineTo from one moveTo draw two lines from the same start",
          [](OpenDevice& d) {
              d.setColor(wsiBlack), d.primitiveMoveTo(10, 50), d.primitiveLineTo(90, 50);
@@ -144,8 +138,7 @@ TEST(DevicePaint, PenStyleDashLeavesGapsAndWidthThickens) {
     d.setColor(wsiBlack), d.setPenStyle(wsiPenDash);
     d.drawLine(SheetPoint(0, 20), SheetPoint(199, 20));
     const int dashed = canvas.countInRow(20, 0, 200, black);
-    EXPECT_GT(dashed, 50);
-    EXPECT_LT(dashed, 190);
+    EXPECT_NEAR(dashed, 120, 70) << "gaps, but mostly ink";
     d.setPenStyle(wsiPenSolid), d.setPenWidth(5);
     d.drawLine(SheetPoint(0, 60), SheetPoint(199, 60));
     EXPECT_EQ(canvas.at(100, 58), black);
@@ -183,7 +176,6 @@ TEST(OutputDevicePaint, PolylineIsClampedIntoTheClipRectangle) {
     WindowlessOutputDevice device;
     device.setPainter(&painter);
     EXPECT_TRUE(device.isOpen());
-    EXPECT_EQ(device.parentWindow(), nullptr);
     device.setClipRect(DeviceRectangle(10, 10, 90, 90));
     device.setColor(wsiBlack);
     DevicePoint corner[2] = {{-50, 50}, {50, -50}};

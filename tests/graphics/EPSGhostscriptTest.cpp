@@ -2,8 +2,6 @@
 // box it declares, and puts text upright where the device measured it.
 #include "EPSTestSupport.h"
 
-#include "graphics/SheetPoint.h"
-#include "graphics/SheetRectangle.h"
 #include "graphics/TqPainter.h"
 
 #include <QPainterPath>
@@ -12,7 +10,6 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <fstream>
 #include <optional>
 #include <regex>
@@ -33,11 +30,6 @@ std::optional<Box> boundingBox(const std::string& text, const char* name = "") {
     return Box{std::stod(m[1]), std::stod(m[2]), std::stod(m[3]), std::stod(m[4])};
 }
 
-struct GsRun {
-    int exitCode = -1;
-    std::string output; // standard output and error together
-};
-
 class Ghostscript : public testing::Test {
 protected:
     void SetUp() override {
@@ -48,8 +40,9 @@ protected:
         ASSERT_TRUE(m_dir.isValid());
     }
 
-    // Writes eps to a file and runs gs on it with device and the extra arguments.
-    GsRun run(const std::string& eps, const char* device, const QStringList& extra = {}) {
+    // Writes eps to a file, runs gs on it with device and the extra arguments, expects it to
+    // succeed and returns what it wrote on its standard output and error.
+    std::string run(const std::string& eps, const char* device, const QStringList& extra = {}) {
         const QString path = m_dir.filePath("drawing.eps");
         std::ofstream(path.toStdString(), std::ios::binary) << eps;
         QProcess gs;
@@ -57,12 +50,10 @@ protected:
         QStringList arguments{"-q", "-dNOPAUSE", "-dBATCH", "-dSAFER",
                               QString("-sDEVICE=") + device};
         gs.start(m_gs, arguments + extra + QStringList{path});
-        GsRun result;
-        if (!gs.waitForFinished(60000))
-            return result;
-        result.exitCode = gs.exitCode();
-        result.output = gs.readAll().toStdString();
-        return result;
+        const bool finished = gs.waitForFinished(60000);
+        const std::string output = gs.readAll().toStdString();
+        EXPECT_TRUE(finished && gs.exitCode() == 0) << device << ": " << output;
+        return output;
     }
 
     // Every check the suite makes of one EPS text.
@@ -71,10 +62,9 @@ protected:
             << what << ": every gsave has its grestore";
         const auto declared = boundingBox(eps);
         ASSERT_TRUE(declared) << what << ": no %%BoundingBox line";
-        const GsRun bbox = run(eps, "bbox");
-        EXPECT_EQ(bbox.exitCode, 0) << what << ": " << bbox.output;
-        const auto marked = boundingBox(bbox.output, "HiRes");
-        ASSERT_TRUE(marked) << what << ": gs reported no box: " << bbox.output;
+        const std::string bbox = run(eps, "bbox");
+        const auto marked = boundingBox(bbox, "HiRes");
+        ASSERT_TRUE(marked) << what << ": gs reported no box: " << bbox;
         EXPECT_LT(marked->left, marked->right) << what << ": something is drawn";
         // Marks on the declared edge (a clip edge there) may round a little beyond it.
         constexpr double rounding = 0.01;
@@ -83,9 +73,8 @@ protected:
         EXPECT_LE(marked->right, declared->right + rounding) << what;
         EXPECT_LE(marked->top, declared->top + rounding) << what;
         const QString png = m_dir.filePath("drawing.png");
-        const GsRun render = run(eps, "png16m", {"-r72", "-sOutputFile=" + png});
-        EXPECT_EQ(render.exitCode, 0) << what;
-        EXPECT_EQ(render.output, "") << what << ": Ghostscript reported a problem";
+        EXPECT_EQ(run(eps, "png16m", {"-r72", "-sOutputFile=" + png}), "")
+            << what << ": Ghostscript reported a problem";
         QImage image(png);
         EXPECT_FALSE(image.isNull()) << what;
     }
@@ -94,40 +83,27 @@ protected:
     QTemporaryDir m_dir;
 };
 
-// A drawing of 2000 x 1500 units placed on the letter page with a margin.
+// The sample drawing and what only the device draws, 2000 x 1500 units placed on the letter
+// page with a margin.
 std::string deviceDrawing(bool gray) {
     std::ostringstream out;
     ExportParameters parameters;
     parameters.setGrayScale(gray);
     EPSDevice d(nullptr, "job", out, parameters);
     d.open(DeviceRectangle(0, 0, 2000, 1500), DeviceRectangle(500, 500, 2500, 2000));
-    d.setColor(wsiRed), d.setPenStyle(wsiPenDashDot), d.setPenWidth(3);
-    d.drawLine(SheetPoint(100, 100), SheetPoint(900, 100));
-    d.setClipRect(DeviceRectangle(50, 50, 1900, 1400));
-    d.setColor(wsiBlue), d.setPenStyle(wsiPenSolid), d.setPenWidth(2);
-    d.drawLine(SheetPoint(-500, 1000), SheetPoint(3000, 1000));
-    d.drawCurve(SheetPoint(100, 800), SheetPoint(600, 1200));
-    d.drawEllipse(SheetRectangle(1000, 200, 1200, 400), false);
-    d.setColor(wsiPaleGreen), d.drawEllipse(SheetRectangle(1300, 200, 1500, 300), true);
-    d.fillRectangle(SheetRectangle(1300, 500, 1500, 600));
+    eps_test::drawSample(d);
+    d.setColor(wsiPaleGreen), d.fillRectangle(SheetRectangle(1300, 500, 1500, 600));
     DevicePoint arrow[] = {{200, 1300}, {800, 1300}};
     d.drawCappedPolylineUnTransformed(wsiLineCapArrow, wsiLineCapArrow, {40, 30}, 2, arrow);
-    d.setColor(wsiBlack);
     WsiFont font("Times", 14);
-    d.drawText("Text (with) \\ escapes \xA9\n", SheetPoint(300, 600), font);
-    font.setFamily("Unknown family");
-    font.setBold(true);
-    d.drawAlignedText("centred", SheetPoint(1000, 700), font, wsiAlignHCenter, wsiAlignVCenter);
+    d.setColor(wsiBlack), d.drawText("escapes \xA9\n", SheetPoint(300, 600), font);
     d.endPath(), d.close(), d.endOfPage();
     return out.str();
 }
 
-TEST_F(Ghostscript, DeviceDrawing_RendersWithoutErrorInsideItsBox) {
+TEST_F(Ghostscript, DeviceAndEngineDrawings_RenderWithoutErrorInsideTheirBoxes) {
     checkRendersInsideItsBox(deviceDrawing(false), "colour drawing");
     checkRendersInsideItsBox(deviceDrawing(true), "grey drawing");
-}
-
-TEST_F(Ghostscript, EngineDrawing_RendersWithoutErrorInsideItsBox) {
     std::ostringstream out;
     EPSEngine engine(nullptr, "job", out, ExportParameters());
     engine.open(DeviceRectangle(0, 0, 1000, 1000), DeviceRectangle(1000, 1000, 2000, 2000));
@@ -154,9 +130,9 @@ TEST_F(Ghostscript, Text_IsUprightAtItsBaselineAndAsWideAsMeasured) {
     // Capitals without descenders: the marks lie between the baseline and the cap height.
     const long advance = d.drawText("HIHIH", SheetPoint(500, 1000), font);
     d.close(), d.endOfPage();
-    const GsRun bbox = run(out.str(), "bbox");
-    const auto marked = boundingBox(bbox.output, "HiRes");
-    ASSERT_TRUE(marked) << bbox.output;
+    const std::string bbox = run(out.str(), "bbox");
+    const auto marked = boundingBox(bbox, "HiRes");
+    ASSERT_TRUE(marked) << bbox;
     // The baseline is 1000 units (200 points) below the top of the 792-point page.
     EXPECT_NEAR(marked->bottom, 592, 0.5) << "the glyphs stand on the baseline";
     EXPECT_NEAR(marked->top, 592 + 0.72 * 20, 1.0) << "upright, 20 points high (cap height)";

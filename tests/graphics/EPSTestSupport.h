@@ -1,56 +1,42 @@
-// What the EPS tests share: a device on a page of a chosen size whose primitives the tests
-// call directly, and the written text split into lines.
+// What the EPS tests share: a sample drawing and a count of one operator in the written text.
 #pragma once
 
 #include "graphics/EPSDevice.h"
 #include "graphics/EPSEngine.h"
+#include "graphics/SheetPoint.h"
+#include "graphics/SheetRectangle.h"
 
-#include <cctype>
-#include <sstream>
 #include <string>
-#include <vector>
 
 namespace eps_test {
 
-// An EPSDevice whose page (the deviceSize of the header) the test chooses.
-class PageDevice : public EPSDevice {
-public:
-    PageDevice(std::ostream& out, const ExportParameters& parameters, DevicePoint page)
-        : EPSDevice(nullptr, "test", out, parameters), m_page(page) {}
-    DevicePoint deviceSize() const override { return m_page; }
-
-    using EPSDevice::primitiveDrawAlignedText;
-    using EPSDevice::primitiveDrawText;
-    using EPSDevice::primitiveFilledRect;
-    using EPSDevice::primitiveLineTo;
-    using EPSDevice::primitiveMoveTo;
-    using EPSDevice::primitiveSetClipRect;
-    using EPSDevice::primitiveSetColor;
-    using EPSDevice::primitiveSetPenStyle;
-
-private:
-    DevicePoint m_page;
-};
-
-inline std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
-    return lines;
-}
-
-// The whole-word count of word in text.
+// How often word occurs in text (no operator the writers use is part of another).
 inline int countWord(const std::string& text, const std::string& word) {
     int count = 0;
-    const auto isWordChar = [](char c) { return std::isalnum(static_cast<unsigned char>(c)); };
-    for (std::size_t at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) {
-        const bool startOk = at == 0 || !isWordChar(text[at - 1]);
-        const std::size_t end = at + word.size();
-        const bool endOk = end == text.size() || !isWordChar(text[end]);
-        count += startOk && endOk ? 1 : 0;
-    }
+    for (std::size_t at = text.find(word); at != std::string::npos; at = text.find(word, at + 1))
+        ++count;
     return count;
+}
+
+// A drawing through the public operations of a device, touching every kind of text the
+// writer has: colours, dashes and widths, lines, polylines, polygons, a clip with the state
+// set again after it, curves, ellipses, text and aligned text.
+inline void drawSample(wsiDevice& d) {
+    d.setColor(wsiRed), d.setPenStyle(wsiPenDash), d.setPenWidth(3);
+    d.drawLine(SheetPoint(100, 100), SheetPoint(900, 100));
+    const SheetPoint zigzag[] = {{100, 200}, {200, 300}, {300, 200}, {400, 300}};
+    d.drawPolyline(4, zigzag);
+    d.setColor(wsiDarkGreen), d.drawRectangle(SheetRectangle(500, 500, 800, 700));
+    d.setClipRect(DeviceRectangle(50, 50, 2000, 1500));
+    d.setColor(wsiBlue), d.setPenStyle(wsiPenDot), d.setPenWidth(2);
+    d.drawLine(SheetPoint(0, 1000), SheetPoint(3000, 1000)); // clipped
+    d.drawCurve(SheetPoint(100, 800), SheetPoint(600, 1200));
+    d.drawEllipse(SheetRectangle(1000, 200, 1201, 400), false); // radius 100.25
+    d.setColor(wsiYellow), d.drawEllipse(SheetRectangle(1300, 200, 1500, 300), true);
+    WsiFont font("Helvetica", 12);
+    d.setColor(wsiPurple), d.drawText("Hello (EPS) \\ world", SheetPoint(300, 1300), font);
+    font.setItalic(true);
+    d.drawAlignedText("aligned", SheetPoint(1000, 1400), font, wsiAlignHCenter, wsiAlignBottom);
 }
 
 } // namespace eps_test

@@ -31,7 +31,7 @@ inline std::string fileDrawnBy(const std::function<void(MIFDevice&)>& draw,
 }
 
 // The line from (x1, y1) to (x2, y2), as a polyline of two device points.
-inline void line(MIFDevice& d, int x1, int y1, int x2, int y2) {
+inline void line(wsiDevice& d, int x1, int y1, int x2, int y2) {
     DevicePoint points[] = {{x1, y1}, {x2, y2}};
     d.drawPolylineUnTransformed(2, points);
 }

@@ -2,7 +2,6 @@
 // pdftoppm and into an SVG read back through Qt's renderer must agree at a few pixels.
 #include "graphics/QtFileDevice.h"
 
-#include <QDir>
 #include <QImage>
 #include <QProcess>
 #include <QStandardPaths>
@@ -24,36 +23,6 @@ void paintSample(Device& device) {
     device.setColor(wsiBlue);
     device.setPenWidth(6);
     device.drawLine(SheetPoint(130, 10), SheetPoint(130, 90));
-}
-
-QImage paintedImage() {
-    QImage image(v_width, v_height, QImage::Format_RGB32);
-    TqPainter painter(&image);
-    Device device(painter);
-    paintSample(device);
-    painter.end();
-    return image;
-}
-
-QImage svgImage(const QString& file) {
-    QImage image(v_width, v_height, QImage::Format_RGB32);
-    image.fill(Qt::white);
-    QSvgRenderer renderer(file);
-    QPainter painter(&image);
-    renderer.render(&painter);
-    return image;
-}
-
-QImage pdfImage(const QString& file, const QString& dir) {
-    const QString pdftoppm = QStandardPaths::findExecutable("pdftoppm");
-    if (pdftoppm.isEmpty()) {
-        ADD_FAILURE() << "pdftoppm is missing: scripts/install-deps installs poppler-utils";
-        return {};
-    }
-    const QString stem = dir + "/page";
-    const int rc = QProcess::execute(pdftoppm, {"-r", "96", "-png", "-singlefile", file, stem});
-    EXPECT_EQ(rc, 0);
-    return QImage(stem + ".png").convertToFormat(QImage::Format_RGB32);
 }
 
 // Close enough for anti-aliased renderers: every channel within 40.
@@ -79,20 +48,34 @@ TEST(QtFileDevice, PdfAndSvgReadBackLikeThePaintedImage) {
         paintSample(device);
         // Left open: the destructor finishes the file.
     }
-    const QImage expected = paintedImage();
+    QImage expected(v_width, v_height, QImage::Format_RGB32), fromSvg = expected.copy();
+    {
+        TqPainter painter(&expected);
+        Device device(painter);
+        paintSample(device);
+    }
+    fromSvg.fill(Qt::white);
+    QPainter painter(&fromSvg);
+    QSvgRenderer(svg).render(&painter);
+    painter.end();
+    const QString pdftoppm = QStandardPaths::findExecutable("pdftoppm");
+    ASSERT_FALSE(pdftoppm.isEmpty()) << "scripts/install-deps installs poppler-utils";
+    EXPECT_EQ(
+        QProcess::execute(pdftoppm, {"-r", "96", "-png", "-singlefile", pdf, dir.filePath("page")}),
+        0);
     const struct {
         const char* name;
         QImage image;
-    } outputs[] = {{"svg", svgImage(svg)}, {"pdf", pdfImage(pdf, dir.path())}};
+    } outputs[] = {{"svg", fromSvg},
+                   {"pdf", QImage(dir.filePath("page.png")).convertToFormat(QImage::Format_RGB32)}};
     const QPoint probes[] = {{50, 40},  {22, 22},  {78, 58}, {130, 50}, {130, 15},
                              {100, 40}, {170, 80}, {5, 5},   {50, 70}};
     for (const auto& output : outputs) {
         ASSERT_EQ(output.image.size(), expected.size()) << output.name;
-        for (const QPoint& p : probes) {
+        for (const QPoint& p : probes)
             EXPECT_TRUE(near(output.image.pixel(p), expected.pixel(p)))
                 << output.name << " at (" << p.x() << ", " << p.y() << "): " << std::hex
                 << output.image.pixel(p) << " against " << expected.pixel(p);
-        }
     }
 }
 

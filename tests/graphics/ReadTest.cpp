@@ -26,17 +26,17 @@ TEST(PointRead, TwoNumbersSetThePointAnythingElseLeavesItUnchanged) {
         bool ok;
         DevicePoint expected;
     } cases[] = {
+        // clang-format off
         {"two numbers", {{ST_NUMBER, "12"}, {ST_NUMBER, "-34"}}, true, {12, -34}},
         {"extra items ignored", {{ST_NUMBER, "1"}, {ST_NUMBER, "2"}, {ST_WORD, "x"}}, true, {1, 2}},
-        {"saturated to 32 bits",
-         {{ST_NUMBER, "99999999999"}, {ST_NUMBER, "-99999999999"}},
-         true,
+        {"saturated to 32 bits", {{ST_NUMBER, "99999999999"}, {ST_NUMBER, "-99999999999"}}, true,
          {2147483647, -2147483647 - 1}},
         {"fraction cut at the point", {{ST_NUMBER, "7.9"}, {ST_NUMBER, "3"}}, true, {7, 3}},
         {"word first", {{ST_WORD, "a"}, {ST_NUMBER, "2"}}, false, {5, 5}},
         {"string second", {{ST_NUMBER, "1"}, {ST_STRING, "2"}}, false, {5, 5}},
         {"one item only", {{ST_NUMBER, "1"}}, false, {5, 5}},
         {"empty", {}, false, {5, 5}}};
+    // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         auto element = elementOf(c.items);
