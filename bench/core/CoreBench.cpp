@@ -11,34 +11,14 @@
 #include "core/StringFunctions.h"
 #include "core/TqObject.h"
 
+#include "CountingAllocator.h"
+
 #include <benchmark/benchmark.h>
 
-#include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
-#include <new>
 #include <vector>
-
-namespace {
-std::atomic<long> v_allocations{0};
-} // namespace
-
-void* operator new(std::size_t size) {
-    v_allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size ? size : 1))
-        return p;
-    throw std::bad_alloc();
-}
-
-void operator delete(void* p) noexcept {
-    std::free(p);
-}
-
-void operator delete(void* p, std::size_t) noexcept {
-    std::free(p);
-}
 
 namespace {
 
@@ -74,10 +54,10 @@ void BM_RingFormattingVersusSnprintf(benchmark::State& state) {
         for (int i = 0; i < v_calls; ++i)
             snprintfRound(i, buffer);
         const auto t1 = Clock::now();
-        const long before = v_allocations.load();
+        const long before = allocationCount();
         for (int i = 0; i < v_calls; ++i)
             ringRound(i);
-        allocations += v_allocations.load() - before;
+        allocations += allocationCount() - before;
         const auto t2 = Clock::now();
         baselineTime += t1 - t0;
         ringTime += t2 - t1;
@@ -115,10 +95,10 @@ void BM_ChangedVersusDirectCalls(benchmark::State& state) {
                 d->update(model, aspectValue);
         }
         const auto t1 = Clock::now();
-        const long before = v_allocations.load();
+        const long before = allocationCount();
         for (int i = 0; i < v_calls; ++i)
             model.changed(aspectValue);
-        allocations += v_allocations.load() - before;
+        allocations += allocationCount() - before;
         const auto t2 = Clock::now();
         baselineTime += t1 - t0;
         changedTime += t2 - t1;

@@ -8,34 +8,14 @@
 #include "graphics/TqMatrix.h"
 #include "graphics/Transformation.h"
 
+#include "CountingAllocator.h"
+
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <cstdlib>
-#include <new>
 #include <random>
 #include <vector>
-
-namespace {
-std::atomic<long> v_allocations{0};
-} // namespace
-
-void* operator new(std::size_t size) {
-    v_allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size ? size : 1))
-        return p;
-    throw std::bad_alloc();
-}
-
-void operator delete(void* p) noexcept {
-    std::free(p);
-}
-
-void operator delete(void* p, std::size_t) noexcept {
-    std::free(p);
-}
 
 namespace {
 
@@ -78,10 +58,10 @@ void BM_PointRectangleOperations(benchmark::State& state) {
     SheetRectangle s;
     long allocations = 0;
     for (auto _ : state) {
-        const long before = v_allocations.load();
+        const long before = allocationCount();
         for (int i = 0; i < v_operations / 20; ++i)
             geometryRound(i, t, m, r, s);
-        allocations += v_allocations.load() - before;
+        allocations += allocationCount() - before;
     }
     state.counters["allocations"] = static_cast<double>(allocations);
     state.counters["operations"] =

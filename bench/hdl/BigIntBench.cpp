@@ -148,7 +148,7 @@ void Doubling_dec(benchmark::State& state) {
     const std::string bits = operandBits(0, state.range(0), false);
     std::string digits;
     for (auto _ : state) {
-        digits = "0";
+        digits.assign(1, '0');
         for (char bit : bits) {
             int carry = bit == '1';
             for (auto d = digits.rbegin(); d != digits.rend(); ++d) {

@@ -37,7 +37,8 @@ public:
                    (pick(2) ? "-" : "+") + std::to_string(pick(15));
             break;
         default:
-            out += "-" + std::to_string(pick(5000));
+            out += '-';
+            out += std::to_string(pick(5000));
             break;
         }
     }
@@ -102,7 +103,9 @@ public:
         default: // a bus with a quoted value per slice
             out += "Bus( ";
             identifier(out);
-            out += "[" + std::to_string(pick(64)) + ":0] ";
+            out += '[';
+            out += std::to_string(pick(64));
+            out += ":0] ";
             for (unsigned i = 0, n = 2 + pick(12); i < n; ++i) {
                 out += "slice(";
                 number(out);
