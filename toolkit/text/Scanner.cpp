@@ -642,6 +642,23 @@ template <class Reader>
     return finish(out, ST_STRING);
 }
 
+// A one-character token that takes the next character too when pairType gives the pair's
+// type for that character's class (ST_END: it does not pair, and is left unread).
+template <class Reader, class PairType>
+[[gnu::always_inline]] inline Scanner::Scanned
+Scanner::scanPair(Reader& in, TokenText& out, ScanType single, PairType pairType) {
+    int next = in.next();
+    if (Reader::gaveUp(next))
+        return Scanned::GaveUp;
+    ScanType paired = next >= 0 ? pairType(typeOf(static_cast<char>(next))) : ST_END;
+    if (paired != ST_END) {
+        out.put(static_cast<char>(next));
+        return finish(out, paired);
+    }
+    in.unread(next);
+    return finish(out, single);
+}
+
 // One token, or the white space before one; through an AreaReader it changes nothing but the
 // token buffer when it gives up.
 template <class Reader>
@@ -664,34 +681,17 @@ template <class Reader>
     case ST_LETTER:
         out.put(ch);
         return scanWord(in, out);
-    case ST_QUOTE: {
+    case ST_QUOTE:
         out.put(ch);
-        int base = in.next();
-        if (Reader::gaveUp(base))
-            return Scanned::GaveUp;
-        ScanType baseType = base >= 0 ? typeOf(static_cast<char>(base)) : ST_END;
-        if (scanTypeIsBase(baseType)) {
-            out.put(static_cast<char>(base));
-            return finish(out, baseType);
-        }
-        in.unread(base);
-        return finish(out, ST_QUOTE);
-    }
+        return scanPair(in, out, ST_QUOTE,
+                        [](ScanType next) { return scanTypeIsBase(next) ? next : ST_END; });
     case ST_DOUBLEQUOTE:
         return scanString(in, out);
-    case ST_AT: {
+    case ST_AT:
         out.put(ch);
-        int after = in.next();
-        if (Reader::gaveUp(after))
-            return Scanned::GaveUp;
-        ScanType afterType = after >= 0 ? typeOf(static_cast<char>(after)) : ST_END;
-        if (afterType == ST_MINUS || afterType == ST_SLASH) {
-            out.put(static_cast<char>(after));
-            return finish(out, afterType == ST_MINUS ? ST_AT_MINUS : ST_AT_SLASH);
-        }
-        in.unread(after);
-        return finish(out, ST_AT);
-    }
+        return scanPair(in, out, ST_AT, [](ScanType next) {
+            return next == ST_MINUS ? ST_AT_MINUS : next == ST_SLASH ? ST_AT_SLASH : ST_END;
+        });
     case ST_POINT: {
         int after = in.next();
         if (Reader::gaveUp(after))

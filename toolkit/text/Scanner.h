@@ -173,6 +173,8 @@ private:
     Scanned scanNumber(Reader& in, TokenText& out);
     template <class Reader>
     Scanned scanString(Reader& in, TokenText& out);
+    template <class Reader, class PairType>
+    Scanned scanPair(Reader& in, TokenText& out, ScanType single, PairType pairType);
 
     Token* m_token = nullptr;
     char* m_buffer = nullptr;
