@@ -1,17 +1,20 @@
-# tq_add_subsystem(NAME <name> [DEPENDS <subsystems below it>] SOURCES ...)
+# tq_add_subsystem(NAME <folder> [DEPENDS <folders below it>] SOURCES ...)
 #
-# Each subsystem folder of toolkit/ is an object library. It sees only its own headers and
-# those of the subsystems it depends on: its include root is a generated folder holding
-# links to exactly those subsystem folders, so an include that points the wrong way fails
-# to build instead of slipping through.
+# Each subsystem folder of toolkit/ (or layer folder inside one, such as graphics/device) is
+# an object library, tq_<folder> with '/' as '_'. It sees only its own headers and those of
+# the folders it depends on: its include root is a generated folder holding links to exactly
+# those folders, so an include that points the wrong way fails to build instead of slipping
+# through.
 function(tq_add_subsystem)
   cmake_parse_arguments(ARG "" "NAME" "DEPENDS;SOURCES;LIBRARIES" ${ARGN})
-  set(target tq_${ARG_NAME})
+  string(REPLACE "/" "_" name ${ARG_NAME})
+  set(target tq_${name})
   add_library(${target} OBJECT ${ARG_SOURCES})
-  set(view ${CMAKE_BINARY_DIR}/include-views/${ARG_NAME})
-  file(MAKE_DIRECTORY ${view})
+  set(view ${CMAKE_BINARY_DIR}/include-views/${name})
   foreach(sub ${ARG_NAME} ${ARG_DEPENDS})
     if(NOT EXISTS ${view}/${sub})
+      get_filename_component(parent ${view}/${sub} DIRECTORY)
+      file(MAKE_DIRECTORY ${parent})
       file(CREATE_LINK ${TQ_TOOLKIT_DIR}/${sub} ${view}/${sub} SYMBOLIC)
     endif()
   endforeach()

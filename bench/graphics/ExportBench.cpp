@@ -3,7 +3,7 @@
 // the same counting stream. An export writer's time is reported beside it.
 #include "ExportDrawing.h"
 
-#include "graphics/EPSDevice.h"
+#include "graphics/export/eps/EPSDevice.h"
 
 #include <benchmark/benchmark.h>
 

@@ -2,7 +2,7 @@
 // counting stream, the file assembled by close(). Compare with the std::to_chars baseline of
 // ExportBench.cpp, which formats the same segments' coordinates only.
 #include "ExportDrawing.h"
-#include "graphics/MIFDevice.h"
+#include "graphics/export/mif/MIFDevice.h"
 
 #include <benchmark/benchmark.h>
 

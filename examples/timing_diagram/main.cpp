@@ -6,12 +6,12 @@
 //
 //   timing_diagram [folder]      (default: the current folder)
 #include "core/TqObject.h"
-#include "graphics/Device.h"
-#include "graphics/EPSDevice.h"
-#include "graphics/ExportParameters.h"
-#include "graphics/MIFDevice.h"
-#include "graphics/QtFileDevice.h"
-#include "graphics/TqPainter.h"
+#include "graphics/device/Device.h"
+#include "graphics/export/eps/EPSDevice.h"
+#include "graphics/export/ExportParameters.h"
+#include "graphics/export/mif/MIFDevice.h"
+#include "graphics/export/QtFileDevice.h"
+#include "graphics/device/TqPainter.h"
 
 #include <QGuiApplication>
 #include <QImage>

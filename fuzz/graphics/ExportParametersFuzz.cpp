@@ -1,6 +1,6 @@
 // Reads export parameters from arbitrary settings text; whatever reads cleanly must write
 // back to a text that reads to the same parameters.
-#include "graphics/ExportParameters.h"
+#include "graphics/export/ExportParameters.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,8 +2,8 @@
 // application reads its stored geometry: every element of every "Shape" section, and every
 // element nested one level in it, is offered to the four read operations.
 #include "core/TqObject.h"
-#include "graphics/DeviceRectangle.h"
-#include "graphics/SheetRectangle.h"
+#include "graphics/geometry/DeviceRectangle.h"
+#include "graphics/geometry/SheetRectangle.h"
 #include "text/FileParser.h"
 
 #include <cstddef>
