@@ -17,6 +17,10 @@ TclServerHandler bound(Handler handler) {
     return static_cast<TclServerHandler>(handler);
 }
 
+// Set on a connection's thread when its script added a piece: pieces come as scripts of their
+// own, many in a row, and get no end reply, so the client need not read while it sends them.
+thread_local bool t_pieceAdded = false;
+
 constexpr const char* pendingScriptKey = "tqserver::pendingScript";
 
 // The script "chunk add" collects, kept with the interpreter and freed with it.
@@ -106,7 +110,7 @@ void ToolServer::scriptFailed(TclConnectionWithClient* connection, const char* s
 }
 
 void ToolServer::scriptEvaluated(TclConnectionWithClient* connection, int) {
-    if (!connection->done() && inSession(connection))
+    if (!std::exchange(t_pieceAdded, false) && !connection->done() && inSession(connection))
         connection->sendResp(TCS_END, TclConnectionWithClient::encodeResp(TCS_END));
 }
 
@@ -168,6 +172,7 @@ int ToolServer::chunkCmd(TclServerCommand* command) {
             return TCL_ERROR;
         }
         script.append(reinterpret_cast<const char*>(bytes), std::size_t(length));
+        t_pieceAdded = true;
         Tcl_ResetResult(interp);
         return TCL_OK;
     }

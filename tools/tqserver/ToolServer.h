@@ -27,7 +27,8 @@ public:
     int connectionTimeoutMilliseconds() override { return m_timeoutMilliseconds; }
     /// With a token, a connection's first script must be exactly "auth TOKEN".
     bool admitScript(TclConnectionWithClient* connection, const char* script) override;
-    /// Ends each script of a session with a "__TCS__END__" reply.
+    /// Ends each script of a session with a "__TCS__END__" reply, except a script that added
+    /// a piece of a long one.
     void scriptEvaluated(TclConnectionWithClient* connection, int code) override;
 
     /// Whether any client has connected since the server started.
