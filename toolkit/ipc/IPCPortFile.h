@@ -29,9 +29,9 @@ public:
     int lastWriteError() const { return m_lastWriteError; }
 
     /// Writes exactly "owner = %d\n" and "port = %d\n" (then "token = %s\n" when a token is
-    /// set). The file is readable and writable by
-    /// its owner only, and replaces an earlier one in one step (written beside it, then
-    /// renamed), so a reader never sees half a file. False when it cannot be written.
+    /// set). The file is readable and writable by its owner only, and replaces an earlier one
+    /// in one step (written beside it, then renamed), so a reader never sees half a file.
+    /// False when it cannot be written (lastWriteError() tells why).
     [[nodiscard]] bool writePortFile() const;
     /// Reads "key = value" lines in any order (lines up to 100 bytes, keys up to 20 and
     /// values up to 60); other keys are ignored. True only when the file exists and both

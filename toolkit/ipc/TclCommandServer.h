@@ -32,7 +32,7 @@ public:
     TclCommandServer(const TclCommandServer&) = delete;
     TclCommandServer& operator=(const TclCommandServer&) = delete;
 
-    /// --- Overridable operations, in slot order ---
+    // --- Overridable operations, in slot order ---
     /// Stops serving: the acceptor, the timer and every connection end (a script still running
     /// is cancelled), the servicing thread and every waiting sender are released, and a port
     /// file the server wrote is removed.
@@ -72,7 +72,7 @@ public:
 
     static const char* defaultServerName() { return "tclcmdserv"; }
 
-    /// --- Serving ---
+    // --- Serving ---
     /// Starts serving: lookForConnections(true). False when the socket could not be set up.
     [[nodiscard]] bool execute();
     /// Creates and starts the acceptor, and the connection timer when the application
@@ -101,7 +101,7 @@ public:
     /// TclConnectionWithClient::cancelEvaluation); safe from any thread.
     void cancelEvaluations();
 
-    /// --- Connections ---
+    // --- Connections ---
     /// Puts connection into the first free slot; false when all 16 are in use.
     [[nodiscard]] bool addConnection(TclConnectionWithClient* connection);
     /// Waits up to milliseconds until a slot is free or the server stops accepting; true when
@@ -122,7 +122,7 @@ public:
     /// The listening port, or 0 before the server listens.
     int port() const;
 
-    /// --- Responses ---
+    // --- Responses ---
     /// To the connection of the command whose handler runs on the calling thread (else of the
     /// current command); nothing when there is none.
     void sendResp(TclServerRespType type, const char* text);
@@ -134,12 +134,12 @@ public:
     void setClientBroadcast(bool broadcast, TclConnectionWithClient* connection);
     bool getClientBroadcast(TclConnectionWithClient* connection) const;
 
-    /// --- Built-in commands ---
+    // --- Built-in commands ---
     int exitCmd(TclServerCommand* command);
     int beepCmd(TclServerCommand* command);
     int disconnectCmd(TclServerCommand* command);
 
-    /// --- Settings and state ---
+    // --- Settings and state ---
     /// The port file is not owned; it must outlive the server's listening.
     void setIPCPortFile(IPCPortFile* portFile) { m_portFile = portFile; }
     IPCPortFile* getIPCPortFile() const { return m_portFile; }

@@ -122,6 +122,7 @@ bool TclConnectionWithClient::receiveData() {
         return false;
     }
     IPCSocketSource source(m_socket);
+    errno = 0; // a hang-up ends a read without setting it
     const FrameResult frame = readFrame(source, m_buffer, receiveCapacity);
     const int readError = errno;
     noteActivity();
