@@ -127,7 +127,7 @@ Parsed parseOptions(int argc, char** argv, Options& options, std::string& proble
 // One loopback connection to the server, with framed requests and replies.
 class Connection {
 public:
-    enum Status { Reply, TimedOut, Ended, Foreign };
+    enum Status { Reply, TimedOut, Ended, Reset, Foreign };
 
     explicit Connection(int port) : m_socket(piSocket::connectLoopback(port)) {}
     ~Connection() { piSocket::close(m_socket); }
@@ -158,7 +158,9 @@ public:
             return TimedOut;
         char header[IPCHeader::size];
         const long got = ready < 0 ? -1 : piSocket::receiveAll(m_socket, header, sizeof header);
-        if (got <= 0)
+        if (got < 0)
+            return Reset;
+        if (got == 0)
             return Ended;
         if (got != long(sizeof header))
             return Foreign;
@@ -202,6 +204,19 @@ int fail(Exit status, const std::string& message) {
     return status;
 }
 
+// Whether script ends with a command that ends the session: the server then closes the
+// connection instead of finishing the script with a reply.
+bool endsSession(const std::string& script) {
+    const std::string separators = " \t\r\n;";
+    const std::size_t end = script.find_last_not_of(separators);
+    if (end == std::string::npos)
+        return false;
+    const std::size_t before = script.find_last_of(separators, end);
+    const std::size_t start = before == std::string::npos ? 0 : before + 1;
+    const std::string last = script.substr(start, end + 1 - start);
+    return last == "quit" || last == "exit" || last == "disconnect" || last == "shutdown";
+}
+
 const std::string errorMarker = "__TCS__ERROR__ ", endMarker = "__TCS__END__";
 
 // Sends the scripts over a session: each ends with an end reply, and a failure comes as its
@@ -237,10 +252,11 @@ int sendInSession(Connection& connection, const Options& options, bool chunks) {
             case Connection::Foreign:
                 return fail(NotAServer, "the peer is not a command server");
             case Connection::Ended:
-                // The last script may end the session itself ("quit", "shutdown").
-                if (n + 1 == options.scripts.size() && !failed)
+                if (n + 1 == options.scripts.size() && !failed && endsSession(script))
                     return status;
                 return fail(ConnectionLost, "the server closed the connection during " + which);
+            case Connection::Reset:
+                return fail(ConnectionLost, "the connection was reset during " + which);
             case Connection::Reply:
                 break;
             }
@@ -280,8 +296,10 @@ int sendBare(Connection& connection, const Options& options) {
                 break;
             if (got == Connection::Foreign)
                 return fail(NotAServer, "the peer is not a command server");
+            if (got == Connection::Reset)
+                return fail(ConnectionLost, "the connection was reset during " + which);
             if (got == Connection::Ended)
-                return n + 1 == options.scripts.size()
+                return n + 1 == options.scripts.size() && endsSession(options.scripts[n])
                            ? status
                            : fail(ConnectionLost,
                                   "the server closed the connection during " + which);
@@ -334,6 +352,7 @@ int main(int argc, char** argv) {
     case Connection::Foreign:
         return fail(NotAServer, "the peer is not a command server");
     case Connection::Ended:
+    case Connection::Reset:
         return fail(ConnectionLost, "the server closed the connection (it may be full)");
     case Connection::Reply:
         break;
