@@ -60,3 +60,26 @@ TEST(IPCPortFile, Read_AcceptsBothKeysInAnyOrderAndNothingLess) {
     EXPECT_FALSE(unnamed.readPortFile());
     EXPECT_STREQ(unnamed.fileName(), "");
 }
+
+// The token is a third line after the two that readers of the plain form know, so they still
+// accept the file; the reader takes it when present and clears it when absent.
+TEST(IPCPortFile, Token_IsAThirdLineThatPlainReadersSkip) {
+    const std::string path = ::testing::TempDir() + "tq_token.port";
+    IPCPortFile written(path.c_str());
+    written.setOwner(2);
+    written.setPort(4242);
+    written.setToken("0123456789abcdef");
+    ASSERT_TRUE(written.writePortFile());
+    EXPECT_EQ(readText(path), "owner = 2\nport = 4242\ntoken = 0123456789abcdef\n");
+    IPCPortFile read(path.c_str());
+    ASSERT_TRUE(read.readPortFile());
+    EXPECT_EQ(std::string(read.token()), "0123456789abcdef");
+    writeText(path, "owner = 2\nport = 4242\n");
+    ASSERT_TRUE(read.readPortFile());
+    EXPECT_EQ(std::string(read.token()), "");
+    EXPECT_EQ(written.lastWriteError(), 0);
+    IPCPortFile unwritable("/nonexistent-directory/x.port");
+    EXPECT_FALSE(unwritable.writePortFile());
+    EXPECT_EQ(unwritable.lastWriteError(), ENOENT);
+    std::remove(path.c_str());
+}

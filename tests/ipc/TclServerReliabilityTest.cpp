@@ -92,3 +92,85 @@ TEST_F(TclServerReliability, ClientThatNeverReads_IsDroppedAndOthersAreStillServ
     writer.join();
     EXPECT_EQ(polite.request("beep"), beeped);
 }
+
+// Clients that connect, ask once and hang up, as fast as they can, never more than 16 alive at
+// once: a client that just left holds its slot until its "quit" is serviced, and a newcomer
+// waits for that instead of being refused.
+// 4000 connections per case keep each case near ten seconds on a busy two-core machine.
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+constexpr int connectionsPerCase = 400; // the sanitizers make each connection ten times dearer
+#else
+constexpr int connectionsPerCase = 4000;
+#endif
+
+class ShortConnections : public ServerTest, public ::testing::WithParamInterface<int> {};
+
+TEST_P(ShortConnections, AreNeverRefusedWhileAtMostSixteenAreAlive) {
+    const int clients = GetParam(), connectionsPerClient = connectionsPerCase / clients;
+    std::atomic<int> refused{0};
+    std::vector<std::thread> threads;
+    for (int client = 0; client < clients; ++client)
+        threads.emplace_back([&, connectionsPerClient] {
+            for (int i = 0; i < connectionsPerClient; ++i)
+                refused += RawClient(server.port()).request("beep") != beeped;
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(refused.load(), 0) << "of " << clients * connectionsPerClient;
+    EXPECT_EQ(system.beeps.load(), clients * connectionsPerClient);
+}
+
+INSTANTIATE_TEST_SUITE_P(TclServerReliability, ShortConnections, ::testing::Values(8, 16));
+
+// Sixteen clients that connect and send nothing, one of them half a script, are let go after
+// the idle limit, and the slots serve new clients again.
+TEST_F(TclServerReliability, IdleClients_AreClosedAfterTheIdleLimitAndNewClientsServed) {
+    server.setIdleTimeout(300);
+    std::vector<std::unique_ptr<RawClient>> idle;
+    for (int i = 0; i < TclCommandServer::maxConnections; ++i) {
+        idle.push_back(std::make_unique<RawClient>(server.port()));
+        ASSERT_TRUE(eventually([&] { return server.numConnections() == i + 1; }));
+    }
+    ASSERT_TRUE(idle[0]->sendBytes(RawClient::lengthPrefix(10) + "bee"));
+    for (auto& client : idle)
+        EXPECT_TRUE(client->closedByServer());
+    EXPECT_TRUE(eventually([&] { return server.numConnections() == 0; }));
+    RawClient fresh(server.port());
+    EXPECT_EQ(fresh.request("beep"), beeped);
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    EXPECT_EQ(fresh.request("beep"), beeped) << "activity restarts the idle time";
+}
+
+// A script over the time limit fails (catch cannot hold it up) and the next script gets a fresh
+// limit.
+TEST_F(TclServerReliability, RunawayScript_IsStoppedByTheTimeLimit) {
+    server.setScriptTimeLimit(200);
+    RawClient client(server.port());
+    for (const char* script : {"while 1 {}", "catch {while 1 {}}; beep", "after 5000"}) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(client.request(script), "Bad command") << script;
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2)) << script;
+        EXPECT_EQ(server.lastError(), "time limit exceeded") << script;
+        EXPECT_EQ(client.request("beep"), beeped) << script;
+    }
+}
+
+// Stopping the server cancels the scripts that are running, even those that catch errors, and
+// returns within a second.
+TEST_F(TclServerReliability, Stop_CancelsRunningScripts) {
+    RawClient spinning(server.port()), catching(server.port()), waiting(server.port());
+    ASSERT_TRUE(spinning.sendScript("while 1 {}"));
+    ASSERT_TRUE(catching.sendScript("while 1 {catch {while 1 {}}}"));
+    ASSERT_TRUE(waiting.sendScript("beep; after 60000"));
+    ASSERT_EQ(waiting.replyText(), beeped);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    const auto start = std::chrono::steady_clock::now();
+    server.stop();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    for (RawClient* client : {&spinning, &catching, &waiting}) {
+        // A script cancelled before its socket was shut may still be answered "Bad command".
+        const std::string reply = client->replyText(1000);
+        EXPECT_TRUE(reply == "<closed>" || (reply == "Bad command" && client->closedByServer()))
+            << reply;
+    }
+}

@@ -1,5 +1,6 @@
 #include "ipc/TclCommandServer.h"
 
+#include "core/DebugPrint.h"
 #include "core/appiApplication.h"
 #include "core/platform/piSystem.h"
 #include "ipc/IPCPortFile.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <poll.h>
 #include <tcl.h>
@@ -78,6 +80,12 @@ void TclCommandServer::connectionHasBeenRemoved(TclConnectionWithClient*) {}
 int TclCommandServer::acceptsConnection(unsigned int) {
     return 1;
 }
+
+bool TclCommandServer::admitScript(TclConnectionWithClient*, const char*) {
+    return true;
+}
+
+void TclCommandServer::scriptEvaluated(TclConnectionWithClient*, int) {}
 
 // --- Serving ---
 
@@ -205,12 +213,14 @@ void TclCommandServer::syncWaitForCommand() {
 
 int TclCommandServer::asyncWaitForCommand(bool block) {
     m_pollingThread = std::this_thread::get_id();
+    const int handled = serviceReadyConnections(block ? m_pollInterval : 0, true);
+    closeIdleConnections();
+    return handled;
+}
+
+int TclCommandServer::serviceReadyConnections(long milliseconds, bool accept) {
     std::vector<pollfd> sockets;
     std::vector<TclConnectionWithClient*> owners;
-    if (m_acceptor && acceptingConnection()) {
-        sockets.push_back({static_cast<int>(m_acceptor->listeningSocket()), POLLIN, 0});
-        owners.push_back(nullptr);
-    }
     {
         std::lock_guard lock(m_connectionsMutex);
         for (TclConnectionWithClient* connection : m_connections) {
@@ -220,7 +230,13 @@ int TclCommandServer::asyncWaitForCommand(bool block) {
             }
         }
     }
-    const int ready = ::poll(sockets.data(), sockets.size(), block ? int(m_pollInterval) : 0);
+    // The listening socket comes last: a client that hung up then gives up its slot before
+    // a new one is let in.
+    if (accept && m_acceptor && acceptingConnection()) {
+        sockets.push_back({static_cast<int>(m_acceptor->listeningSocket()), POLLIN, 0});
+        owners.push_back(nullptr);
+    }
+    const int ready = ::poll(sockets.data(), sockets.size(), int(milliseconds));
     if (ready < 0) {
         const int error = getLastSocketError();
         if (error == EINTR)
@@ -241,6 +257,24 @@ int TclCommandServer::asyncWaitForCommand(bool block) {
             acceptPending();
     }
     return handled;
+}
+
+void TclCommandServer::closeIdleConnections() {
+    const long limit = idleTimeout();
+    if (limit <= 0)
+        return;
+    std::vector<TclConnectionWithClient*> idle;
+    {
+        std::lock_guard lock(m_connectionsMutex);
+        for (TclConnectionWithClient* connection : m_connections) {
+            if (connection && connection->idleMilliseconds() >= limit)
+                idle.push_back(connection);
+        }
+    }
+    for (TclConnectionWithClient* connection : idle) {
+        Printf(DBG_INFO, "\nTclCommandServer closing a connection idle for %ld msec\n", limit);
+        removeConnection(connection);
+    }
 }
 
 void TclCommandServer::executeCurrentCommand() {
@@ -268,6 +302,15 @@ void TclCommandServer::requestStop() {
     for (TclServerCommand* command : m_pending)
         finishedSignalOf(command).vSendAll();
     m_commandMutex.vRelease();
+    cancelEvaluations();
+}
+
+void TclCommandServer::cancelEvaluations() {
+    std::lock_guard lock(m_connectionsMutex);
+    for (TclConnectionWithClient* connection : m_connections) {
+        if (connection)
+            connection->cancelEvaluation();
+    }
 }
 
 void TclCommandServer::assertNotInHandler([[maybe_unused]] const char* operation) const {
@@ -279,7 +322,17 @@ void TclCommandServer::acceptPending() {
     TclConnectionWithClient* connection = m_acceptor->waitForConnection();
     if (!connection)
         return;
-    if (!addConnection(connection)) {
+    // Without threads a client that hung up is noticed only by servicing its socket: do that,
+    // for up to the slot wait, before refusing the new one.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(m_slotWait);
+    bool added = addConnection(connection);
+    while (!added && std::chrono::steady_clock::now() < deadline && !done()) {
+        serviceReadyConnections(std::min(m_pollInterval, m_slotWait), false);
+        added = addConnection(connection);
+    }
+    if (!added) {
+        Printf(DBG_INFO, "\nTclCommandServer refused a connection: all %d slots in use\n",
+               maxConnections);
         delete connection;
         return;
     }
@@ -314,6 +367,7 @@ void TclCommandServer::removeConnection(TclConnectionWithClient* connection) {
         --m_numConnections;
         m_reapList.push_back(connection);
     }
+    m_slotFreed.notify_all();
     connection->setDone(true);
     connection->shutdownSocket();
     connectionHasBeenRemoved(connection);
@@ -334,6 +388,21 @@ void TclCommandServer::removeAllConnections() {
     reapConnections(false);
 }
 
+bool TclCommandServer::waitForFreeSlot(long milliseconds) {
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    std::unique_lock lock(m_connectionsMutex);
+    // Woken by each removal; a stop is seen within a poll interval.
+    while (m_numConnections >= maxConnections) {
+        const auto now = std::chrono::steady_clock::now();
+        if (!acceptingConnection() || now >= deadline)
+            return false;
+        m_slotFreed.wait_until(lock,
+                               std::min(deadline, now + std::chrono::milliseconds(m_pollInterval)));
+    }
+    return true;
+}
+
 void TclCommandServer::reapConnections() {
     reapConnections(false);
 }
@@ -349,9 +418,16 @@ void TclCommandServer::reapConnections(bool wait) {
         finished.assign(ended, m_reapList.end());
         m_reapList.erase(ended, m_reapList.end());
     }
-    // Deleting waits for a thread only when asked to; a finished thread is just joined.
-    for (TclConnectionWithClient* connection : finished)
+    // Deleting waits for a thread only when asked to; a finished thread is just joined. A
+    // thread still evaluating a script is cancelled until it ends: a cancel that reaches
+    // the interpreter just before an evaluation begins is forgotten by Tcl, so it is repeated.
+    for (TclConnectionWithClient* connection : finished) {
+        while (!connection->threadFinished()) {
+            connection->cancelEvaluation();
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
         delete connection;
+    }
 }
 
 int TclCommandServer::numConnections() const {

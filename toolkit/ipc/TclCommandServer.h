@@ -1,7 +1,7 @@
-// TclCommandServer: the abstract Tcl command server. It accepts up to 16 loopback clients,
-// gives each a connection with its own interpreter, and hands the commands that touch
-// application state to one servicing thread, one at a time. The application derives from
-// it, adds its commands and supplies the connection-timeout policy.
+/// TclCommandServer: the abstract Tcl command server. It accepts up to 16 loopback clients,
+/// gives each a connection with its own interpreter, and hands the commands that touch
+/// application state to one servicing thread, one at a time. The application derives from
+/// it, adds its commands and supplies the connection-timeout policy.
 #pragma once
 
 #include "core/TqExport.h"
@@ -10,6 +10,7 @@
 #include "ipc/TclServerCommand.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <thread>
@@ -23,98 +24,113 @@ class TQ_EXPORT TclCommandServer : public TqObject {
 public:
     static constexpr int maxConnections = 16;
 
-    // Whether the server uses threads is decided here, from the application's flags.
+    /// Whether the server uses threads is decided here, from the application's flags.
     TclCommandServer();
-    // A derived server calls remove() in its own destructor, while its overrides still
-    // exist: the acceptor thread calls them until it is stopped.
+    /// A derived server calls remove() in its own destructor, while its overrides still
+    /// exist: the acceptor thread calls them until it is stopped.
     ~TclCommandServer() override;
     TclCommandServer(const TclCommandServer&) = delete;
     TclCommandServer& operator=(const TclCommandServer&) = delete;
 
     // --- Overridable operations, in slot order ---
-    // Stops serving: the acceptor, the timer and every connection end, the servicing thread
-    // and every waiting sender are released, and a port file the server wrote is removed.
-    // Must not be called from a command handler (set done() there instead). Without threads
-    // it runs on the polling thread, since the connections' interpreters belong to it.
+    /// Stops serving: the acceptor, the timer and every connection end (a script still running
+    /// is cancelled), the servicing thread and every waiting sender are released, and a port
+    /// file the server wrote is removed.
+    /// Must not be called from a command handler (set done() there instead). Without threads
+    /// it runs on the polling thread, since the connections' interpreters belong to it.
     virtual void remove();
-    // Registers the commands of a new connection; the base registers "beep", "disconnect",
-    // "exit" and "quit".
+    /// Registers the commands of a new connection; the base registers "beep", "disconnect",
+    /// "exit" and "quit".
     virtual void addCommands(TclConnectionWithClient* connection);
-    // The server's name, static: defaultServerName() ("tclcmdserv").
+    /// The server's name, static: defaultServerName() ("tclcmdserv").
     virtual const char* serverName() const { return defaultServerName(); }
-    // Creates the connection for an accepted socket (owned by the server from then on).
+    /// Creates the connection for an accepted socket (owned by the server from then on).
     virtual TclConnectionWithClient* newConnection(unsigned int socket);
-    // Told on the removing thread after a connection left its slot; empty by default.
+    /// Told on the removing thread after a connection left its slot; empty by default.
     virtual void connectionHasBeenRemoved(TclConnectionWithClient* connection);
-    // 1 when an accepted socket may become a connection (the default), 0 to refuse it.
-    // Runs on the acceptor thread.
+    /// 1 when an accepted socket may become a connection (the default), 0 to refuse it.
+    /// Runs on the acceptor thread.
     virtual int acceptsConnection(unsigned int socket);
-    // Told once the server listens, with its port, on the thread that called execute().
+    /// Told once the server listens, with its port, on the thread that called execute().
     virtual void serverIsListening(int port) = 0;
-    // The command to run when no client is connected once the timeout has passed, or null
-    // for no timer. The command must live as long as the server.
+    /// The command to run when no client is connected once the timeout has passed, or null
+    /// for no timer. The command must live as long as the server.
     virtual TclServerCommand* connectionTimeoutCommand() = 0;
-    // Told on the connection's thread when a script failed in Tcl, before "Bad command" is
-    // sent; errorText is the interpreter's result. Must be thread-safe.
+    /// Told on the connection's thread when a script failed in Tcl, before "Bad command" is
+    /// sent; errorText is the interpreter's result. Must be thread-safe.
     virtual void scriptFailed(TclConnectionWithClient* connection, const char* script,
                               const char* errorText) = 0;
-    // The connection timeout in milliseconds.
+    /// The connection timeout in milliseconds.
     virtual int connectionTimeoutMilliseconds() = 0;
+    /// Asked on the connection's thread before a received script is evaluated; false answers
+    /// it "Bad command" and ends the connection without evaluating anything. Admits every
+    /// script by default. Must be thread-safe.
+    virtual bool admitScript(TclConnectionWithClient* connection, const char* script);
+    /// Told on the connection's thread after a script was evaluated and any "Bad command"
+    /// sent, with its Tcl code; empty by default. Must be thread-safe.
+    virtual void scriptEvaluated(TclConnectionWithClient* connection, int code);
 
     static const char* defaultServerName() { return "tclcmdserv"; }
 
     // --- Serving ---
-    // Starts serving: lookForConnections(true). False when the socket could not be set up.
+    /// Starts serving: lookForConnections(true). False when the socket could not be set up.
     [[nodiscard]] bool execute();
-    // Creates and starts the acceptor, and the connection timer when the application
-    // asks for one. False when the listening socket could not be set up.
+    /// Creates and starts the acceptor, and the connection timer when the application
+    /// asks for one. False when the listening socket could not be set up.
     [[nodiscard]] bool lookForConnections(bool isBlocking);
-    // Services one command: syncWaitForCommand() with threads, else asyncWaitForCommand(true).
+    /// Services one command: syncWaitForCommand() with threads, else asyncWaitForCommand(true).
     void waitForCommand();
-    // On a connection thread: hands command to the servicing thread and waits until it ran.
-    // Returns its result, or TCL_ERROR when the server stopped first.
+    /// On a connection thread: hands command to the servicing thread and waits until it ran.
+    /// Returns its result, or TCL_ERROR when the server stopped first.
     int syncSendCommand(TclServerCommand* command);
-    // Runs command on the calling thread and returns its result.
+    /// Runs command on the calling thread and returns its result.
     int asyncSendCommand(TclServerCommand* command);
-    // On the servicing thread: waits for a handed-over command (or done()) and runs it.
+    /// On the servicing thread: waits for a handed-over command (or done()) and runs it.
     void syncWaitForCommand();
-    // Without threads: waits up to the poll interval (block) or not at all for a client or a
-    // script, accepts or services each that is ready. Returns how many were handled, -1 when
-    // the wait failed.
+    /// Without threads: waits up to the poll interval (block) or not at all for a client or a
+    /// script, accepts or services each that is ready. Returns how many were handled, -1 when
+    /// the wait failed.
     int asyncWaitForCommand(bool block);
     void executeCurrentCommand();
     void executeCommand(TclServerCommand* command);
 
-    // Wakes the servicing thread and every waiting sender and marks the server done; safe
-    // from any thread and from signal-watching threads, but not from a command handler.
+    /// Wakes the servicing thread and every waiting sender and marks the server done; safe
+    /// from any thread and from signal-watching threads, but not from a command handler.
     void requestStop();
+    /// Cancels the script each connection is evaluating (see
+    /// TclConnectionWithClient::cancelEvaluation); safe from any thread.
+    void cancelEvaluations();
 
     // --- Connections ---
-    // Puts connection into the first free slot; false when all 16 are in use.
+    /// Puts connection into the first free slot; false when all 16 are in use.
     [[nodiscard]] bool addConnection(TclConnectionWithClient* connection);
-    // Takes connection out of its slot, tells connectionHasBeenRemoved and queues it for
-    // reaping; does nothing for a connection that is not in a slot.
+    /// Waits up to milliseconds until a slot is free or the server stops accepting; true when
+    /// one is free. A client that hung up keeps its slot until its "quit" has been serviced,
+    /// so a client arriving just after may find every slot taken for that moment.
+    bool waitForFreeSlot(long milliseconds);
+    /// Takes connection out of its slot, tells connectionHasBeenRemoved and queues it for
+    /// reaping; does nothing for a connection that is not in a slot.
     void removeConnection(TclConnectionWithClient* connection);
     void removeAllConnections();
-    // Deletes the removed connections whose threads have ended.
+    /// Deletes the removed connections whose threads have ended.
     void reapConnections();
     int numConnections() const;
-    // The number of connections removed but not yet deleted.
+    /// The number of connections removed but not yet deleted.
     int numConnectionsAwaitingReaping() const;
     bool acceptingConnection() const;
     void acceptorDied();
-    // The listening port, or 0 before the server listens.
+    /// The listening port, or 0 before the server listens.
     int port() const;
 
     // --- Responses ---
-    // To the connection of the command whose handler runs on the calling thread (else of the
-    // current command); nothing when there is none.
+    /// To the connection of the command whose handler runs on the calling thread (else of the
+    /// current command); nothing when there is none.
     void sendResp(TclServerRespType type, const char* text);
     void sendCmdResp(TclServerRespType type, const char* text, TclServerCommand* command);
     void sendStr(const char* text) { sendResp(TCS_RESULT, text); }
-    // To every connection whose broadcast flag is set.
+    /// To every connection whose broadcast flag is set.
     void broadcast(TclServerRespType type, const char* text);
-    // On connection or, when it is null, on the connection sendResp would answer.
+    /// On connection or, when it is null, on the connection sendResp would answer.
     void setClientBroadcast(bool broadcast, TclConnectionWithClient* connection);
     bool getClientBroadcast(TclConnectionWithClient* connection) const;
 
@@ -124,38 +140,50 @@ public:
     int disconnectCmd(TclServerCommand* command);
 
     // --- Settings and state ---
-    // The port file is not owned; it must outlive the server's listening.
+    /// The port file is not owned; it must outlive the server's listening.
     void setIPCPortFile(IPCPortFile* portFile) { m_portFile = portFile; }
     IPCPortFile* getIPCPortFile() const { return m_portFile; }
-    // Deletes the port file and forgets it in the signal handler.
+    /// Deletes the port file and forgets it in the signal handler.
     void removeIPCPortFile();
-    // True unless the application disabled threads when the server was created.
+    /// True unless the application disabled threads when the server was created.
     bool usingThreads() const { return m_usingThreads; }
-    // Gives each new connection a safe interpreter (no file, process or socket commands).
+    /// Gives each new connection a safe interpreter (no file, process or socket commands).
     void setSafeInterpreters(bool safe) { m_safeInterpreters = safe; }
     bool safeInterpreters() const { return m_safeInterpreters; }
-    // How long the acceptor and the polling mode wait in one go, in milliseconds (100).
+    /// How long the acceptor and the polling mode wait in one go, in milliseconds (100).
     void setPollInterval(long milliseconds) { m_pollInterval = milliseconds; }
     long pollInterval() const { return m_pollInterval; }
-    // How long a reply may wait for a client that does not read, in milliseconds (5000).
+    /// How long a reply may wait for a client that does not read, in milliseconds (5000).
     void setSendTimeout(long milliseconds) { m_sendTimeout = milliseconds; }
     long sendTimeout() const { return m_sendTimeout; }
+    /// How long the acceptor waits for a slot to come free before it refuses a client, in
+    /// milliseconds (1000); 0 refuses at once.
+    void setSlotWait(long milliseconds) { m_slotWait = milliseconds; }
+    long slotWait() const { return m_slotWait; }
+    /// A connection that sends no script for this long is closed, in milliseconds; 0 (the
+    /// default) keeps idle connections for ever. Taken by connections accepted from now on.
+    void setIdleTimeout(long milliseconds) { m_idleTimeout = milliseconds; }
+    long idleTimeout() const { return m_idleTimeout.load(); }
+    /// A script that runs longer than this is cancelled by Tcl's time limit and answered "Bad
+    /// command", in milliseconds; 0 (the default) lets scripts run as long as they take.
+    void setScriptTimeLimit(long milliseconds) { m_scriptTimeLimit = milliseconds; }
+    long scriptTimeLimit() const { return m_scriptTimeLimit.load(); }
 
     ProtectedResource& commandMutex() { return m_commandMutex; }
     SyncSignal& requestSignal() { return m_requestSignal; }
     SyncSignal& doneSignal() { return m_doneSignal; }
-    // The command the servicing thread runs now; read under the command mutex, or by the
-    // running handler itself.
+    /// The command the servicing thread runs now; read under the command mutex, or by the
+    /// running handler itself.
     TclServerCommand* currentCommand() const { return m_currentCommand; }
-    // How many handed-over commands wait for the servicing thread; read under the mutex.
+    /// How many handed-over commands wait for the servicing thread; read under the mutex.
     int pendingCommands() const { return static_cast<int>(m_pending.size()); }
     bool done() const { return m_done.load(); }
     void setDone(bool done) { m_done = done; }
     void setAsyncBreak(bool asyncBreak) { m_asyncBreak = asyncBreak; }
     bool getAsyncBreak() const { return m_asyncBreak.load(); }
 
-    // Connections count themselves here; the server outlives them, since remove() deletes
-    // every connection before the server goes.
+    /// Connections count themselves here; the server outlives them, since remove() deletes
+    /// every connection before the server goes.
     void addReference() { ++m_references; }
     void removeReference() { --m_references; }
     int references() const { return m_references.load(); }
@@ -164,7 +192,9 @@ private:
     TclServerCommand* runningCommand() const;
     TclConnectionWithClient* targetOf(TclConnectionWithClient* connection) const;
     void acceptPending();
+    int serviceReadyConnections(long milliseconds, bool accept);
     void reapConnections(bool wait);
+    void closeIdleConnections();
     void assertNotInHandler(const char* operation) const;
     SyncSignal& finishedSignalOf(TclServerCommand* command);
 
@@ -176,11 +206,12 @@ private:
     TclConnectionWithClient* m_connections[maxConnections] = {};
     int m_numConnections = 0;
     std::vector<TclConnectionWithClient*> m_reapList;
+    std::condition_variable_any m_slotFreed; // on m_connectionsMutex
 
     ProtectedResource m_commandMutex{"TclCommandServer"};
     SyncSignal m_requestSignal{m_commandMutex};
-    // Tells the senders of commands without a connection (the timer) that theirs ran; a
-    // connection's sender waits on the connection's own signal, so only it is woken.
+    /// Tells the senders of commands without a connection (the timer) that theirs ran; a
+    /// connection's sender waits on the connection's own signal, so only it is woken.
     SyncSignal m_doneSignal{m_commandMutex};
     std::deque<TclServerCommand*> m_pending; // handed over, in order of arrival
     std::mutex m_servicingMutex;             // one servicing cycle at a time
@@ -197,4 +228,7 @@ private:
     bool m_safeInterpreters = false;
     long m_pollInterval = 100;
     long m_sendTimeout = 5000;
+    long m_slotWait = 1000;
+    std::atomic<long> m_idleTimeout{0};
+    std::atomic<long> m_scriptTimeLimit{0};
 };

@@ -8,6 +8,7 @@
 
 #include <cassert>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <mutex>
 #include <string>
@@ -31,6 +32,7 @@ const char* const responseMarkers[] = {
 TclConnectionWithClient::TclConnectionWithClient(TclCommandServer* server, unsigned int socket)
     : ThreadMainObject(!server->usingThreads()), m_server(server), m_socket(socket),
       m_ostrm(socket), m_commandDone(server->commandMutex()) {
+    noteActivity();
     m_server->addReference();
 }
 
@@ -61,8 +63,14 @@ int TclConnectionWithClient::dispatchTclCommand(void* clientData, Tcl_Interp* in
     command->setInvocation(interp, objc, objv);
     TclConnectionWithClient* connection = command->connection();
     TclCommandServer* server = connection->server();
-    if (!connection->isPsuedo() && !command->getAsyncFlag())
-        return server->syncSendCommand(command);
+    if (!connection->isPsuedo() && !command->getAsyncFlag()) {
+        // A stop releases a waiting sender by itself, and the command it waits for may be the
+        // one that asked for the stop ("shutdown"): no cancel is needed while it waits.
+        connection->m_handingOver = true;
+        const int code = server->syncSendCommand(command);
+        connection->m_handingOver = false;
+        return code;
+    }
     return server->asyncSendCommand(command);
 }
 
@@ -106,8 +114,27 @@ bool TclConnectionWithClient::receiveData() {
         m_server->removeConnection(this);
         return false;
     }
+    const long idleTimeout = m_server->idleTimeout();
+    if (idleTimeout > 0 && !isPsuedo() && dataAvailableToRead(idleTimeout) == 0) {
+        Printf(DBG_INFO, "\nTclConnectionWithClient closing after %ld msec without a script\n",
+               idleTimeout);
+        evaluateQuit();
+        return false;
+    }
     IPCSocketSource source(m_socket);
+    errno = 0; // a hang-up ends a read without setting it
     const FrameResult frame = readFrame(source, m_buffer, receiveCapacity);
+    const int readError = errno;
+    noteActivity();
+    if (frame.status == Frame && frame.received < frame.length &&
+        (readError == EAGAIN || readError == EWOULDBLOCK)) {
+        // The idle timeout ended a script in the middle: unlike one cut by a hang-up, whose
+        // start is evaluated, it is dropped with the connection.
+        Printf(DBG_INFO, "\nTclConnectionWithClient closing after %ld msec inside a script\n",
+               m_server->idleTimeout());
+        evaluateQuit();
+        return false;
+    }
     if (frame.status == ShortHeader) {
         Printf(DBG_INFO, "\nTclConnectionWithClient failed to read header, received = %d\n",
                static_cast<int>(frame.received));
@@ -124,11 +151,38 @@ bool TclConnectionWithClient::receiveData() {
         return false;
     }
     Printf(DBG_INFO, "\nTclConnectionWithClient received '%s'\n", m_buffer);
-    if (tclEval(m_interp, m_buffer) != TCL_OK) {
+    if (m_server->done()) {
+        // A stopping server evaluates nothing more: an evaluation begun now could miss the
+        // cancel that ends the ones already running.
+        evaluateQuit();
+        return false;
+    }
+    if (!m_server->admitScript(this, m_buffer)) {
+        Printf(DBG_INFO, "\nTclConnectionWithClient script not admitted, closing\n");
+        sendResp(TCS_ERROR, "Bad command");
+        evaluateQuit();
+        return false;
+    }
+    const int code = tclEval(m_interp, m_buffer);
+    if (code != TCL_OK) {
         m_server->scriptFailed(this, m_buffer, Tcl_GetStringResult(m_interp));
         sendResp(TCS_ERROR, "Bad command");
     }
+    m_server->scriptEvaluated(this, code);
     return true;
+}
+
+void TclConnectionWithClient::noteActivity() {
+    m_lastActivity = std::chrono::duration_cast<std::chrono::milliseconds>(
+                         std::chrono::steady_clock::now().time_since_epoch())
+                         .count();
+}
+
+long TclConnectionWithClient::idleMilliseconds() const {
+    const long long now = std::chrono::duration_cast<std::chrono::milliseconds>(
+                              std::chrono::steady_clock::now().time_since_epoch())
+                              .count();
+    return static_cast<long>(now - m_lastActivity.load());
 }
 
 int TclConnectionWithClient::dataAvailableToRead(long milliseconds) {
@@ -177,10 +231,29 @@ void TclConnectionWithClient::sendResp(TclServerRespType type, const char* text)
 }
 
 int TclConnectionWithClient::tclEval(Tcl_Interp* interp, char* script) {
+    const long limit = m_server->scriptTimeLimit();
+    if (limit > 0) {
+        Tcl_Time end;
+        Tcl_GetTime(&end);
+        end.sec += limit / 1000 + (end.usec + (limit % 1000) * 1000) / 1000000;
+        end.usec = (end.usec + (limit % 1000) * 1000) % 1000000;
+        // A limit once exceeded stays so until reset: each script gets a fresh one.
+        Tcl_LimitTypeReset(interp, TCL_LIMIT_TIME);
+        Tcl_LimitSetTime(interp, &end);
+        Tcl_LimitTypeSet(interp, TCL_LIMIT_TIME);
+    }
     m_evaluating = true;
     const int code = Tcl_Eval(interp, script);
     m_evaluating = false;
+    if (limit > 0)
+        Tcl_LimitTypeReset(interp, TCL_LIMIT_TIME);
     return code;
+}
+
+void TclConnectionWithClient::cancelEvaluation() {
+    std::lock_guard lock(m_interpMutex);
+    if (m_interp && m_evaluating && !m_handingOver)
+        Tcl_CancelEval(m_interp, nullptr, nullptr, TCL_CANCEL_UNWIND);
 }
 
 bool TclConnectionWithClient::createTclInterp() {
@@ -188,8 +261,12 @@ bool TclConnectionWithClient::createTclInterp() {
         return true;
     std::call_once(tclInitialised, [] { Tcl_FindExecutable(nullptr); });
     m_server->commandMutex().vAquire();
-    m_interp = Tcl_CreateInterp();
+    Tcl_Interp* interp = Tcl_CreateInterp();
     m_server->commandMutex().vRelease();
+    {
+        std::lock_guard lock(m_interpMutex);
+        m_interp = interp;
+    }
     if (!m_interp)
         return false;
     if (m_server->safeInterpreters())
@@ -200,6 +277,7 @@ bool TclConnectionWithClient::createTclInterp() {
 }
 
 void TclConnectionWithClient::cleanupTclInterp() {
+    std::lock_guard lock(m_interpMutex);
     if (!m_interp)
         return;
     if (!Tcl_InterpDeleted(m_interp))

@@ -132,6 +132,9 @@ TclConnectionWithClient* TclServerConnectionAcceptor::waitForConnection() {
     }
     piSocket::setNoDelay(socket);
     piSocket::setSendTimeout(socket, m_server->sendTimeout());
+    // A client that stops in the middle of a script is idle too: its read gives up.
+    if (m_server->idleTimeout() > 0)
+        piSocket::setReceiveTimeout(socket, m_server->idleTimeout());
     Printf(DBG_INFO, "\nTclServerConnectionAcceptor got a connection\n");
     if (!m_server->acceptsConnection(socket)) {
         piSocket::close(socket);
@@ -146,7 +149,12 @@ void TclServerConnectionAcceptor::vThreadMain() {
         TclConnectionWithClient* connection = waitForConnection();
         if (!connection)
             continue;
-        if (!m_server->addConnection(connection)) {
+        // A client that just hung up holds its slot until the servicing thread has run its
+        // "quit"; a newcomer meanwhile waits for that instead of being turned away.
+        const bool added = m_server->addConnection(connection) ||
+                           (m_server->waitForFreeSlot(m_server->slotWait()) &&
+                            m_server->addConnection(connection));
+        if (!added) {
             Printf(DBG_INFO,
                    "\nTclServerConnectionAcceptor refused a connection: all %d "
                    "slots in use\n",

@@ -7,20 +7,28 @@
 #
 # A request is a 4-byte big-endian length and the script's UTF-8 bytes; a reply is a 20-byte
 # header of five big-endian integers (0xC0CAC01A, length, 12, 14, length) and the text.
-# A script whose commands send nothing gets no reply: send then fails with "no reply"
-# after its wait, and the connection stays usable.
+#
+# connect greets the server with "auth", and the token when the port file has one. A tqserver
+# then opens a session: every script ends with an end reply, a failed script is answered with
+# its Tcl error text (which send raises as a Tcl error), and scripts over 1023 bytes are sent
+# in base64 pieces ("chunk add", then "chunk eval"). A server without sessions answers the
+# greeting "Bad command"; send then returns the first reply, fails with "no reply" when a
+# script sends none, raises "Bad command" for a failed script and refuses long scripts.
 
 package require Tcl 8.6
-package provide tarqclient 1.0
+package provide tarqclient 1.1
 
 namespace eval ::tarqclient {
     namespace export connect send receive close
     variable ready
+    variable session   ;# per channel: "chunk" in a session that takes pieces, "" without
+    variable maxScript 1023
+    variable piece 750
 }
 
-# The port from a port file of "owner = N" and "port = N" lines; an error when either
-# line is missing.
-proc ::tarqclient::portFromFile {path} {
+# The port and token (possibly "") from a port file of "owner = N", "port = N" and
+# "token = T" lines; an error when "owner" or "port" is missing.
+proc ::tarqclient::readPortFile {path} {
     set file [open $path r]
     set text [read $file]
     ::close $file
@@ -35,26 +43,101 @@ proc ::tarqclient::portFromFile {path} {
     if {[scan $found(port) %d port] != 1} {
         error "tarqclient: $path names no port"
     }
-    return $port
+    if {![info exists found(token)]} {
+        set found(token) ""
+    }
+    return [list $port $found(token)]
 }
 
-# Connects to the server named by the port file; returns the channel.
-proc ::tarqclient::connect {portFile} {
-    set chan [socket 127.0.0.1 [portFromFile $portFile]]
-    fconfigure $chan -translation binary -buffering none -blocking 1
+# The port named by a port file.
+proc ::tarqclient::portFromFile {path} {
+    return [lindex [readPortFile $path] 0]
+}
+
+# Connects to the server named by the port file and opens a session when the server offers
+# one; returns the channel. Errors: "tarqclient: the server refused the token".
+proc ::tarqclient::connect {portFile {waitMs 5000}} {
+    variable session
+    lassign [readPortFile $portFile] port token
+    set chan [socket 127.0.0.1 $port]
+    fconfigure $chan -translation binary -buffering full -blocking 1
+    try {
+        writeScript $chan [string trimright "auth $token"]
+        flush $chan
+        set greeting [receive $chan $waitMs]
+        if {[string match "session*" $greeting]} {
+            if {[receive $chan $waitMs] ne "__TCS__END__"} {
+                error "tarqclient: the server did not finish the greeting"
+            }
+            set session($chan) [expr {"chunk" in $greeting ? "chunk" : "session"}]
+        } elseif {$greeting eq "Bad command" && $token ne ""} {
+            error "tarqclient: the server refused the token"
+        } else {
+            set session($chan) ""
+        }
+    } on error {message options} {
+        ::close $chan
+        return -options $options $message
+    }
     return $chan
 }
 
-# Sends script and returns the text of its first reply, waiting up to waitMs milliseconds.
-proc ::tarqclient::send {chan script {waitMs 2000}} {
-    set bytes [encoding convertto utf-8 $script]
+proc ::tarqclient::writeScript {chan bytes} {
     puts -nonewline $chan [binary format I [string length $bytes]]$bytes
-    flush $chan
-    return [receive $chan $waitMs]
 }
 
-# The text of the next reply. Errors: "tarqclient: no reply within N ms" and
-# "tarqclient: connection closed".
+# Sends script and returns its reply: in a session, the texts of all its replies joined by
+# newlines ("" when it sent none); without one, the text of its first reply. A failed script
+# raises a Tcl error with the server's error text. Waits up to waitMs milliseconds for each
+# reply (default 15000 in a session, 2000 without).
+proc ::tarqclient::send {chan script {waitMs ""}} {
+    variable session
+    variable maxScript
+    variable piece
+    set mode [expr {[info exists session($chan)] ? $session($chan) : ""}]
+    if {$waitMs eq ""} {
+        set waitMs [expr {$mode eq "" ? 2000 : 15000}]
+    }
+    set bytes [encoding convertto utf-8 $script]
+    set length [string length $bytes]
+    if {$length > $maxScript && $mode ne "chunk"} {
+        error "tarqclient: the script is $length bytes; the server takes at most $maxScript\
+               in one script"
+    }
+    if {$length > $maxScript} {
+        for {set from 0} {$from < $length} {incr from $piece} {
+            set part [string range $bytes $from [expr {$from + $piece - 1}]]
+            writeScript $chan "chunk add [binary encode base64 $part]"
+        }
+        writeScript $chan "chunk eval"
+    } else {
+        writeScript $chan $bytes
+    }
+    flush $chan
+    if {$mode eq ""} {
+        set text [receive $chan $waitMs]
+        if {$text eq "Bad command"} {
+            return -code error -errorcode {TARQCLIENT SCRIPT} $text
+        }
+        return $text
+    }
+    set texts {}
+    set failure ""
+    while {[set text [receive $chan $waitMs]] ne "__TCS__END__"} {
+        if {[string match "__TCS__ERROR__ *" $text]} {
+            set failure [string range $text 15 end]
+        } elseif {!($failure ne "" && $text eq "Bad command")} {
+            lappend texts $text
+        }
+    }
+    if {$failure ne ""} {
+        return -code error -errorcode {TARQCLIENT SCRIPT} $failure
+    }
+    return [join $texts \n]
+}
+
+# The text of the next reply. Errors: "tarqclient: no reply within N ms",
+# "tarqclient: connection closed" and "tarqclient: not a reply header".
 proc ::tarqclient::receive {chan {waitMs 2000}} {
     set header [readBytes $chan 20 $waitMs]
     binary scan $header IIIII magic length reserved code value
@@ -66,8 +149,10 @@ proc ::tarqclient::receive {chan {waitMs 2000}} {
 
 # Sends "quit" and closes the channel.
 proc ::tarqclient::close {chan} {
+    variable session
+    unset -nocomplain session($chan)
     catch {
-        puts -nonewline $chan [binary format I 4]quit
+        writeScript $chan quit
         flush $chan
     }
     ::close $chan

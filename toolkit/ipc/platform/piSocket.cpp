@@ -95,6 +95,13 @@ bool piSocket::setSendTimeout(unsigned int socket, long milliseconds) {
     return ::setsockopt(fd(socket), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit) == 0;
 }
 
+bool piSocket::setReceiveTimeout(unsigned int socket, long milliseconds) {
+    timeval limit{};
+    limit.tv_sec = milliseconds / 1000;
+    limit.tv_usec = (milliseconds % 1000) * 1000;
+    return ::setsockopt(fd(socket), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit) == 0;
+}
+
 bool piSocket::setNoDelay(unsigned int socket) {
     const int on = 1;
     return ::setsockopt(fd(socket), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on) == 0;
