@@ -263,6 +263,67 @@ TEST_F(ConfigFile, WrittenFile_ReadsInAnotherIniReader) {
     EXPECT_EQ(std::system(command.c_str()), 0) << readTextFile(m_path);
 }
 
+class FontReader : public Config {
+public:
+    using Config::scanFont;
+};
+
+TEST(ConfigFont, ScanFont_ReadsTheDescriptionSyntax) {
+    // clang-format off
+    const struct { const char* text; const char* description; } rows[] = {
+        {"Courier New,9.5,bold,italic",      "Courier New,9.5,bold,italic"},
+        {"  Sans , 11 , UNDERLINE,Overline ", "Sans,11,underline,overline"},
+        {"Serif,12,italic,bold,italic",      "Serif,12,bold,italic"},
+        {"Mono,1000",                        "Mono,1000"},
+        {"Mono,0.5",                         "Mono,0.5"},
+        {"Mono,1e1",                         "Mono,10"},
+        // Malformed: no size, a size out of range or not a number, no family, an unknown
+        // or empty style.
+        {"Mono", nullptr},   {"Mono,0", nullptr},        {"Mono,-3", nullptr},
+        {"Mono,1001", nullptr}, {"Mono,big", nullptr},   {",10", nullptr},
+        {"Mono,10,heavy", nullptr}, {"Mono,10,", nullptr}, {"", nullptr},
+        {"Mono,nan", nullptr}, {"Mono,inf", nullptr},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        const std::unique_ptr<WsiFont> font = FontReader::scanFont(row.text);
+        if (!row.description) {
+            EXPECT_EQ(font, nullptr) << row.text;
+            continue;
+        }
+        ASSERT_NE(font, nullptr) << row.text;
+        EXPECT_EQ(font->description(), row.description);
+        const std::unique_ptr<WsiFont> again = FontReader::scanFont(row.description);
+        ASSERT_NE(again, nullptr) << row.description;
+        EXPECT_EQ(again->toQFont(), font->toQFont()) << row.description;
+    }
+    EXPECT_EQ(FontReader::scanFont(nullptr), nullptr);
+    EXPECT_EQ(WsiFont().description(), "");
+    WsiFont unchanged("Kept", 8);
+    EXPECT_FALSE(unchanged.readDescription("Mono,big"));
+    EXPECT_EQ(unchanged.description(), "Kept,8");
+}
+
+TEST_F(ConfigFile, SerialNumberAndPrintSetup_AreWrittenOnTheirOwn) {
+    Config config;
+    readFrom("[General]\nSerialNumber=TQ-1\n", config);
+    Config::setSerialNumber("TQ-2");
+    Config::setPrintSetup("file,,,landscape,clipboard,a4,default,6.5,5.0,in,color,scaleable,"
+                          "mifframe,preview");
+    config.writeSerialNumber();
+    config.writePrintSetup();
+    Config::shutdown();
+    EXPECT_EQ(rawKeys(m_path), (Keys{{"General/SerialNumber", "TQ-2"},
+                                     {"General/PrintSetup", "file,,,landscape,clipboard,a4,"
+                                                            "default,6.5,5.0,in,color,"
+                                                            "scaleable,mifframe,preview"}}));
+    Config::setSettingsFile(m_path);
+    config.readSerialNumber(0);
+    EXPECT_STREQ(Config::serialNumber(), "TQ-2");
+    config.readSerialNumber(1);
+    EXPECT_EQ(Config::serialNumber(), nullptr);
+}
+
 TEST_F(ConfigFile, ApplicationResource_CopiesWithinTheBuffer) {
     Config config;
     readFrom("[General]\nHelpUrl=http://example.invalid/help\n", config);

@@ -1,5 +1,6 @@
 #include "wsi/WsdTopWindow.h"
 
+#include "core/appiApplication.h"
 #include "graphics/geometry/DevicePoint.h"
 #include "wsi/WindowParams.h"
 
@@ -219,6 +220,13 @@ TEST_F(TopWindows, Toolbar_BuildsOneBarPerRowFromTheActions) {
     EXPECT_EQ(window.toolbarDescription().rows(), 2);
     window.setToolbar(WsiToolbarDescription());
     EXPECT_TRUE(window.findChildren<QToolBar*>().isEmpty());
+    // Rebuilding leaves no break of the old rows behind.
+    window.setToolbar(description);
+    window.setToolbar(description);
+    const QList<QToolBar*> rebuilt = window.findChildren<QToolBar*>();
+    ASSERT_EQ(rebuilt.size(), 2);
+    EXPECT_FALSE(window.toolBarBreak(rebuilt[0]));
+    EXPECT_TRUE(window.toolBarBreak(rebuilt[1]));
 }
 
 TEST_F(TopWindows, Actions_KeyedByIdentifierAcrossMenus) {
@@ -353,9 +361,18 @@ TEST_F(TopWindows, CacheScreenBits_ReachesNewWindows) {
     EXPECT_FALSE(WsdWindow::cacheScreenBits());
 }
 
-TEST_F(TopWindows, Help_NeedsAHelpFile) {
+TEST_F(TopWindows, FirstTopWindow_MarksTheWindowSystemRunning) {
+    class Application : public appiApplication {};
+    Application application;
+    EXPECT_FALSE(application.isWindowSystemRunning());
     WsdTopWindow window;
+    EXPECT_TRUE(application.isWindowSystemRunning());
     EXPECT_FALSE(window.help());
+    // Without a window manager there is no frame around the client area.
+    DevicePoint topLeft(-1, -1), bottomRight(-1, -1);
+    window.decorationSizes(topLeft, bottomRight);
+    EXPECT_EQ(topLeft, DevicePoint(0, 0));
+    EXPECT_EQ(bottomRight, DevicePoint(0, 0));
 }
 
 } // namespace

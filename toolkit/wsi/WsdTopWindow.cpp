@@ -30,8 +30,11 @@ Menu* WsdTopWindow::addMenu(const char* title) {
 }
 
 void WsdTopWindow::setToolbar(const WsiToolbarDescription& description) {
-    for (QToolBar* bar : m_toolbars)
+    for (QToolBar* bar : m_toolbars) {
+        if (toolBarBreak(bar))
+            removeToolBarBreak(bar);
         delete bar;
+    }
     m_toolbars.clear();
     m_toolbarDescription = description;
     for (int row = 0; row < description.rows(); ++row) {

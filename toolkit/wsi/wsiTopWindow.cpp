@@ -1,5 +1,6 @@
 #include "wsi/wsiTopWindow.h"
 
+#include "core/appiApplication.h"
 #include "graphics/geometry/DevicePoint.h"
 #include "wsi/WsdTopWindow.h"
 
@@ -49,6 +50,10 @@ int edge(int from, int length, int index, int parts) {
 } // namespace
 
 wsiTopWindow::wsiTopWindow(QWidget& widget) : WsdWindow(widget) {
+    // From the first top window on, the toolkit's shutdown also releases the services that
+    // only a windowed application uses.
+    if (appiApplication* application = appiApplication::current())
+        application->setWindowSystemRunning(1);
     if (!p_topWindows)
         p_topWindows = new OC_<wsiTopWindow>;
     p_topWindows->add(this);

@@ -88,7 +88,8 @@ public:
     static void releaseRegistry();
 
 protected:
-    /// Registers the window as the topmost. widget as for WsdWindow.
+    /// Registers the window as the topmost and marks the application's window system as
+    /// running. widget as for WsdWindow.
     explicit wsiTopWindow(QWidget& widget);
 
 private:
