@@ -4,8 +4,6 @@
 
 #include <QBuffer>
 
-#include "SettingsFiles.h"
-
 namespace {
 
 QSettings::SettingsMap readText(const char* text) {
@@ -84,10 +82,11 @@ TEST(IniSettings, WriteThenRead_GivesBackEveryValue) {
             << entry.key().toStdString();
 }
 
-TEST(IniSettings, Write_PutsLineBreaksOnOneLine) {
+TEST(IniSettings, Write_KeepsOneLinePerKeyAndOneTopSection) {
     QSettings::SettingsMap map;
     map.insert("Text", QString("one\r\ntwo\nthree"));
-    EXPECT_EQ(writeMap(map), QByteArray("[General]\nText=one two three\n"));
+    map.insert("General/Moved", QString("to the top level"));
+    EXPECT_EQ(writeMap(map), QByteArray("[General]\nMoved=to the top level\nText=one two three\n"));
 }
 
 TEST(IniSettings, BooleanOf_ReadsTheWordsPeopleWrite) {
@@ -102,21 +101,6 @@ TEST(IniSettings, BooleanOf_ReadsTheWordsPeopleWrite) {
         EXPECT_EQ(IniSettings::booleanOf(QString(row.text), row.defaultValue), row.expected)
             << row.text;
     EXPECT_TRUE(IniSettings::booleanOf(QVariant(true), false));
-}
-
-TEST(IniSettings, Store_WritesAFileThatReadsBack) {
-    QTemporaryDir dir;
-    const QString path = dir.filePath("store.ini");
-    {
-        auto settings = IniSettings::open(path);
-        settings->setValue("PrintSetup", "file,,,landscape");
-        settings->setValue("Recent/File00", "/x.tqd");
-    }
-    EXPECT_EQ(rawKeys(path),
-              (std::map<std::string, std::string>{{"General/PrintSetup", "file,,,landscape"},
-                                                  {"Recent/File00", "/x.tqd"}}));
-    auto settings = IniSettings::open(path);
-    EXPECT_EQ(settings->value("PrintSetup").toString(), "file,,,landscape");
 }
 
 } // namespace

@@ -74,7 +74,9 @@ bool IniSettings::write(QIODevice& device, const QSettings::SettingsMap& map) {
     QMap<QString, QStringList> sections;
     for (auto entry = map.cbegin(); entry != map.cend(); ++entry) {
         const qsizetype slash = entry.key().lastIndexOf(QLatin1Char('/'));
-        const QString section = slash < 0 ? QString() : entry.key().left(slash);
+        QString section = slash < 0 ? QString() : entry.key().left(slash);
+        if (section.compare(generalSection, Qt::CaseInsensitive) == 0)
+            section.clear();
         const QString key = slash < 0 ? entry.key() : entry.key().mid(slash + 1);
         sections[section].append(key + QLatin1Char('=') + valueText(entry.value()));
     }

@@ -21,7 +21,8 @@ class QIODevice;
 /// character of a value is taken as it is (UTF-8). Commas and backslashes have no special meaning,
 /// unlike Qt's own INI form, so "PrintSetup=file,,,portrait" is one text.
 ///
-/// Written files hold the top-level keys under "[General]", then each section; a value with
+/// Written files hold the top-level keys (and any "General/x" as x) under "[General]", then
+/// each section; a value with
 /// blanks at its ends, or one that begins and ends with a double quote, is written inside
 /// double quotes; line breaks in a value are written as blanks, since a line holds one value.
 /// Booleans are written "true" and "false", numbers in decimal.
