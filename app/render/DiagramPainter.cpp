@@ -150,8 +150,17 @@ double DiagramPainter::rowMiddle(const std::string& signal) const {
     return -1;
 }
 
+// Each change of pen or colour is a state change for every device (a new QPen, a line of
+// PostScript), so the painter makes one only when the value differs.
 void DiagramPainter::setPen(wsiDevice& device, double pixels) {
-    device.setPenWidth(std::max(1L, std::lround(pixels * m_unitsPerPixel)));
+    const long width = std::max(1L, std::lround(pixels * m_unitsPerPixel));
+    if (device.penWidth() != width)
+        device.setPenWidth(width);
+}
+
+void DiagramPainter::setInk(wsiDevice& device, wsiColor color) {
+    if (device.color() != color)
+        device.setColor(color);
 }
 
 Time DiagramPainter::tickStep() const {
@@ -170,6 +179,7 @@ Time DiagramPainter::tickStep() const {
 
 void DiagramPainter::paint(wsiDevice& device, double unitsPerPixel) {
     m_unitsPerPixel = unitsPerPixel;
+    device.setPenWidth(std::max(1L, std::lround(unitsPerPixel)));
     device.setDisplayTransformation(
         TqMatrix(FloatPoint(unitsPerPixel, unitsPerPixel), FloatPoint(0, 0)));
     device.setBackgroundColor(wsiWhite);
@@ -179,7 +189,7 @@ void DiagramPainter::paint(wsiDevice& device, double unitsPerPixel) {
     device.setBackgroundFillMode(wsiTransparent);
 
     if (!m_diagram.title().empty()) {
-        device.setColor(wsiBlack);
+        setInk(device, wsiBlack);
         drawLabel(device, m_diagram.title(),
                   SheetPoint((m_scale.left() + m_scale.right()) / 2, m_titleTop + 4), titleFont(),
                   wsiAlignHCenter, wsiAlignTop);
@@ -197,7 +207,7 @@ void DiagramPainter::paint(wsiDevice& device, double unitsPerPixel) {
 void DiagramPainter::paintAxis(wsiDevice& device, double bottom) {
     const Time step = tickStep();
     const double line = bottom - 6;
-    device.setColor(wsiDarkGray);
+    setInk(device, wsiDarkGray);
     setPen(device, 1);
     device.drawLine(SheetPoint(m_scale.left(), line), SheetPoint(m_scale.right(), line));
     Time first = m_scale.from() / step * step;
@@ -219,7 +229,7 @@ void DiagramPainter::paintGrid(wsiDevice& device) {
     Time step = m_diagram.grid().spacing > 0 ? m_diagram.grid().spacing : tickStep();
     if (static_cast<double>(step) * m_scale.pixelsPerTime() < 4)
         step = tickStep();
-    device.setColor(wsiPaleGray);
+    setInk(device, wsiPaleGray);
     setPen(device, 1);
     device.setPenStyle(wsiPenDot);
     Time first = m_scale.from() / step * step;
@@ -237,17 +247,17 @@ void DiagramPainter::paintGrid(wsiDevice& device) {
 void DiagramPainter::paintRow(wsiDevice& device, const Row& row) {
     const double middle = row.top + row.height / 2;
     if (row.signal == Signal::npos) {
-        device.setColor(wsiDarkGray);
+        setInk(device, wsiDarkGray);
         drawLabel(device, row.group, SheetPoint(v_margin, middle), groupFont(), wsiAlignLeft,
                   wsiAlignVCenter);
         setPen(device, 1);
-        device.setColor(wsiPaleGray);
+        setInk(device, wsiPaleGray);
         device.drawLine(SheetPoint(v_margin, row.top + row.height - 2),
                         SheetPoint(m_scale.right(), row.top + row.height - 2));
         return;
     }
     const Signal& signal = m_diagram.signal(row.signal);
-    device.setColor(wsiBlack);
+    setInk(device, wsiBlack);
     drawLabel(device, signal.name(), SheetPoint(m_nameRight, middle), nameFont(), wsiAlignRight,
               wsiAlignVCenter);
     const double high = middle - v_swing / 2, low = middle + v_swing / 2;
@@ -259,13 +269,33 @@ void DiagramPainter::paintRow(wsiDevice& device, const Row& row) {
 
 void DiagramPainter::paintHatch(wsiDevice& device, double x0, double x1, double high, double low) {
     const double h = low - high;
-    device.setColor(wsiGray);
+    setInk(device, wsiGray);
     setPen(device, 1);
+    // The strokes that fit whole are one zigzag polyline: up one stroke, along the top edge to
+    // the next, down it, along the bottom edge; the edges are drawn over by the outline. A
+    // wide unknown slot so costs one call instead of one per stroke. The strokes cut by the
+    // slot's ends are drawn one by one.
+    std::vector<SheetPoint>& zigzag = m_points;
+    zigzag.clear();
+    auto flush = [&] {
+        if (zigzag.size() > 1)
+            device.drawPolyline(static_cast<int>(zigzag.size()), zigzag.data());
+        zigzag.clear();
+    };
     for (double a = x0 - h; a < x1; a += 4) {
+        if (a >= x0 && a + h <= x1) {
+            const bool up = (zigzag.size() / 2) % 2 == 0;
+            zigzag.emplace_back(up ? a : a + h, up ? low : high);
+            zigzag.emplace_back(up ? a + h : a, up ? high : low);
+            if (zigzag.size() >= 30000)
+                flush();
+            continue;
+        }
         const double start = std::max(a, x0), end = std::min(a + h, x1);
         if (start < end)
             device.drawLine(SheetPoint(start, low - (start - a)), SheetPoint(end, low - (end - a)));
     }
+    flush();
 }
 
 void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double high, double low) {
@@ -289,10 +319,11 @@ void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double hi
         }
     };
     // Solid levels are gathered into one polyline; everything else breaks it.
-    std::vector<SheetPoint> line;
+    std::vector<SheetPoint>& line = m_line;
+    line.clear();
     auto flush = [&] {
         if (line.size() > 1) {
-            device.setColor(ink);
+            setInk(device, ink);
             setPen(device, 1.5);
             device.drawPolyline(static_cast<int>(line.size()), line.data());
         }
@@ -302,9 +333,9 @@ void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double hi
     for (const WaveformRun& run : m_runs) {
         if (run.kind == WaveformRun::Dense) {
             flush();
-            device.setColor(signal.kind() == SignalKind::Clock ? wsiPaleBlue : wsiPaleGray);
+            setInk(device, signal.kind() == SignalKind::Clock ? wsiPaleBlue : wsiPaleGray);
             device.fillRectangle(SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low)));
-            device.setColor(ink);
+            setInk(device, ink);
             setPen(device, 1);
             device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
             device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
@@ -322,16 +353,22 @@ void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double hi
             line.emplace_back(run.x0 + s, y);
             line.emplace_back(run.x1, y);
             previous = y;
+            // Devices take at most 65,535 points a polyline.
+            if (line.size() >= 30000) {
+                const SheetPoint last = line.back();
+                flush();
+                line.push_back(last);
+            }
             continue;
         }
         flush();
-        device.setColor(ink);
+        setInk(device, ink);
         setPen(device, 1.5);
         if (run.edge && previous >= 0)
             device.drawLine(SheetPoint(run.x0, previous), SheetPoint(run.x0 + s, y));
         if (run.state == BitState::Unknown) {
             paintHatch(device, run.x0, run.x1, high, low);
-            device.setColor(ink);
+            setInk(device, ink);
             setPen(device, 1);
             device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
             device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
@@ -339,7 +376,7 @@ void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double hi
                 device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x0, low));
             previous = -1;
         } else if (run.state == BitState::HighZ) {
-            device.setColor(wsiBlue);
+            setInk(device, wsiBlue);
             device.drawLine(SheetPoint(run.x0 + s, y), SheetPoint(run.x1, y));
             previous = y;
         } else {
@@ -358,9 +395,9 @@ void DiagramPainter::paintBus(wsiDevice& device, const Signal& signal, double hi
     const double slope = m_options.slopedEdges ? 3 : 0;
     for (const WaveformRun& run : m_runs) {
         if (run.kind == WaveformRun::Dense) {
-            device.setColor(wsiPaleGray);
+            setInk(device, wsiPaleGray);
             device.fillRectangle(SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low)));
-            device.setColor(wsiBlack);
+            setInk(device, wsiBlack);
             setPen(device, 1);
             device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
             device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
@@ -371,7 +408,7 @@ void DiagramPainter::paintBus(wsiDevice& device, const Signal& signal, double hi
         const bool reachesEnd = run.x1 >= m_scale.right() - 0.01;
         const double right = reachesEnd ? 0 : s;
         if (run.state == BitState::HighZ) {
-            device.setColor(wsiBlue);
+            setInk(device, wsiBlue);
             setPen(device, 1.5);
             device.drawLine(SheetPoint(run.x0, middle), SheetPoint(run.x1, middle));
             continue;
@@ -384,7 +421,7 @@ void DiagramPainter::paintBus(wsiDevice& device, const Signal& signal, double hi
         const SheetPoint outline[] = {
             {run.x0, middle},      {run.x0 + left, high}, {run.x1 - right, high}, {run.x1, middle},
             {run.x1 - right, low}, {run.x0 + left, low},  {run.x0, middle}};
-        device.setColor(wsiBlack);
+        setInk(device, wsiBlack);
         setPen(device, 1);
         device.drawPolyline(7, outline);
         if (!allUnknown)
@@ -417,7 +454,7 @@ void DiagramPainter::paintBusValue(wsiDevice& device, const Signal& signal, std:
         text.resize(lo);
         text.append("..");
     }
-    device.setColor(wsiBlack);
+    setInk(device, wsiBlack);
     drawLabel(device, text, SheetPoint((x0 + x1) / 2, middle), font, wsiAlignHCenter,
               wsiAlignVCenter);
 }
@@ -427,7 +464,7 @@ void DiagramPainter::paintGap(wsiDevice& device, double x, double top, double bo
     const SheetPoint band[] = {
         {x - 3 + lean, top}, {x + 3 + lean, top}, {x + 3 - lean, bottom}, {x - 3 - lean, bottom}};
     device.fillPolygon(wsiWhite, 4, band);
-    device.setColor(wsiBlack);
+    setInk(device, wsiBlack);
     setPen(device, 1);
     device.drawLine(band[0], band[3]);
     device.drawLine(band[1], band[2]);
@@ -449,7 +486,7 @@ void DiagramPainter::paintDecorations(wsiDevice& device) {
         if (!visible(marker.time))
             continue;
         const double x = m_scale.x(marker.time);
-        device.setColor(wsiRed);
+        setInk(device, wsiRed);
         setPen(device, 1);
         device.setPenStyle(wsiPenDash);
         device.drawLine(SheetPoint(x, m_axisTop + v_axisHeight - 6), SheetPoint(x, m_rowsBottom));
@@ -469,7 +506,7 @@ void DiagramPainter::paintDecorations(wsiDevice& device) {
         DevicePoint points[] = {DevicePoint(from, m), DevicePoint(to, m)};
         const auto head = DevicePoint(static_cast<std::int32_t>(std::lround(7 * m_unitsPerPixel)),
                                       static_cast<std::int32_t>(std::lround(5 * m_unitsPerPixel)));
-        device.setColor(wsiDarkRed);
+        setInk(device, wsiDarkRed);
         setPen(device, 1);
         device.drawCappedPolylineUnTransformed(level ? wsiLineCapArrow : wsiLineCapRound,
                                                wsiLineCapArrow, head, 2, points);
@@ -482,7 +519,7 @@ void DiagramPainter::paintDecorations(wsiDevice& device) {
         if (!visible(note.time))
             continue;
         const double x = m_scale.x(note.time);
-        device.setColor(wsiDarkGreen);
+        setInk(device, wsiDarkGreen);
         if (note.signal.empty()) {
             drawLabel(device, note.text, SheetPoint(x, m_annotationTop + v_labelRowHeight / 2),
                       noteFont(), wsiAlignLeft, wsiAlignVCenter);

@@ -63,6 +63,7 @@ private:
     void paintGap(wsiDevice& device, double x, double top, double bottom);
     void paintDecorations(wsiDevice& device);
     void setPen(wsiDevice& device, double pixels);
+    void setInk(wsiDevice& device, wsiColor color);
     Time tickStep() const;
 
     const Diagram& m_diagram;
@@ -80,6 +81,9 @@ private:
     double m_rowsBottom = 0;
     double m_unitsPerPixel = 1;
     std::vector<WaveformRun> m_runs;
+    // Point buffers reused from row to row.
+    std::vector<SheetPoint> m_line;
+    std::vector<SheetPoint> m_points;
 };
 
 /// The text a bus change shows: its value in the signal's radix and notation ("A5", "8'hA5",
