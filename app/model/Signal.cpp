@@ -1,0 +1,309 @@
+#include "model/Signal.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace {
+
+constexpr char v_stateChars[] = {'0', '1', 'x', 'z', 'l', 'h'};
+
+// The width digits that extend text to width, or its low width digits: fewer digits extend
+// with 0, or with the first digit when it is x or z.
+std::string fitDigits(std::string_view digits, unsigned width) {
+    std::string bits;
+    bits.reserve(width);
+    for (char c : digits) {
+        if (c != '_')
+            bits.push_back(c);
+    }
+    if (bits.size() >= width)
+        return bits.substr(bits.size() - width);
+    const char first = bits.empty() ? '0' : bits.front();
+    const char fill = first == 'x' || first == 'X' || first == 'z' || first == 'Z' ? first : '0';
+    return std::string(width - bits.size(), fill) + bits;
+}
+
+} // namespace
+
+char bitStateChar(BitState state) {
+    return v_stateChars[static_cast<int>(state)];
+}
+
+bool parseBitState(char c, BitState& state) {
+    const char lower = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    for (int i = 0; i < 6; ++i) {
+        if (v_stateChars[i] == lower) {
+            state = static_cast<BitState>(i);
+            return true;
+        }
+    }
+    return false;
+}
+
+Signal::Signal(std::string name, SignalKind kind, unsigned width)
+    : m_name(std::move(name)), m_kind(kind),
+      m_width(kind == SignalKind::Bus ? std::max(width, 1u) : 1u) {}
+
+bool Signal::setClock(const ClockSpec& clock) {
+    if (clock.period < 2 || !(clock.duty > 0 && clock.duty < 100) ||
+        (clock.startLevel != BitState::Low && clock.startLevel != BitState::High))
+        return false;
+    m_clock = clock;
+    return true;
+}
+
+// --- Building -----------------------------------------------------------------------------
+
+std::size_t Signal::slotFor(Time time, bool& replace) {
+    if (m_times.empty() || time > m_times.back()) {
+        replace = false;
+        return m_times.size();
+    }
+    const auto it = std::lower_bound(m_times.begin(), m_times.end(), time);
+    replace = it != m_times.end() && *it == time;
+    return static_cast<std::size_t>(it - m_times.begin());
+}
+
+void Signal::placeState(Time time, BitState state) {
+    bool replace = false;
+    const std::size_t index = slotFor(time, replace);
+    if (replace) {
+        m_states[index] = state;
+    } else if (index == m_times.size()) {
+        m_times.push_back(time);
+        m_states.push_back(state);
+    } else {
+        m_times.insert(m_times.begin() + static_cast<std::ptrdiff_t>(index), time);
+        m_states.insert(m_states.begin() + static_cast<std::ptrdiff_t>(index), state);
+    }
+}
+
+std::uint64_t* Signal::placeBusValue(Time time) {
+    bool replace = false;
+    const std::size_t index = slotFor(time, replace);
+    const std::size_t words = 2 * wordsPerPlane();
+    if (!replace) {
+        m_times.insert(m_times.begin() + static_cast<std::ptrdiff_t>(index), time);
+        m_words.insert(m_words.begin() + static_cast<std::ptrdiff_t>(index * words), words, 0);
+    }
+    std::uint64_t* value = m_words.data() + index * words;
+    std::fill(value, value + words, 0);
+    return value;
+}
+
+bool Signal::appendChange(Time time, BitState state) {
+    if (m_kind == SignalKind::Bit) {
+        placeState(time, state);
+        return true;
+    }
+    if (m_kind != SignalKind::Bus || static_cast<int>(state) > 3)
+        return false;
+    std::uint64_t* value = placeBusValue(time);
+    const std::size_t plane = wordsPerPlane();
+    for (unsigned bit = 0; bit < m_width; ++bit) {
+        const std::uint64_t mask = std::uint64_t(1) << (bit % 64);
+        if (state == BitState::High || state == BitState::HighZ)
+            value[bit / 64] |= mask;
+        if (state == BitState::Unknown || state == BitState::HighZ)
+            value[plane + bit / 64] |= mask;
+    }
+    return true;
+}
+
+bool Signal::appendChange(Time time, const BigInt& value) {
+    if (!value.hasValue() || m_kind == SignalKind::Clock)
+        return false;
+    std::unique_ptr<char[]> bits(value.BSLToBinary(m_width, 0, false));
+    return bits && appendBinary(time, bits.get());
+}
+
+bool Signal::appendBinary(Time time, std::string_view digits) {
+    if (m_kind == SignalKind::Clock || digits.empty())
+        return false;
+    for (char c : digits) {
+        BitState ignored;
+        if (c != '_' &&
+            (!parseBitState(c, ignored) || c == 'l' || c == 'h' || c == 'L' || c == 'H'))
+            return false;
+    }
+    const std::string bits = fitDigits(digits, m_width);
+    if (m_kind == SignalKind::Bit) {
+        BitState state = BitState::Low;
+        (void)parseBitState(bits.back(), state);
+        placeState(time, state);
+        return true;
+    }
+    std::uint64_t* value = placeBusValue(time);
+    const std::size_t plane = wordsPerPlane();
+    for (unsigned bit = 0; bit < m_width; ++bit) {
+        const char c = bits[m_width - 1 - bit];
+        const std::uint64_t mask = std::uint64_t(1) << (bit % 64);
+        if (c == '1' || c == 'z' || c == 'Z')
+            value[bit / 64] |= mask;
+        if (c != '0' && c != '1')
+            value[plane + bit / 64] |= mask;
+    }
+    return true;
+}
+
+std::size_t Signal::eraseChanges(Time from, Time to) {
+    const std::size_t first = firstIndexFrom(from);
+    const std::size_t last = std::max(first, firstIndexFrom(to));
+    const auto begin = static_cast<std::ptrdiff_t>(first), end = static_cast<std::ptrdiff_t>(last);
+    m_times.erase(m_times.begin() + begin, m_times.begin() + end);
+    if (m_kind == SignalKind::Bit) {
+        m_states.erase(m_states.begin() + begin, m_states.begin() + end);
+    } else if (m_kind == SignalKind::Bus) {
+        const auto words = static_cast<std::ptrdiff_t>(2 * wordsPerPlane());
+        m_words.erase(m_words.begin() + begin * words, m_words.begin() + end * words);
+    }
+    return last - first;
+}
+
+void Signal::clearChanges() {
+    m_times.clear();
+    m_states.clear();
+    m_words.clear();
+}
+
+void Signal::reserve(std::size_t count) {
+    m_times.reserve(count);
+    if (m_kind == SignalKind::Bit)
+        m_states.reserve(count);
+    else if (m_kind == SignalKind::Bus)
+        m_words.reserve(count * 2 * wordsPerPlane());
+}
+
+// --- Reading ------------------------------------------------------------------------------
+
+BitState Signal::changeState(std::size_t index) const {
+    if (m_kind == SignalKind::Bit)
+        return m_states[index];
+    const std::size_t plane = wordsPerPlane();
+    const std::uint64_t* value = m_words.data() + index * 2 * plane;
+    bool allFlagged = true, anyFlagged = false, allOnes = true, allZeros = true;
+    for (std::size_t w = 0; w < plane; ++w) {
+        const unsigned bits = w + 1 < plane || m_width % 64 == 0 ? 64 : m_width % 64;
+        const std::uint64_t mask = bits == 64 ? ~std::uint64_t(0) : (std::uint64_t(1) << bits) - 1;
+        allFlagged = allFlagged && (value[plane + w] & mask) == mask;
+        anyFlagged = anyFlagged || (value[plane + w] & mask) != 0;
+        allOnes = allOnes && (value[w] & mask) == mask;
+        allZeros = allZeros && (value[w] & mask) == 0;
+    }
+    if (allFlagged && allOnes)
+        return BitState::HighZ;
+    if (allFlagged && allZeros)
+        return BitState::Unknown;
+    return anyFlagged ? BitState::Unknown : BitState::High;
+}
+
+std::string Signal::changeBinary(std::size_t index) const {
+    if (m_kind == SignalKind::Bit)
+        return std::string(1, bitStateChar(m_states[index]));
+    const std::size_t plane = wordsPerPlane();
+    const std::uint64_t* value = m_words.data() + index * 2 * plane;
+    std::string bits(m_width, '0');
+    for (unsigned bit = 0; bit < m_width; ++bit) {
+        const bool one = (value[bit / 64] >> (bit % 64)) & 1;
+        const bool flagged = (value[plane + bit / 64] >> (bit % 64)) & 1;
+        bits[m_width - 1 - bit] = flagged ? (one ? 'z' : 'x') : (one ? '1' : '0');
+    }
+    return bits;
+}
+
+BigInt Signal::changeValue(std::size_t index) const {
+    std::string bits = changeBinary(index);
+    if (m_kind == SignalKind::Bit && (bits[0] == 'l' || bits[0] == 'h'))
+        bits[0] = bits[0] == 'l' ? '0' : '1';
+    return BigInt(bits.c_str(), RadixBinary, m_width);
+}
+
+bool Signal::changeIsKnown(std::size_t index) const {
+    if (m_kind == SignalKind::Bit)
+        return m_states[index] == BitState::Low || m_states[index] == BitState::High;
+    const std::size_t plane = wordsPerPlane();
+    const std::uint64_t* value = m_words.data() + index * 2 * plane;
+    for (std::size_t w = 0; w < plane; ++w) {
+        if (value[plane + w] != 0)
+            return false;
+    }
+    return true;
+}
+
+bool Signal::sameValue(std::size_t a, std::size_t b) const {
+    if (m_kind == SignalKind::Bit)
+        return m_states[a] == m_states[b];
+    const std::size_t words = 2 * wordsPerPlane();
+    return std::equal(m_words.begin() + static_cast<std::ptrdiff_t>(a * words),
+                      m_words.begin() + static_cast<std::ptrdiff_t>((a + 1) * words),
+                      m_words.begin() + static_cast<std::ptrdiff_t>(b * words));
+}
+
+std::size_t Signal::indexAt(Time time) const {
+    const auto it = std::upper_bound(m_times.begin(), m_times.end(), time);
+    return it == m_times.begin() ? npos : static_cast<std::size_t>(it - m_times.begin()) - 1;
+}
+
+std::size_t Signal::firstIndexFrom(Time time) const {
+    return static_cast<std::size_t>(std::lower_bound(m_times.begin(), m_times.end(), time) -
+                                    m_times.begin());
+}
+
+// --- Clocks -------------------------------------------------------------------------------
+// Each period starts with an edge away from the start level and returns after `high` counts,
+// the duty share of the period rounded and kept inside (0, period).
+
+namespace {
+
+Time secondLevelLength(const ClockSpec& clock) {
+    const auto length =
+        static_cast<Time>(std::llround(static_cast<double>(clock.period) * clock.duty / 100.0));
+    return std::clamp<Time>(length, 1, clock.period - 1);
+}
+
+// Edges at times before t.
+std::int64_t edgesBefore(const ClockSpec& clock, Time t) {
+    const Time away = t - clock.phase;
+    const Time back = away - secondLevelLength(clock);
+    std::int64_t count = away > 0 ? (away + clock.period - 1) / clock.period : 0;
+    count += back > 0 ? (back + clock.period - 1) / clock.period : 0;
+    return count;
+}
+
+Time floorDiv(Time a, Time b) {
+    return a / b - ((a % b != 0) && ((a < 0) != (b < 0)) ? 1 : 0);
+}
+
+} // namespace
+
+BitState Signal::clockLevel(Time t) const {
+    const BitState other = m_clock.startLevel == BitState::Low ? BitState::High : BitState::Low;
+    if (t < m_clock.phase)
+        return m_clock.startLevel;
+    const Time into = (t - m_clock.phase) % m_clock.period;
+    return into < secondLevelLength(m_clock) ? other : m_clock.startLevel;
+}
+
+Time Signal::nextClockEdge(Time t) const {
+    if (t < m_clock.phase)
+        return m_clock.phase;
+    const Time base = m_clock.phase + floorDiv(t - m_clock.phase, m_clock.period) * m_clock.period;
+    const Time back = base + secondLevelLength(m_clock);
+    return t < back ? back : base + m_clock.period;
+}
+
+std::int64_t Signal::clockEdgeCount(Time from, Time to) const {
+    return to > from ? edgesBefore(m_clock, to) - edgesBefore(m_clock, from) : 0;
+}
+
+std::size_t Signal::memoryBytes() const {
+    return m_times.capacity() * sizeof(Time) + m_states.capacity() +
+           m_words.capacity() * sizeof(std::uint64_t);
+}
+
+bool Signal::operator==(const Signal& other) const {
+    return m_name == other.m_name && m_kind == other.m_kind && m_width == other.m_width &&
+           m_group == other.m_group && m_clock == other.m_clock && m_format == other.m_format &&
+           m_times == other.m_times && m_states == other.m_states && m_words == other.m_words;
+}

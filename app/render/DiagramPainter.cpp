@@ -1,0 +1,578 @@
+#include "render/DiagramPainter.h"
+
+#include "model/SignalPattern.h"
+#include "render/Label.h"
+
+#include "graphics/device/Device.h"
+#include "graphics/geometry/DevicePoint.h"
+#include "graphics/geometry/FloatPoint.h"
+#include "graphics/geometry/SheetRectangle.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace {
+
+// The fonts of the picture. Sizes are in points: on every device a point is 96/72 layout
+// pixels, so text keeps its place against the waveforms.
+WsiFont& nameFont() {
+    static WsiFont font("DejaVu Sans", 9);
+    return font;
+}
+
+WsiFont& smallFont() {
+    static WsiFont font("DejaVu Sans", 7.5);
+    return font;
+}
+
+WsiFont& groupFont() {
+    static WsiFont font = [] {
+        WsiFont f("DejaVu Sans", 9);
+        f.setBold(true);
+        return f;
+    }();
+    return font;
+}
+
+WsiFont& titleFont() {
+    static WsiFont font = [] {
+        WsiFont f("DejaVu Sans", 12);
+        f.setBold(true);
+        return f;
+    }();
+    return font;
+}
+
+WsiFont& noteFont() {
+    static WsiFont font = [] {
+        WsiFont f("DejaVu Sans", 7.5);
+        f.setItalic(true);
+        return f;
+    }();
+    return font;
+}
+
+// Text widths in layout pixels, measured on a device without a painter at 96 per inch.
+double measure(const std::string& text, WsiFont& font) {
+    static Device measuring;
+    return static_cast<double>(labelWidth(measuring, text, font));
+}
+
+// The largest unit in which every tick (a multiple of step) is a whole number.
+std::string axisLabel(Time t, Time step, TimeUnit unit) {
+    int index = static_cast<int>(unit);
+    Time factor = 1;
+    while (index < static_cast<int>(TimeUnit::s) && step % (factor * 1000) == 0) {
+        factor *= 1000;
+        ++index;
+    }
+    std::string label = std::to_string(t / factor);
+    label.append(timeUnitName(static_cast<TimeUnit>(index)));
+    return label;
+}
+
+} // namespace
+
+DiagramPainter::DiagramPainter(const Diagram& diagram, const RenderOptions& options)
+    : m_diagram(diagram), m_options(options) {}
+
+bool DiagramPainter::layout(std::string& error) {
+    std::vector<SignalPattern> patterns;
+    for (const std::string& text : m_options.patterns)
+        patterns.emplace_back(text.c_str());
+    const Time from = m_options.from.value_or(m_diagram.spanStart());
+    const Time to = m_options.to.value_or(m_diagram.spanEnd());
+    if (to <= from) {
+        error = "the time window is empty: ";
+        error.append(formatTime(from, m_diagram.timeUnit()))
+            .append(" to ")
+            .append(formatTime(to, m_diagram.timeUnit()));
+        return false;
+    }
+
+    m_rows.clear();
+    double nameWidth = 40;
+    double y = v_margin;
+    m_titleTop = y;
+    if (!m_diagram.title().empty())
+        y += v_titleHeight;
+    m_markerTop = y;
+    if (!m_diagram.markers().empty())
+        y += v_labelRowHeight;
+    m_axisTop = y;
+    y += v_axisHeight;
+    m_annotationTop = y;
+    if (std::any_of(m_diagram.annotations().begin(), m_diagram.annotations().end(),
+                    [](const Annotation& a) { return a.signal.empty(); }))
+        y += v_labelRowHeight;
+    m_rowsTop = y;
+    std::string group;
+    for (std::size_t i = 0; i < m_diagram.signalCount(); ++i) {
+        const Signal& signal = m_diagram.signal(i);
+        const bool selected =
+            patterns.empty() || std::any_of(patterns.begin(), patterns.end(), [&](auto& p) {
+                return p.matches(signal.name().c_str());
+            });
+        if (!selected)
+            continue;
+        if (signal.group() != group) {
+            group = signal.group();
+            if (!group.empty()) {
+                m_rows.push_back({Signal::npos, group, y, v_groupHeight});
+                y += v_groupHeight;
+                nameWidth = std::max(nameWidth, measure(group, groupFont()));
+            }
+        }
+        m_rows.push_back({i, group, y, v_rowHeight});
+        y += v_rowHeight;
+        nameWidth =
+            std::max(nameWidth, measure(signal.name(), nameFont()) + (group.empty() ? 0 : 10));
+    }
+    if (m_rows.empty()) {
+        error = "no signal matches the patterns given";
+        return false;
+    }
+    m_rowsBottom = y;
+    m_width = std::max(m_options.width, 200);
+    m_height = static_cast<int>(std::ceil(y + v_margin));
+    m_nameRight = v_margin + std::min(nameWidth + 12, m_width * 0.4);
+    m_scale = TimeScale(from, to, m_nameRight + 8, m_width - v_margin - 8);
+    return true;
+}
+
+double DiagramPainter::rowMiddle(const std::string& signal) const {
+    const std::size_t index = m_diagram.findSignal(signal);
+    for (const Row& row : m_rows) {
+        if (row.signal == index && index != Signal::npos)
+            return row.top + row.height / 2;
+    }
+    return -1;
+}
+
+// Each change of pen or colour is a state change for every device (a new QPen, a line of
+// PostScript), so the painter makes one only when the value differs.
+void DiagramPainter::setPen(Device& device, double pixels) {
+    const long width = std::max(1L, std::lround(pixels * m_unitsPerPixel));
+    if (device.penWidth() != width)
+        device.setPenWidth(width);
+}
+
+void DiagramPainter::setInk(Device& device, wsiColor color) {
+    if (device.color() != color)
+        device.setColor(color);
+}
+
+Time DiagramPainter::tickStep() const {
+    const double minimum = 80 / m_scale.pixelsPerTime();
+    Time step = 1;
+    while (true) {
+        for (Time multiple : {1, 2, 5}) {
+            if (static_cast<double>(step * multiple) >= minimum)
+                return step * multiple;
+        }
+        if (step > (std::numeric_limits<Time>::max() / 100))
+            return step;
+        step *= 10;
+    }
+}
+
+void DiagramPainter::paint(Device& device, double unitsPerPixel) {
+    m_unitsPerPixel = unitsPerPixel;
+    device.setPenWidth(std::max(1L, std::lround(unitsPerPixel)));
+    device.setDisplayTransformation(
+        TqMatrix(FloatPoint(unitsPerPixel, unitsPerPixel), FloatPoint(0, 0)));
+    device.setBackgroundColor(wsiWhite);
+    device.setColor(wsiWhite);
+    device.fillRectangle(SheetRectangle(SheetPoint(0, 0), SheetPoint(m_width, m_height)));
+    device.setPenStyle(wsiPenSolid);
+    device.setBackgroundFillMode(wsiTransparent);
+
+    if (!m_diagram.title().empty()) {
+        setInk(device, wsiBlack);
+        drawLabel(device, m_diagram.title(),
+                  SheetPoint((m_scale.left() + m_scale.right()) / 2, m_titleTop + 4), titleFont(),
+                  wsiAlignHCenter, wsiAlignTop);
+    }
+    paintGrid(device);
+    paintAxis(device, m_axisTop + v_axisHeight);
+    for (const Row& row : m_rows) {
+        if (Device::checkBreakExecution())
+            return;
+        paintRow(device, row);
+    }
+    paintDecorations(device);
+}
+
+void DiagramPainter::paintAxis(Device& device, double bottom) {
+    const Time step = tickStep();
+    const double line = bottom - 6;
+    setInk(device, wsiDarkGray);
+    setPen(device, 1);
+    device.drawLine(SheetPoint(m_scale.left(), line), SheetPoint(m_scale.right(), line));
+    Time first = m_scale.from() / step * step;
+    if (first < m_scale.from())
+        first += step;
+    for (Time t = first; t <= m_scale.to(); t += step) {
+        const double x = m_scale.x(t);
+        device.drawLine(SheetPoint(x, line - 4), SheetPoint(x, line));
+        drawLabel(device, axisLabel(t, step, m_diagram.timeUnit()), SheetPoint(x, line - 6),
+                  smallFont(), wsiAlignHCenter, wsiAlignBottom);
+        if (t > std::numeric_limits<Time>::max() - step)
+            break;
+    }
+}
+
+void DiagramPainter::paintGrid(Device& device) {
+    if (!m_diagram.grid().visible)
+        return;
+    Time step = m_diagram.grid().spacing > 0 ? m_diagram.grid().spacing : tickStep();
+    if (static_cast<double>(step) * m_scale.pixelsPerTime() < 4)
+        step = tickStep();
+    setInk(device, wsiPaleGray);
+    setPen(device, 1);
+    device.setPenStyle(wsiPenDot);
+    Time first = m_scale.from() / step * step;
+    if (first < m_scale.from())
+        first += step;
+    for (Time t = first; t <= m_scale.to(); t += step) {
+        const double x = m_scale.x(t);
+        device.drawLine(SheetPoint(x, m_rowsTop), SheetPoint(x, m_rowsBottom));
+        if (t > std::numeric_limits<Time>::max() - step)
+            break;
+    }
+    device.setPenStyle(wsiPenSolid);
+}
+
+void DiagramPainter::paintRow(Device& device, const Row& row) {
+    const double middle = row.top + row.height / 2;
+    if (row.signal == Signal::npos) {
+        setInk(device, wsiDarkGray);
+        drawLabel(device, row.group, SheetPoint(v_margin, middle), groupFont(), wsiAlignLeft,
+                  wsiAlignVCenter);
+        setPen(device, 1);
+        setInk(device, wsiPaleGray);
+        device.drawLine(SheetPoint(v_margin, row.top + row.height - 2),
+                        SheetPoint(m_scale.right(), row.top + row.height - 2));
+        return;
+    }
+    const Signal& signal = m_diagram.signal(row.signal);
+    setInk(device, wsiBlack);
+    drawLabel(device, signal.name(), SheetPoint(m_nameRight, middle), nameFont(), wsiAlignRight,
+              wsiAlignVCenter);
+    const double high = middle - v_swing / 2, low = middle + v_swing / 2;
+    if (signal.kind() == SignalKind::Bus)
+        paintBus(device, signal, high, low);
+    else
+        paintBit(device, signal, high, low);
+}
+
+void DiagramPainter::paintHatch(Device& device, double x0, double x1, double high, double low) {
+    const double h = low - high;
+    setInk(device, wsiGray);
+    setPen(device, 1);
+    // The strokes that fit whole are one zigzag polyline: up one stroke, along the top edge to
+    // the next, down it, along the bottom edge; the edges are drawn over by the outline. A
+    // wide unknown slot so costs one call instead of one per stroke. The strokes cut by the
+    // slot's ends are drawn one by one.
+    std::vector<SheetPoint>& zigzag = m_points;
+    zigzag.clear();
+    auto flush = [&] {
+        if (zigzag.size() > 1)
+            device.drawPolyline(static_cast<int>(zigzag.size()), zigzag.data());
+        zigzag.clear();
+    };
+    for (double a = x0 - h; a < x1; a += 4) {
+        if (a >= x0 && a + h <= x1) {
+            const bool up = (zigzag.size() / 2) % 2 == 0;
+            zigzag.emplace_back(up ? a : a + h, up ? low : high);
+            zigzag.emplace_back(up ? a + h : a, up ? high : low);
+            if (zigzag.size() >= 30000)
+                flush();
+            continue;
+        }
+        const double start = std::max(a, x0), end = std::min(a + h, x1);
+        if (start < end)
+            device.drawLine(SheetPoint(start, low - (start - a)), SheetPoint(end, low - (end - a)));
+    }
+    flush();
+}
+
+void DiagramPainter::paintBit(Device& device, const Signal& signal, double high, double low) {
+    if (signal.kind() == SignalKind::Clock)
+        collectClockRuns(signal, m_scale, m_runs);
+    else
+        collectRuns(signal, m_scale, m_runs);
+    const wsiColor ink = signal.kind() == SignalKind::Clock ? wsiDarkBlue : wsiBlack;
+    const double middle = (high + low) / 2;
+    const double slope = m_options.slopedEdges ? 2.5 : 0;
+    auto levelOf = [&](BitState s) {
+        switch (s) {
+        case BitState::Low:
+        case BitState::WeakLow:
+            return low;
+        case BitState::High:
+        case BitState::WeakHigh:
+            return high;
+        default:
+            return middle;
+        }
+    };
+    // Solid levels are gathered into one polyline; everything else breaks it.
+    std::vector<SheetPoint>& line = m_line;
+    line.clear();
+    auto flush = [&] {
+        if (line.size() > 1) {
+            setInk(device, ink);
+            setPen(device, 1.5);
+            device.drawPolyline(static_cast<int>(line.size()), line.data());
+        }
+        line.clear();
+    };
+    double previous = -1;
+    for (const WaveformRun& run : m_runs) {
+        if (run.kind == WaveformRun::Dense) {
+            flush();
+            setInk(device, signal.kind() == SignalKind::Clock ? wsiPaleBlue : wsiPaleGray);
+            device.fillRectangle(SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low)));
+            setInk(device, ink);
+            setPen(device, 1);
+            device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
+            device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
+            previous = -1;
+            continue;
+        }
+        const double y = levelOf(run.state);
+        const double s = run.edge ? std::min(slope, (run.x1 - run.x0) / 2) : 0;
+        const bool strong = run.state == BitState::Low || run.state == BitState::High;
+        if (strong) {
+            if (line.empty() && previous >= 0 && run.edge)
+                line.emplace_back(run.x0, previous);
+            else if (line.empty() || !run.edge)
+                line.emplace_back(run.x0, y);
+            line.emplace_back(run.x0 + s, y);
+            line.emplace_back(run.x1, y);
+            previous = y;
+            // Devices take at most 65,535 points a polyline.
+            if (line.size() >= 30000) {
+                const SheetPoint last = line.back();
+                flush();
+                line.push_back(last);
+            }
+            continue;
+        }
+        flush();
+        setInk(device, ink);
+        setPen(device, 1.5);
+        if (run.edge && previous >= 0)
+            device.drawLine(SheetPoint(run.x0, previous), SheetPoint(run.x0 + s, y));
+        if (run.state == BitState::Unknown) {
+            paintHatch(device, run.x0, run.x1, high, low);
+            setInk(device, ink);
+            setPen(device, 1);
+            device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
+            device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
+            if (run.edge)
+                device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x0, low));
+            previous = -1;
+        } else if (run.state == BitState::HighZ) {
+            setInk(device, wsiBlue);
+            device.drawLine(SheetPoint(run.x0 + s, y), SheetPoint(run.x1, y));
+            previous = y;
+        } else {
+            device.setPenStyle(wsiPenDash);
+            device.drawLine(SheetPoint(run.x0 + s, y), SheetPoint(run.x1, y));
+            device.setPenStyle(wsiPenSolid);
+            previous = y;
+        }
+    }
+    flush();
+}
+
+void DiagramPainter::paintBus(Device& device, const Signal& signal, double high, double low) {
+    collectRuns(signal, m_scale, m_runs);
+    const double middle = (high + low) / 2;
+    const double slope = m_options.slopedEdges ? 3 : 0;
+    for (const WaveformRun& run : m_runs) {
+        if (run.kind == WaveformRun::Dense) {
+            setInk(device, wsiPaleGray);
+            device.fillRectangle(SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low)));
+            setInk(device, wsiBlack);
+            setPen(device, 1);
+            device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
+            device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
+            continue;
+        }
+        const double s = std::min(slope, (run.x1 - run.x0) / 2);
+        const double left = run.edge ? s : 0;
+        const bool reachesEnd = run.x1 >= m_scale.right() - 0.01;
+        const double right = reachesEnd ? 0 : s;
+        if (run.state == BitState::HighZ) {
+            setInk(device, wsiBlue);
+            setPen(device, 1.5);
+            device.drawLine(SheetPoint(run.x0, middle), SheetPoint(run.x1, middle));
+            continue;
+        }
+        const bool allUnknown =
+            run.state == BitState::Unknown &&
+            signal.changeBinary(run.change).find_first_not_of('x') == std::string::npos;
+        if (allUnknown)
+            paintHatch(device, run.x0 + left, run.x1 - right, high, low);
+        const SheetPoint outline[] = {
+            {run.x0, middle},      {run.x0 + left, high}, {run.x1 - right, high}, {run.x1, middle},
+            {run.x1 - right, low}, {run.x0 + left, low},  {run.x0, middle}};
+        setInk(device, wsiBlack);
+        setPen(device, 1);
+        device.drawPolyline(7, outline);
+        if (!allUnknown)
+            paintBusValue(device, signal, run.change, run.x0 + left, run.x1 - right, middle);
+    }
+}
+
+void DiagramPainter::paintBusValue(Device& device, const Signal& signal, std::size_t change,
+                                   double x0, double x1, double middle) {
+    const double room = (x1 - x0 - 4) * m_unitsPerPixel;
+    if (room <= 0)
+        return;
+    std::string text = busValueText(signal, change);
+    WsiFont& font = smallFont();
+    if (static_cast<double>(labelWidth(device, text, font)) > room) {
+        // The longest start of the text that fits with ".." after it, by bisection, so a long
+        // value costs a few measurements.
+        std::size_t lo = 0, hi = text.size();
+        while (lo < hi) {
+            const std::size_t mid = (lo + hi + 1) / 2;
+            std::string candidate = text.substr(0, mid);
+            candidate.append("..");
+            if (static_cast<double>(labelWidth(device, candidate, font)) <= room)
+                lo = mid;
+            else
+                hi = mid - 1;
+        }
+        if (lo == 0)
+            return;
+        text.resize(lo);
+        text.append("..");
+    }
+    setInk(device, wsiBlack);
+    drawLabel(device, text, SheetPoint((x0 + x1) / 2, middle), font, wsiAlignHCenter,
+              wsiAlignVCenter);
+}
+
+void DiagramPainter::paintGap(Device& device, double x, double top, double bottom) {
+    const double lean = 3;
+    const SheetPoint band[] = {
+        {x - 3 + lean, top}, {x + 3 + lean, top}, {x + 3 - lean, bottom}, {x - 3 - lean, bottom}};
+    device.fillPolygon(wsiWhite, 4, band);
+    setInk(device, wsiBlack);
+    setPen(device, 1);
+    device.drawLine(band[0], band[3]);
+    device.drawLine(band[1], band[2]);
+}
+
+// Clears the box of a label drawn over the waveforms (bottom-aligned at at, centred or from
+// its left end), so that lines do not run through its letters.
+void DiagramPainter::paintLabelBackground(Device& device, const std::string& text,
+                                          const SheetPoint& at, WsiFont& font, bool centred) {
+    const double width = static_cast<double>(labelWidth(device, text, font)) / m_unitsPerPixel;
+    const double height = font.pointSize() * 96 / 72;
+    const double left = centred ? at.x() - width / 2 : at.x();
+    setInk(device, wsiWhite);
+    device.fillRectangle(SheetRectangle(SheetPoint(left - 2, at.y() - height),
+                                        SheetPoint(left + width + 2, at.y() + 1)));
+}
+
+void DiagramPainter::paintDecorations(Device& device) {
+    auto visible = [&](Time t) { return t >= m_scale.from() && t <= m_scale.to(); };
+    for (const Gap& gap : m_diagram.gaps()) {
+        if (!visible(gap.time))
+            continue;
+        const double x = m_scale.x(gap.time);
+        if (gap.signal.empty()) {
+            paintGap(device, x, m_axisTop + v_axisHeight - 12, m_rowsBottom);
+        } else if (const double y = rowMiddle(gap.signal); y >= 0) {
+            paintGap(device, x, y - v_swing / 2 - 3, y + v_swing / 2 + 3);
+        }
+    }
+    for (const Marker& marker : m_diagram.markers()) {
+        if (!visible(marker.time))
+            continue;
+        const double x = m_scale.x(marker.time);
+        setInk(device, wsiRed);
+        setPen(device, 1);
+        device.setPenStyle(wsiPenDash);
+        device.drawLine(SheetPoint(x, m_axisTop + v_axisHeight - 6), SheetPoint(x, m_rowsBottom));
+        device.setPenStyle(wsiPenSolid);
+        drawLabel(device, marker.label, SheetPoint(x, m_markerTop + v_labelRowHeight - 3),
+                  smallFont(), wsiAlignHCenter, wsiAlignBottom);
+    }
+    for (const Arrow& arrow : m_diagram.arrows()) {
+        const double y0 = rowMiddle(arrow.from.signal), y1 = rowMiddle(arrow.to.signal);
+        if (y0 < 0 || y1 < 0 || !visible(arrow.from.time) || !visible(arrow.to.time))
+            continue;
+        const double x0 = m_scale.x(arrow.from.time), x1 = m_scale.x(arrow.to.time);
+        const bool level = arrow.from.signal == arrow.to.signal;
+        const SheetPoint from(x0, level ? y0 - v_swing / 2 - 3 : y0);
+        const SheetPoint to(x1, level ? y0 - v_swing / 2 - 3 : y1);
+        const TqMatrix& m = device.displayTransformation(false);
+        DevicePoint points[] = {DevicePoint(from, m), DevicePoint(to, m)};
+        const auto head = DevicePoint(static_cast<std::int32_t>(std::lround(7 * m_unitsPerPixel)),
+                                      static_cast<std::int32_t>(std::lround(5 * m_unitsPerPixel)));
+        setInk(device, wsiDarkRed);
+        setPen(device, 1);
+        device.drawCappedPolylineUnTransformed(level ? wsiLineCapArrow : wsiLineCapRound,
+                                               wsiLineCapArrow, head, 2, points);
+        if (!arrow.label.empty()) {
+            const SheetPoint at((from.x() + to.x()) / 2, (from.y() + to.y()) / 2 - 2);
+            paintLabelBackground(device, arrow.label, at, smallFont(), true);
+            setInk(device, wsiDarkRed);
+            drawLabel(device, arrow.label, at, smallFont(), wsiAlignHCenter, wsiAlignBottom);
+        }
+    }
+    for (const Annotation& note : m_diagram.annotations()) {
+        if (!visible(note.time))
+            continue;
+        const double x = m_scale.x(note.time);
+        setInk(device, wsiDarkGreen);
+        if (note.signal.empty()) {
+            drawLabel(device, note.text, SheetPoint(x, m_annotationTop + v_labelRowHeight / 2),
+                      noteFont(), wsiAlignLeft, wsiAlignVCenter);
+        } else if (const double y = rowMiddle(note.signal); y >= 0) {
+            const SheetPoint at(x + 3, y - v_swing / 2 - 1);
+            paintLabelBackground(device, note.text, at, noteFont(), false);
+            setInk(device, wsiDarkGreen);
+            drawLabel(device, note.text, at, noteFont(), wsiAlignLeft, wsiAlignBottom);
+        }
+    }
+}
+
+std::string busValueText(const Signal& signal, std::size_t change) {
+    const BigInt value = signal.changeValue(change);
+    const BusFormat& format = signal.busFormat();
+    const unsigned width = signal.width();
+    std::unique_ptr<char[]> digits;
+    std::string sign;
+    if (format.radix == RadixPlainDecimal || format.radix == RadixDecimal) {
+        if (!signal.changeIsKnown(change))
+            return "X";
+        const bool negative = format.radix == RadixPlainDecimal && value.bsl()[1] == '1';
+        if (negative) {
+            const BigInt magnitude = -value;
+            digits.reset(magnitude.BSLToDecimal(width, 0, false));
+            sign.push_back('-');
+        } else {
+            digits.reset(value.BSLToDecimal(width, 0, false));
+        }
+    } else {
+        digits.reset(value.asNumericString(format.radix, width, 0, true));
+    }
+    if (!digits)
+        return "?";
+    if (format.notation == HDLNone || format.radix == RadixPlainDecimal)
+        return sign.append(digits.get());
+    // Verilog constants are written with a lower-case base letter (8'hA5), VHDL ones with an
+    // upper-case one (X"A5"), as designers write them.
+    const char letter = radixCharacter(format.radix, format.notation, format.notation == HDLVHDL);
+    const char* text = formatHDLString(digits.get(), format.notation, letter, width);
+    return sign.append(text ? text : digits.get());
+}

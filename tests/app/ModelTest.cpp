@@ -1,0 +1,201 @@
+// The diagram model: signals keep their changes sorted and find a time by binary search,
+// clocks compute their edges, bus values keep every four-state bit, the diagram keeps its
+// references when signals are renamed or removed, and names match wildcard patterns.
+#include "model/Diagram.h"
+#include "model/SignalPattern.h"
+#include "model/Time.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace {
+
+struct CountingDependent : Dependent {
+    void update(Model&, Aspect a) override {
+        ++count;
+        last = a;
+    }
+    int count = 0;
+    Aspect last = aspectAll;
+};
+
+TEST(Signal, ChangesStaySortedWhateverTheOrderOfAppending) {
+    Signal s("a", SignalKind::Bit);
+    // clang-format off
+    const struct { Time time; BitState state; } steps[] = {
+        {10, BitState::High}, {30, BitState::Low}, {20, BitState::Unknown},
+        {0, BitState::HighZ}, {20, BitState::WeakHigh}, {40, BitState::WeakLow},
+    };
+    // clang-format on
+    for (const auto& step : steps)
+        ASSERT_TRUE(s.appendChange(step.time, step.state));
+    ASSERT_EQ(s.changeCount(), 5u);
+    const Time times[] = {0, 10, 20, 30, 40};
+    const char states[] = "z1h0l";
+    for (std::size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(s.changeTime(i), times[i]);
+        EXPECT_EQ(bitStateChar(s.changeState(i)), states[i]) << i;
+    }
+    // clang-format off
+    const struct { Time at; std::size_t index; std::size_t from; } lookups[] = {
+        {-1, Signal::npos, 0}, {0, 0, 0}, {5, 0, 1}, {10, 1, 1}, {39, 3, 4}, {40, 4, 4},
+        {99, 4, 5},
+    };
+    // clang-format on
+    for (const auto& l : lookups) {
+        EXPECT_EQ(s.indexAt(l.at), l.index) << l.at;
+        EXPECT_EQ(s.firstIndexFrom(l.at), l.from) << l.at;
+    }
+    EXPECT_EQ(s.eraseChanges(10, 31), 3u);
+    EXPECT_EQ(s.changeCount(), 2u);
+    EXPECT_EQ(s.changeTime(1), 40);
+}
+
+TEST(Signal, BusValuesKeepEveryFourStateBitAcrossWordBoundaries) {
+    // clang-format off
+    const struct { unsigned width; std::string digits; std::string stored; BitState state; } cases[] = {
+        {4, "10xz", "10xz", BitState::Unknown},
+        {4, "1", "0001", BitState::High},
+        {4, "x1", "xxx1", BitState::Unknown},
+        {4, "z", "zzzz", BitState::HighZ},
+        {4, "xxxx", "xxxx", BitState::Unknown},
+        {3, "1111_0101", "101", BitState::High},
+        {65, "1", std::string(64, '0').append("1"), BitState::High},
+        {65, "z0", std::string(63, 'z').append("z0"), BitState::Unknown},
+        {130, std::string(130, 'z'), std::string(130, 'z'), BitState::HighZ},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Signal bus("b", SignalKind::Bus, c.width);
+        ASSERT_TRUE(bus.appendBinary(0, c.digits)) << c.digits;
+        EXPECT_EQ(bus.changeBinary(0), c.stored) << c.width << " " << c.digits;
+        EXPECT_EQ(bus.changeState(0), c.state) << c.digits;
+        EXPECT_EQ(bus.changeIsKnown(0), c.state == BitState::High) << c.digits;
+    }
+    Signal bus("b", SignalKind::Bus, 8);
+    EXPECT_FALSE(bus.appendBinary(0, "10q1"));
+    EXPECT_FALSE(bus.appendBinary(0, "h"));
+    ASSERT_TRUE(bus.appendChange(5, BigInt(0xA5)));
+    ASSERT_TRUE(bus.appendChange(7, BitState::HighZ));
+    EXPECT_EQ(bus.changeBinary(0), "10100101");
+    EXPECT_EQ(bus.changeBinary(1), "zzzzzzzz");
+    std::unique_ptr<char[]> hex(bus.changeValue(0).asNumericString(RadixHexadecimal, 8, 0, true));
+    EXPECT_STREQ(hex.get(), "A5");
+    EXPECT_FALSE(bus.appendChange(9, BitState::WeakHigh));
+}
+
+TEST(Signal, ClockEdgesFollowPeriodDutyPhaseAndStartLevel) {
+    Signal clk("clk", SignalKind::Clock);
+    EXPECT_FALSE(clk.setClock({.period = 1}));
+    EXPECT_FALSE(clk.setClock({.period = 10, .duty = 100}));
+    ASSERT_TRUE(clk.setClock({.period = 10, .duty = 30, .phase = 5}));
+    EXPECT_FALSE(clk.appendChange(0, BitState::High));
+    // Low until 5, high for 3 of every 10 from there.
+    // clang-format off
+    const struct { Time t; BitState level; Time next; } samples[] = {
+        {0, BitState::Low, 5}, {5, BitState::High, 8}, {7, BitState::High, 8},
+        {8, BitState::Low, 15}, {14, BitState::Low, 15}, {15, BitState::High, 18},
+        {1005, BitState::High, 1008},
+    };
+    // clang-format on
+    for (const auto& s : samples) {
+        EXPECT_EQ(clk.clockLevel(s.t), s.level) << s.t;
+        EXPECT_EQ(clk.nextClockEdge(s.t), s.next) << s.t;
+    }
+    EXPECT_EQ(clk.clockEdgeCount(0, 5), 0);
+    EXPECT_EQ(clk.clockEdgeCount(0, 6), 1);
+    EXPECT_EQ(clk.clockEdgeCount(0, 105), 20);
+    EXPECT_EQ(clk.clockEdgeCount(8, 9), 1);
+}
+
+TEST(Diagram, EditsKeepReferencesAndTellDependents) {
+    Diagram d;
+    CountingDependent view;
+    d.addDependent(view);
+    d.addSignal("top.a", SignalKind::Bit, 1, "G");
+    d.addSignal("top.b", SignalKind::Bus, 8);
+    d.addSignal("top.c", SignalKind::Bit);
+    EXPECT_EQ(d.groups(), std::vector<std::string>{"G"});
+    d.addArrow({{"top.a", 1}, {"top.b", 2}, "t"});
+    d.addAnnotation({3, "top.b", "note"});
+    d.addGap({4, "top.b"});
+    EXPECT_GT(view.count, 0);
+    EXPECT_EQ(view.last, static_cast<Aspect>(aspectDecorations));
+
+    EXPECT_FALSE(d.renameSignal(1, "top.a"));
+    EXPECT_FALSE(d.renameSignal(1, ""));
+    ASSERT_TRUE(d.renameSignal(1, "top.bus"));
+    EXPECT_EQ(d.arrows()[0].to.signal, "top.bus");
+    EXPECT_EQ(d.annotations()[0].signal, "top.bus");
+    EXPECT_EQ(d.findSignal("top.bus"), 1u);
+    EXPECT_EQ(d.findSignal("top.b"), Signal::npos);
+
+    d.moveSignal(0, 99);
+    EXPECT_EQ(d.signal(2).name(), "top.a");
+    EXPECT_EQ(d.findSignal("top.a"), 2u);
+    d.removeSignal(0);
+    EXPECT_TRUE(d.arrows().empty());
+    EXPECT_TRUE(d.annotations().empty());
+    EXPECT_TRUE(d.gaps().empty());
+    EXPECT_EQ(d.findSignal("top.a"), 1u);
+    EXPECT_EQ(view.last, static_cast<Aspect>(aspectSignals));
+    EXPECT_FALSE(d.removeMarker(0));
+    d.removeDependent(view);
+}
+
+TEST(Diagram, SpanComesFromTheContentsUnlessSet) {
+    Diagram d;
+    Signal& s = d.addSignal("a", SignalKind::Bit);
+    ASSERT_TRUE(s.appendChange(-10, BitState::Low));
+    ASSERT_TRUE(s.appendChange(90, BitState::High));
+    EXPECT_EQ(d.spanStart(), -10);
+    EXPECT_EQ(d.spanEnd(), 100);
+    d.setSpan(0, 50);
+    EXPECT_EQ(d.spanStart(), 0);
+    EXPECT_EQ(d.spanEnd(), 50);
+    d.setSpan(5, 5);
+    EXPECT_FALSE(d.hasExplicitSpan());
+}
+
+TEST(Time, TextWithUnitsConvertsToTheDiagramUnit) {
+    // clang-format off
+    const struct { const char* text; TimeUnit unit; bool ok; Time value; } cases[] = {
+        {"250ns", TimeUnit::ps, true, 250000}, {"250", TimeUnit::ps, true, 250},
+        {"1.5us", TimeUnit::ns, true, 1500},   {"-20ns", TimeUnit::ns, true, -20},
+        {"1500ps", TimeUnit::ns, true, 2},     {"1ps", TimeUnit::ns, true, 0},
+        {"3s", TimeUnit::fs, true, 3000000000000000},
+        {"10000s", TimeUnit::fs, false, 0},    {"ns", TimeUnit::ns, false, 0},
+        {"12 ns", TimeUnit::ns, false, 0},     {"12xs", TimeUnit::ns, false, 0},
+        {"", TimeUnit::ns, false, 0},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Time value = 0;
+        std::string error;
+        EXPECT_EQ(parseTime(c.text, c.unit, value, error), c.ok) << c.text;
+        if (c.ok)
+            EXPECT_EQ(value, c.value) << c.text;
+        else
+            EXPECT_FALSE(error.empty()) << c.text;
+    }
+    EXPECT_EQ(formatTime(2000, TimeUnit::ps), "2ns");
+    EXPECT_EQ(formatTime(1500, TimeUnit::ps), "1500ps");
+    EXPECT_EQ(formatTime(0, TimeUnit::us), "0us");
+}
+
+TEST(SignalPattern, StarStaysInOneLevelAndDoubleStarCrossesLevels) {
+    // clang-format off
+    const struct { const char* pattern; const char* name; bool match; } cases[] = {
+        {"top.*", "top.clk", true},        {"top.*", "top.cpu.addr", false},
+        {"top.**", "top.cpu.addr", true},  {"**.addr", "top.cpu.addr", true},
+        {"*.clk", "top.clk", true},        {"top.d?ta", "top.data", true},
+        {"data[7:0]", "data[7:0]", true},  {"top.clk", "top.clk2", false},
+        {"*", "", true},                   {"top.c*", "top.clk", true},
+    };
+    // clang-format on
+    for (const auto& c : cases)
+        EXPECT_EQ(SignalPattern(c.pattern).matches(c.name), c.match) << c.pattern << " " << c.name;
+}
+
+} // namespace

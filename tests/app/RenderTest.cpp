@@ -1,0 +1,293 @@
+// The renderer: each signal kind and state at sample pixels of the PNG, the same samples in
+// the PDF (through pdftoppm), the EPS (through Ghostscript) and the SVG (through Qt's SVG
+// renderer), and level of detail: a signal's cost follows the output's width, not its
+// number of changes.
+#include "render/DiagramExporter.h"
+#include "render/DiagramPainter.h"
+#include "render/WaveformRuns.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QSvgRenderer>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+// One row of each kind and state, on a 0..100 ns axis.
+void sampleDiagram(Diagram& d) {
+    d.setTitle("Samples");
+    d.setSpan(0, 100);
+    Signal& clk = d.addSignal("clk", SignalKind::Clock);
+    ASSERT_TRUE(clk.setClock({.period = 20, .duty = 50, .phase = 0}));
+    Signal& bit = d.addSignal("bit", SignalKind::Bit);
+    const char states[] = "01xzlh";
+    for (int i = 0; i < 6; ++i) {
+        BitState s{};
+        ASSERT_TRUE(parseBitState(states[i], s));
+        ASSERT_TRUE(bit.appendChange(i * 16, s));
+    }
+    Signal& bus = d.addSignal("bus", SignalKind::Bus, 8);
+    ASSERT_TRUE(bus.appendChange(0, BigInt(0xA5)));
+    ASSERT_TRUE(bus.appendChange(40, BitState::Unknown));
+    ASSERT_TRUE(bus.appendChange(70, BitState::HighZ));
+}
+
+// Inked is any ink but white: the formats map the dark colours slightly differently.
+enum class Ink { White, Dark, Blue, Any, Inked };
+
+Ink classify(QRgb pixel) {
+    const int r = qRed(pixel), g = qGreen(pixel), b = qBlue(pixel);
+    if (r > 235 && g > 235 && b > 235)
+        return Ink::White;
+    if (b > 150 && b > r + 80 && b > g + 80)
+        return Ink::Blue;
+    return r + g + b < 3 * 170 ? Ink::Dark : Ink::Any;
+}
+
+// Whether some pixel within two pixels of (x, y) has the ink: antialiasing and the formats'
+// own rounding move lines by a pixel.
+bool inkNear(const QImage& image, double x, double y, Ink ink) {
+    for (int dy = -2; dy <= 2; ++dy) {
+        for (int dx = -2; dx <= 2; ++dx) {
+            const int px = static_cast<int>(x) + dx, py = static_cast<int>(y) + dy;
+            if (!image.valid(px, py))
+                continue;
+            const Ink found = classify(image.pixel(px, py));
+            if (found == ink || (ink == Ink::Inked && found != Ink::White))
+                return true;
+        }
+    }
+    return false;
+}
+
+// How many pixels of a box are not white.
+int inkIn(const QImage& image, double x0, double y0, double x1, double y1) {
+    int count = 0;
+    for (int y = static_cast<int>(y0); y < static_cast<int>(y1); ++y)
+        for (int x = static_cast<int>(x0); x < static_cast<int>(x1); ++x)
+            count += image.valid(x, y) && classify(image.pixel(x, y)) != Ink::White;
+    return count;
+}
+
+struct Sample {
+    const char* what;
+    const char* signal;
+    Time time;
+    double dy; // from the row's middle: -9 the high level, +9 the low level
+    Ink ink;
+};
+
+// clang-format off
+const Sample v_samples[] = {
+    {"clock high", "clk", 5, -9, Ink::Inked},   {"clock high, nothing low", "clk", 5, 9, Ink::White},
+    {"clock low", "clk", 15, 9, Ink::Inked},    {"clock low, nothing high", "clk", 15, -9, Ink::White},
+    {"bit 0", "bit", 8, 9, Ink::Inked},         {"bit 0, nothing high", "bit", 8, -9, Ink::White},
+    {"bit 1", "bit", 24, -9, Ink::Inked},       {"bit 1, nothing low", "bit", 24, 9, Ink::White},
+    {"bit z at mid level", "bit", 56, 0, Ink::Blue}, {"bit z, nothing high", "bit", 56, -9, Ink::White},
+    {"bus value outline", "bus", 20, -9, Ink::Inked}, {"bus z at mid level", "bus", 85, 0, Ink::Blue},
+    {"bus z, nothing high", "bus", 85, -9, Ink::White},
+};
+// clang-format on
+
+// Checks every sample on image, a picture of painter's layout at scale pixels to a layout
+// pixel; names the format in failures.
+void checkSamples(const QImage& image, const DiagramPainter& painter, double scale,
+                  const char* format) {
+    ASSERT_FALSE(image.isNull()) << format;
+    for (const Sample& s : v_samples) {
+        const double x = painter.timeScale().x(s.time) * scale;
+        const double y = (painter.rowMiddle(s.signal) + s.dy) * scale;
+        EXPECT_TRUE(inkNear(image, x, y, s.ink)) << format << ": " << s.what;
+    }
+    // X is hatched: ink all over its slot, between the levels too.
+    const TimeScale& t = painter.timeScale();
+    const double bit = painter.rowMiddle("bit"), bus = painter.rowMiddle("bus");
+    EXPECT_GT(inkIn(image, t.x(35) * scale, (bit - 5) * scale, t.x(45) * scale, (bit + 5) * scale),
+              10 * scale * scale)
+        << format << ": bit x hatched";
+    EXPECT_GT(inkIn(image, t.x(50) * scale, (bus - 5) * scale, t.x(60) * scale, (bus + 5) * scale),
+              10 * scale * scale)
+        << format << ": bus x hatched";
+    // A weak level is dashed: ink on its line, but gaps too.
+    const double weak = (bit + 9) * scale;
+    const int inked = inkIn(image, t.x(66) * scale, weak - 1, t.x(78) * scale, weak + 2);
+    const double length = (t.x(78) - t.x(66)) * scale;
+    EXPECT_GT(inked, length * 0.4) << format << ": weak low drawn";
+    EXPECT_LT(inked, length * 3 * 0.9) << format << ": weak low dashed";
+    // The bus value is written inside its slot, the unknown slot holds no text.
+    EXPECT_GT(inkIn(image, t.x(12) * scale, (bus - 4) * scale, t.x(28) * scale, (bus + 4) * scale),
+              15 * scale * scale)
+        << format << ": bus value text";
+}
+
+std::string temporaryFolder() {
+    const auto folder = std::filesystem::temp_directory_path() / "tq_app_render_test";
+    std::filesystem::create_directories(folder);
+    return folder.string();
+}
+
+bool haveProgram(const char* name) {
+    return std::system((std::string("command -v ") + name + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+class RenderSamples : public ::testing::Test {
+protected:
+    void SetUp() override {
+        sampleDiagram(m_diagram);
+        m_options.width = 600;
+        m_options.slopedEdges = false;
+        std::string error;
+        ASSERT_TRUE(m_painter.layout(error)) << error;
+        m_folder = temporaryFolder();
+    }
+    void TearDown() override { std::filesystem::remove_all(m_folder); }
+
+    std::string exportTo(OutputFormat format) {
+        const std::string path = m_folder + "/d." + outputFormatName(format);
+        std::string error;
+        EXPECT_TRUE(DiagramExporter::exportFile(m_diagram, m_options, path, format, error))
+            << error;
+        return path;
+    }
+
+    Diagram m_diagram;
+    RenderOptions m_options;
+    DiagramPainter m_painter{m_diagram, m_options};
+    std::string m_folder;
+};
+
+TEST_F(RenderSamples, PngShowsEveryKindAndStateAtItsPlace) {
+    for (double scale : {1.0, 2.0}) {
+        m_options.scale = scale;
+        QImage image;
+        std::string error;
+        ASSERT_TRUE(DiagramExporter::renderImage(m_diagram, m_options, image, error)) << error;
+        EXPECT_EQ(image.width(), static_cast<int>(600 * scale));
+        checkSamples(image, m_painter, scale, scale == 1 ? "png" : "png at scale 2");
+    }
+    m_options.scale = 1;
+    const QImage file(QString::fromStdString(exportTo(OutputFormat::Png)));
+    checkSamples(file, m_painter, 1, "png file");
+}
+
+TEST_F(RenderSamples, PdfEpsAndSvgShowTheSamePicture) {
+    const std::string svg = exportTo(OutputFormat::Svg);
+    QSvgRenderer renderer(QString::fromStdString(svg));
+    ASSERT_TRUE(renderer.isValid());
+    QImage image(m_painter.width(), m_painter.height(), QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    renderer.render(&painter);
+    painter.end();
+    checkSamples(image, m_painter, 1, "svg");
+
+    if (haveProgram("pdftoppm")) {
+        const std::string pdf = exportTo(OutputFormat::Pdf);
+        ASSERT_EQ(std::system(
+                      ("pdftoppm -png -r 96 -singlefile " + pdf + " " + m_folder + "/pdf").c_str()),
+                  0);
+        checkSamples(QImage(QString::fromStdString(m_folder + "/pdf.png")), m_painter, 1, "pdf");
+    }
+    if (haveProgram("gs")) {
+        const std::string eps = exportTo(OutputFormat::Eps);
+        ASSERT_EQ(std::system(("gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=png16m -r96 -dEPSCrop "
+                               "-sOutputFile=" +
+                               m_folder + "/eps.png " + eps)
+                                  .c_str()),
+                  0);
+        checkSamples(QImage(QString::fromStdString(m_folder + "/eps.png")), m_painter, 1, "eps");
+    }
+    std::ifstream mif(exportTo(OutputFormat::Mif));
+    std::stringstream text;
+    text << mif.rdbuf();
+    EXPECT_EQ(text.str().rfind("<MIFFile", 0), 0u);
+    for (const char* expected : {"<PolyLine", "`A5'", "`clk'", "`Samples'"})
+        EXPECT_NE(text.str().find(expected), std::string::npos) << "mif lacks " << expected;
+}
+
+TEST(WaveformRuns, ChangesInOnePixelColumnBecomeOneDenseBlock) {
+    // clang-format off
+    const struct { const char* what; std::vector<Time> times; const char* expected; } cases[] = {
+        {"apart", {0, 40, 80}, "S0-10 S10-20 S20-100"},
+        {"two in a column", {0, 40, 41, 120}, "S0-10 D10-11 S11-30 S30-100"},
+        {"a burst over columns", {0, 200, 203, 206, 209, 212, 215, 240}, "S0-50 D50-54 S54-60 S60-100"},
+        {"before the window", {-120, -80, 160}, "S0-40 S40-100"},
+        {"after the window", {480}, ""},
+        {"starts late", {100}, "S25-100"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Signal s("s", SignalKind::Bit);
+        for (std::size_t i = 0; i < c.times.size(); ++i)
+            ASSERT_TRUE(s.appendChange(c.times[i], i % 2 ? BitState::High : BitState::Low));
+        // 4 time units a pixel.
+        const TimeScale scale(0, 400, 0, 100);
+        std::vector<WaveformRun> runs;
+        collectRuns(s, scale, runs);
+        std::ostringstream shown;
+        for (const WaveformRun& r : runs)
+            shown << (shown.tellp() > 0 ? " " : "") << (r.kind == WaveformRun::Dense ? "D" : "S")
+                  << r.x0 << "-" << r.x1;
+        EXPECT_EQ(shown.str(), c.expected) << c.what;
+    }
+}
+
+TEST(WaveformRuns, AMillionChangesCostTheOutputsWidth) {
+    Diagram d;
+    Signal& s = d.addSignal("fast", SignalKind::Bit);
+    s.reserve(1000000);
+    for (Time t = 0; t < 1000000; ++t)
+        ASSERT_TRUE(s.appendChange(t * 4 + t % 3, t % 2 ? BitState::High : BitState::Low));
+    const TimeScale scale(0, 4000000, 100, 2100);
+    std::vector<WaveformRun> runs;
+    collectRuns(s, scale, runs);
+    ASSERT_EQ(runs.size(), 1u);
+    EXPECT_EQ(runs[0].kind, WaveformRun::Dense);
+    EXPECT_DOUBLE_EQ(runs[0].x1, 2100);
+    // Zoomed in to 500 changes across 2000 pixels, each change is visible again.
+    collectRuns(s, TimeScale(1200000, 1202000, 0, 2000), runs);
+    EXPECT_GE(runs.size(), 500u);
+    EXPECT_TRUE(std::all_of(runs.begin(), runs.end(),
+                            [](const WaveformRun& r) { return r.kind == WaveformRun::Steady; }));
+
+    RenderOptions options;
+    options.width = 2000;
+    QImage image;
+    std::string error;
+    ASSERT_TRUE(DiagramExporter::renderImage(d, options, image, error)) << error;
+    DiagramPainter painter(d, options);
+    ASSERT_TRUE(painter.layout(error));
+    const double middle = painter.rowMiddle("fast");
+    EXPECT_GT(inkIn(image, 300, middle - 6, 1900, middle + 6), 1600 * 10)
+        << "a dense block fills the row";
+}
+
+TEST(BusValueText, RadixAndNotationAsDesignersWriteThem) {
+    // clang-format off
+    const struct { Radix radix; HDLanguage notation; const char* bits; const char* text; } cases[] = {
+        {RadixHexadecimal, HDLNone, "10100101", "A5"},
+        {RadixHexadecimal, HDLVerilog, "10100101", "8'hA5"},
+        {RadixHexadecimal, HDLVHDL, "10100101", "8X\"A5\""},
+        {RadixBinary, HDLVerilog, "1010xz01", "8'b1010XZ01"},
+        {RadixDecimal, HDLNone, "10100101", "165"},
+        {RadixPlainDecimal, HDLNone, "11111101", "-3"},
+        {RadixPlainDecimal, HDLVerilog, "00000011", "3"},
+        {RadixDecimal, HDLNone, "1010x101", "X"},
+        {RadixOctal, HDLNone, "10100101", "245"},
+        {RadixHexadecimal, HDLNone, "xxxx0101", "X5"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Signal bus("b", SignalKind::Bus, 8);
+        bus.setBusFormat({c.radix, c.notation});
+        ASSERT_TRUE(bus.appendBinary(0, c.bits));
+        EXPECT_EQ(busValueText(bus, 0), c.text) << c.bits << " radix " << c.radix;
+    }
+}
+
+} // namespace
