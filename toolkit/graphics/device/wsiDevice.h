@@ -9,12 +9,12 @@
 
 #include "core/Model.h"
 #include "core/TqExport.h"
+#include "graphics/device/WsiFont.h"
+#include "graphics/device/wsiTypes.h"
 #include "graphics/geometry/DevicePoint.h"
 #include "graphics/geometry/DeviceRectangle.h"
 #include "graphics/geometry/SheetRectangle.h"
 #include "graphics/geometry/TqMatrix.h"
-#include "graphics/device/WsiFont.h"
-#include "graphics/device/wsiTypes.h"
 
 #include <cstdarg>
 #include <memory>
