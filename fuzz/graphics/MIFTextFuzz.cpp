@@ -2,7 +2,7 @@
 // table built by table calls in any order, the bytes split at NUL into the calls' texts,
 // each text's first byte choosing its call. Whatever the bytes, every string must stay
 // closed and free of raw 8-bit bytes, and every statement balanced.
-#include "graphics/export/mif/MIFWriter.h"
+#include "graphics/export/mif/MIFWriter_p.h"
 
 #include <cstddef>
 #include <cstdint>

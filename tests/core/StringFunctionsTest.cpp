@@ -37,6 +37,9 @@ TEST(InPlaceFunctions, FollowTheirRulesAndTheQStringOverloadAgrees) {
         {stripFraction, "12", "12"},
         {strToUpper, "aBc1_z", "ABC1_Z"},
         {strToLower, "aBc1_Z", "abc1_z"},
+        // ASCII only: Latin-1 and UTF-8 bytes stay, whatever the locale.
+        {strToUpper, "\xe9t\xc3\xa9", "\xe9T\xc3\xa9"},
+        {strToLower, "\xc9T\xc3\x89", "\xc9t\xc3\x89"},
         {strReverse, "abc", "cba"},
         {strReverse, "", ""},
     };

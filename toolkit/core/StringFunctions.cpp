@@ -17,15 +17,8 @@ constexpr int scratchSize = 256;
 // so whatever a call leaves behind is always terminated within the buffer.
 char scratch[scratchSize];
 
-char* heapCopy(const char* s, std::size_t length) {
-    char* copy = new char[length + 1];
-    std::memcpy(copy, s, length);
-    copy[length] = '\0';
-    return copy;
-}
-
 char* heapCopy(const std::string& s) {
-    return heapCopy(s.data(), s.size());
+    return mem_strndup(s.data(), s.size());
 }
 } // namespace
 
@@ -107,7 +100,16 @@ char* strcatdup(const char* a, const char* b) {
 }
 
 char* mem_strdup(const char* s) {
-    return s ? heapCopy(s, std::strlen(s)) : nullptr;
+    return s ? mem_strndup(s, std::strlen(s)) : nullptr;
+}
+
+char* mem_strndup(const char* s, std::size_t length) {
+    if (!s)
+        return nullptr;
+    char* copy = new char[length + 1];
+    std::memcpy(copy, s, length);
+    copy[length] = '\0';
+    return copy;
 }
 
 char* strAsQuotedString(const char* s) {
@@ -222,13 +224,13 @@ int numLines(const char* text) {
 
 char* strToUpper(char* s) {
     for (char* c = s; c && *c; ++c)
-        *c = static_cast<char>(std::toupper(static_cast<unsigned char>(*c)));
+        *c = asciiUpper(*c);
     return s;
 }
 
 char* strToLower(char* s) {
     for (char* c = s; c && *c; ++c)
-        *c = static_cast<char>(std::tolower(static_cast<unsigned char>(*c)));
+        *c = asciiLower(*c);
     return s;
 }
 

@@ -7,6 +7,8 @@
 
 #include "core/TqExport.h"
 
+#include <cstddef>
+
 class QString;
 
 // In place: skips the leading characters of s that are in set and moves the rest, with its
@@ -31,6 +33,10 @@ TQ_EXPORT char* strdupn(const char* s, short extra);
 TQ_EXPORT char* strcatdup(const char* a, const char* b);
 // Heap: a copy of s; null for null.
 TQ_EXPORT char* mem_strdup(const char* s);
+// Heap: the first length bytes of s (which must hold that many) and a terminator; null for
+// null. The one heap copy of the library: every function that returns a string for the
+// caller to free makes it here.
+TQ_EXPORT char* mem_strndup(const char* s, std::size_t length);
 // Heap: s in double quotes, with tab, newline, carriage return, double quote and backslash
 // written as \t, \n, \r, \" and \\. Null for null.
 TQ_EXPORT char* strAsQuotedString(const char* s);
@@ -51,7 +57,15 @@ TQ_EXPORT bool isNumericString(const char* s, bool allowFraction);
 TQ_EXPORT char* lineNumber(int n, char* text);
 // 1 plus the number of newlines; 0 for null.
 TQ_EXPORT int numLines(const char* text);
-// In place: ASCII case conversion. Return s.
+// The ASCII case of one character: only a to z and A to Z change; every other byte, those of
+// 128 and above included, is returned as it is, whatever locale the application set.
+constexpr char asciiUpper(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+constexpr char asciiLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+// In place: ASCII case conversion (asciiUpper, asciiLower). Return s.
 TQ_EXPORT char* strToUpper(char* s);
 TQ_EXPORT char* strToLower(char* s);
 // In place: reverses s. Returns s.

@@ -1,5 +1,6 @@
 #include "hdl/BigInt.h"
 
+#include "core/StringFunctions.h"
 #include "core/TarqToolkit.h"
 #include "hdl/FourStateKernels_p.h"
 
@@ -13,34 +14,20 @@ BigInt BigInt::v_intermediates[BigInt::v_intermediateCount];
 int BigInt::v_intermediateIndex = 0;
 bool BigInt::v_shutDownRegistered = false;
 
-namespace {
-
-char* copyString(const char* s, std::size_t length) {
-    if (s == nullptr)
-        return nullptr;
-    char* copy = new char[length + 1];
-    std::memcpy(copy, s, length + 1);
-    return copy;
-}
-
-} // namespace
-
 // --- Construction ---------------------------------------------------------------------------
 
 BigInt::BigInt(long value) {
     assignFromLong(value);
 }
 
-BigInt::BigInt(const BigInt& other)
-    : m_width(other.m_width),
-      m_bsl(copyString(other.m_bsl, other.m_bsl ? std::strlen(other.m_bsl) : 0)) {}
+BigInt::BigInt(const BigInt& other) : m_width(other.m_width), m_bsl(mem_strdup(other.m_bsl)) {}
 
 BigInt::BigInt(BigInt&& other) noexcept
     : m_width(std::exchange(other.m_width, 0)), m_bsl(std::exchange(other.m_bsl, nullptr)) {}
 
 BigInt& BigInt::operator=(const BigInt& other) {
     if (this != &other) {
-        char* copy = copyString(other.m_bsl, other.m_bsl ? std::strlen(other.m_bsl) : 0);
+        char* copy = mem_strdup(other.m_bsl);
         delete[] m_bsl;
         m_bsl = copy;
         m_width = other.m_width;
@@ -108,7 +95,7 @@ bool BigInt::isZero() const {
 }
 
 char* BigInt::asString() const {
-    return copyString(m_bsl, m_bsl ? std::strlen(m_bsl) : 0);
+    return mem_strdup(m_bsl);
 }
 
 // --- Bit selection and assembly -------------------------------------------------------------

@@ -1,5 +1,6 @@
 #include "hdl/HDLConstant.h"
 
+#include "core/StringFunctions.h"
 #include "core/TqObject.h"
 #include "hdl/BinaryMagnitude_p.h"
 
@@ -21,13 +22,6 @@ const char* skipBlanks(const char* s) {
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
-}
-
-char* copyOf(const char* begin, std::size_t length) {
-    char* copy = new char[length + 1];
-    std::memcpy(copy, begin, length);
-    copy[length] = '\0';
-    return copy;
 }
 
 // Walks a digit string under the common underscore rule ("_" only directly after a digit)
@@ -191,7 +185,7 @@ char* parseVerilogConstant(const char* text, HDLanguage& language, Radix& radix,
     if (!digitsPass(radix, digits, bits))
         return nullptr;
     language = HDLVerilog;
-    return copyOf(digits, std::strlen(digits));
+    return mem_strndup(digits, std::strlen(digits));
 }
 
 char* parseVHDLConstant(const char* text, HDLanguage& language, Radix& radix, char& upperCase,
@@ -216,7 +210,7 @@ char* parseVHDLConstant(const char* text, HDLanguage& language, Radix& radix, ch
     if (close == nullptr || close[1] != '\0')
         return nullptr;
 
-    char* digits = copyOf(open, static_cast<std::size_t>(close - open));
+    char* digits = mem_strndup(open, static_cast<std::size_t>(close - open));
     upperCase = isLower(letter) ? 0 : 1;
     if (!digitsPass(radix, digits, bits)) {
         delete[] digits;
@@ -239,7 +233,7 @@ char* parseHDLConstant(const char* text, HDLanguage& language, Radix& radix, cha
         size = 0;
         if (language == HDLNone)
             language = HDLVerilog;
-        return copyOf(s, std::strlen(s));
+        return mem_strndup(s, std::strlen(s));
     }
     if (char* digits = parseVerilogConstant(s, language, radix, upperCase, size, bits))
         return digits;

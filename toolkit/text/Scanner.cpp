@@ -3,6 +3,9 @@
 #include "core/StringFunctions.h"
 #include "core/TarqToolkit.h"
 #include "core/iTaskDescription.h"
+#include "text/BasicParser.h"
+#include "text/FileParser.h"
+#include "text/ModelParser.h"
 
 #include <algorithm>
 #include <cassert>
@@ -10,6 +13,8 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <type_traits>
+#include <typeinfo>
 
 namespace {
 
@@ -20,8 +25,7 @@ constexpr unsigned bufferSize = Scanner::v_maxTokenLength + 1;
 // of a keyword but not of the word.
 void upperCaseAscii(char* text, std::size_t length) {
     for (char* c = text; c != text + length; ++c)
-        if (*c >= 'a' && *c <= 'z')
-            *c = static_cast<char>(*c - 'a' + 'A');
+        *c = asciiUpper(*c);
 }
 
 } // namespace
@@ -414,6 +418,13 @@ struct Scanner::AreaReader {
     static constexpr bool gaveUp(int c) { return c == areaEnd; }
     static constexpr bool usable() { return true; }
     int next() { return m_at != m_end ? static_cast<unsigned char>(*m_at++) : areaEnd; }
+    // The white space read so far stays read, whatever is given up after it.
+    void markPassed() { m_passed = m_at; }
+    // Goes back to the end of the white space passed; false when none was.
+    bool backToPassed() {
+        m_at = m_passed;
+        return m_passed != m_start;
+    }
     int peek() const { return m_at != m_end ? static_cast<unsigned char>(*m_at) : areaEnd; }
     // Only ever after a next() that gave a character.
     void unread(int) { --m_at; }
@@ -442,6 +453,7 @@ struct Scanner::AreaReader {
     char* m_start;
     char* m_at;
     char* m_end;
+    char* m_passed = m_start;
 };
 
 // Reads through the stream buffer's calls and the scanner's own put-back, counting as it goes;
@@ -659,10 +671,30 @@ Scanner::scanPair(Reader& in, TokenText& out, ScanType single, PairType pairType
     return finish(out, single);
 }
 
-// One token, or the white space before one; through an AreaReader it changes nothing but the
-// token buffer when it gives up.
+// One token, or the white space before one. Through an AreaReader it changes nothing but the
+// token buffer when it gives up; there, for a scanner whose scanToken is its own, it passes
+// every run of white space before the token, which is what the rescans would do one
+// character at a time, and keeps the white space passed when the token is given up.
 template <class Reader>
 [[gnu::always_inline]] inline Scanner::Scanned Scanner::scanWith(Reader& in) {
+    if constexpr (std::is_same_v<Reader, AreaReader>) {
+        for (;;) {
+            Scanned scanned = scanOne(in);
+            if (scanned == Scanned::WhiteSpace && m_ownScanToken == 1) {
+                in.markPassed();
+                continue;
+            }
+            if (scanned == Scanned::GaveUp && in.backToPassed())
+                return Scanned::WhiteSpace;
+            return scanned;
+        }
+    } else {
+        return scanOne(in);
+    }
+}
+
+template <class Reader>
+[[gnu::always_inline]] inline Scanner::Scanned Scanner::scanOne(Reader& in) {
     TokenText out{m_buffer, m_buffer + v_maxTokenLength};
     int c = in.next();
     if (Reader::gaveUp(c))
@@ -734,9 +766,19 @@ template <class Reader>
     return scanWith(stream);
 }
 
+// Derived classes of this library that do not override scanToken are listed by their exact
+// type: a class derived from them may override it.
+bool Scanner::scanTokenIsOwn() const {
+    const std::type_info& type = typeid(*this);
+    return type == typeid(Scanner) || type == typeid(BasicParser) || type == typeid(FileParser) ||
+           type == typeid(ModelParser);
+}
+
 Token& Scanner::scanToken() {
     if (m_token->text() != m_buffer)
         m_token->layOver(m_buffer, bufferSize);
+    if (m_ownScanToken < 0)
+        m_ownScanToken = scanTokenIsOwn() ? 1 : 0;
     for (;;) {
         if (m_task && m_task->isCancelled()) {
             setEndToken();
@@ -753,6 +795,9 @@ Token& Scanner::scanToken() {
             scanned = scanThroughStream();
         if (scanned == Scanned::Token)
             return *m_token;
+        // No override can see the rescans: a loop does them.
+        if (m_ownScanToken == 1)
+            continue;
         // White space: each character is passed over by a rescan through the virtual
         // scanToken, so that a subclass sees one call per character as it always has. Past
         // the nesting bound the rest of a long run is passed over here instead.

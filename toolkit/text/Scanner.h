@@ -162,7 +162,12 @@ private:
     Scanned finish(const TokenText& text, ScanType type);
     template <class Reader>
     Scanned scanWith(Reader& in);
+    template <class Reader>
+    Scanned scanOne(Reader& in);
     Scanned scanThroughStream();
+    // Whether scanToken is this class's own in the object's type, so that no override can
+    // tell the rescans of white space apart from a loop that passes whole runs.
+    bool scanTokenIsOwn() const;
     template <class Reader>
     bool skipWhiteRun(Reader& in);
     template <bool dropCR, class Reader>
@@ -199,6 +204,8 @@ private:
     std::uint64_t m_wordMask = 0;
     bool m_privateTable = false;
     int m_rescanDepth = 0;
+    // scanTokenIsOwn(), found on the first scan: -1 until then.
+    signed char m_ownScanToken = -1;
 
     static ScanType* p_defaultTable;
 

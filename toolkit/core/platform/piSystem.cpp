@@ -1,8 +1,9 @@
 #include "core/platform/piSystem.h"
 
+#include "core/StringFunctions.h"
+
 #include <QApplication>
 
-#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <sys/utsname.h>
@@ -14,8 +15,7 @@ const piSystem* installedSystem = nullptr;
 bool equalsIgnoringCase(const std::string& a, const char* b) {
     std::size_t i = 0;
     for (; i < a.size() && b[i]; ++i) {
-        if (std::tolower(static_cast<unsigned char>(a[i])) !=
-            std::tolower(static_cast<unsigned char>(b[i])))
+        if (asciiLower(a[i]) != asciiLower(b[i]))
             return false;
     }
     return i == a.size() && !b[i];

@@ -372,4 +372,20 @@ TEST(PostScriptFont, The35StandardNamesAndTheFamiliesMappedOntoThem) {
     EXPECT_STREQ(PostScriptFont::measuringFamily("nonsense"), "Helvetica");
 }
 
+TEST(EPSDevice, Error_KeepsTheFirstFailureOfTheStream) {
+    std::ostringstream sound, failed;
+    failed.setstate(std::ios::badbit);
+    EPSDevice good(nullptr, "job", sound, ExportParameters());
+    EPSDevice broken(nullptr, "job", failed, ExportParameters());
+    for (EPSDevice* device : {&good, &broken}) {
+        EXPECT_EQ(device->error(), nullptr) << "nothing written yet";
+        EXPECT_TRUE(device->open(DeviceRectangle(0, 0, 100, 100), DeviceRectangle(0, 0, 500, 500)))
+            << "open keeps its answer";
+        device->close();
+        device->endOfPage();
+    }
+    EXPECT_EQ(good.error(), nullptr);
+    EXPECT_STREQ(broken.error(), "the output stream failed");
+}
+
 } // namespace

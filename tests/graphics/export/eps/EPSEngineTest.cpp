@@ -145,16 +145,17 @@ TEST(EPSEngine, FontsMapAndMeasureAsEPSDeviceDoes) {
 TEST(EPSEngine, ColoursAndPenStylesMapOntoTheDevicesOwn) {
     for (int value = 1; value <= 19; ++value) {
         const auto color = static_cast<wsiColor>(value);
-        const wsiColor nearest = EPSEngine::nearestColor(QtConversion::asQColor(color));
+        const wsiColor nearest = QtConversion::nearestWsiColor(QtConversion::asQColor(color));
         EXPECT_EQ(QtConversion::asQColor(nearest), QtConversion::asQColor(color)) << value;
     }
-    EXPECT_EQ(EPSEngine::nearestColor(QColor()), wsiNoColor);
-    EXPECT_EQ(EPSEngine::nearestColor(QColor(250, 10, 10)), wsiRed);
-    EXPECT_EQ(EPSEngine::nearestColor(QColor(120, 0, 10)), wsiDarkRed);
+    EXPECT_EQ(QtConversion::nearestWsiColor(QColor()), wsiNoColor);
+    EXPECT_EQ(QtConversion::nearestWsiColor(QColor(250, 10, 10)), wsiRed);
+    EXPECT_EQ(QtConversion::nearestWsiColor(QColor(120, 0, 10)), wsiDarkRed);
     // Pen styles go back to what the device's own styles become in Qt.
     for (const auto style : {wsiPenCustomDash, wsiPenSolid, wsiPenDash, wsiPenDot, wsiPenDashDot,
                              wsiPenDashDotDot, wsiPenNull})
-        EXPECT_EQ(EPSEngine::penStyleOf(QtConversion::asPenStyle(style)), style);
+        EXPECT_EQ(QtConversion::asWsiPenStyle(QtConversion::asPenStyle(style)), style);
+    EXPECT_EQ(QtConversion::asWsiPenStyle(Qt::MPenStyle), wsiPenSolid) << "one rule both ways";
 }
 
 } // namespace

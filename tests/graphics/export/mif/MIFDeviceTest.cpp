@@ -5,6 +5,7 @@
 #include "graphics/export/mif/MIFFormat.h"
 #include "graphics/geometry/SheetPoint.h"
 
+#include <QPaintDevice>
 #include <algorithm>
 #include <climits>
 #include <fstream>
@@ -192,7 +193,7 @@ TEST(MIFDevice, DashedPattern_FollowsThePenStyleTable) {
     const char* segments[] = {"8.0 6.0", "2.0 4.0", "12.0 6.0 2.0 6.0", "12.0 6.0 2.0 6.0 2.0 6.0"};
     for (int style = -1; style <= 6; ++style) {
         std::string text, expected = style == 0 ? solid : "";
-        MIFWriter::emitDashedPattern(text, static_cast<wsiPenStyle>(style));
+        MIFDocument::emitDashedPattern(text, static_cast<wsiPenStyle>(style));
         if (style >= 1 && style <= 4) {
             std::istringstream lengths(segments[style - 1]);
             std::string lines;
@@ -218,7 +219,7 @@ TEST(MIFDevice, ArrowTypes_AreNumberedOnFirstUseAndCatalogued) {
     EXPECT_EQ(device.getArrowType({12345670, 8}).number, 2);
     EXPECT_EQ(device.getArrowType({25, 11}).number, 43);
     std::string catalog;
-    device.writer().emitArrowCatalog(catalog);
+    device.emitArrowCatalog(catalog);
     const std::string style = ", ArrowStyle <TipAngle 24> <BaseAngle 90> <Length ";
     EXPECT_EQ(catalog.substr(0, catalog.find("define (arrow3")),
               "define (arrow1" + style + "2.5> <HeadType Filled> )\ndefine (arrow2" + style +
@@ -401,8 +402,12 @@ TEST(MIFDevice, Close_ReportsAFailedStream) {
     std::ostringstream failed;
     failed.setstate(std::ios::badbit);
     MIFDevice broken(nullptr, failed, fixedParameters(), v_drawing);
-    EXPECT_STREQ(broken.writer().jobName(), "") << "no job name";
+    EXPECT_STREQ(broken.jobName(), "") << "no job name";
+    EXPECT_EQ(broken.error(), nullptr);
     EXPECT_FALSE(broken.close());
+    EXPECT_STREQ(broken.error(), "the output stream failed");
+    EXPECT_FALSE(broken.close());
+    EXPECT_STREQ(broken.error(), "the output stream failed") << "the first failure is kept";
 }
 
 } // namespace

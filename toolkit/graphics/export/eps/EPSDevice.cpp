@@ -1,5 +1,6 @@
 #include "graphics/export/eps/EPSDevice.h"
 
+#include "graphics/device/QtConversion.h"
 #include "graphics/export/eps/EPSWriter_p.h"
 #include "graphics/export/eps/PostScriptFont.h"
 
@@ -7,63 +8,21 @@
 
 EPSDevice::EPSDevice(wsiDevice* device, const char* jobName, std::ostream& out,
                      const ExportParameters& parameters)
-    : m_jobName(jobName ? jobName : ""), m_parameters(parameters),
-      m_writer(std::make_unique<EPSWriter>(out, parameters.isGrayScale())),
+    : EPSPage(jobName, out, parameters),
       m_measuringDevice(std::make_unique<EPSPaintDevice>(nullptr)) {
     if (device)
         setDisplayTransformation(device->displayTransformation(false));
-    updateResolution();
+    scaleChanged();
 }
 
 EPSDevice::~EPSDevice() = default;
 
-void EPSDevice::updateResolution() {
+void EPSDevice::scaleChanged() {
     // Measuring happens at 72 units per inch on fonts sized in drawing units (see
     // newFontMetric), so that no rounding of the resolution enters the measures.
     m_measuringDevice->setPage(deviceSize(), 72);
     const auto perInch = static_cast<std::int32_t>(std::lround(72 / fontScaleFactor()));
     setDisplayResolution(DevicePoint(perInch, perInch));
-}
-
-bool EPSDevice::open(const DeviceRectangle& source, const DeviceRectangle& target) {
-    m_writer->open(source, target, deviceSize(), m_parameters.orientation(),
-                   m_parameters.paperFeed());
-    updateResolution();
-    return true;
-}
-
-void EPSDevice::close() {
-    m_writer->close();
-}
-
-void EPSDevice::endOfPage() {
-    m_writer->endOfPage();
-}
-
-void EPSDevice::endPath() {
-    m_writer->endPath();
-}
-
-void EPSDevice::closePath() {
-    m_writer->closePath();
-}
-
-void EPSDevice::computeFontScaleFactor(const DeviceRectangle& source,
-                                       const DeviceRectangle& target) {
-    m_writer->computeFontScaleFactor(source, target);
-    updateResolution();
-}
-
-double EPSDevice::fontScaleFactor() const {
-    return m_writer->fontScaleFactor();
-}
-
-DevicePoint EPSDevice::paperSize() const {
-    return EPSWriter::paperSize(m_parameters);
-}
-
-DevicePoint EPSDevice::deviceSize() const {
-    return EPSWriter::deviceSize(m_parameters);
 }
 
 WsiFont& EPSDevice::selectFont(WsiFont& font) {
@@ -91,22 +50,22 @@ QPaintDevice& EPSDevice::paintDevice() {
 }
 
 bool EPSDevice::isMonochrome() const {
-    return m_parameters.isGrayScale();
+    return parameters().isGrayScale();
 }
 
 void EPSDevice::setPenWidth(long width) {
     Device::setPenWidth(width);
-    m_writer->setLineWidth(width);
+    writer().setLineWidth(width);
 }
 
 void EPSDevice::drawCurveUnTransformed(const DevicePoint& from, const DevicePoint& to) {
     DevicePoint first, second;
     curveControlPoints(from, to, first, second);
-    m_writer->curve(from, first, second, to);
+    writer().curve(from, first, second, to);
 }
 
 void EPSDevice::drawEllipseUnTransformed(const DeviceRectangle& r, bool filled) {
-    m_writer->ellipse(r, filled, color(), true);
+    writer().ellipse(r, filled, QtConversion::asQColor(color()), true);
 }
 
 void EPSDevice::drawCappedPolylineUnTransformed(wsiLineCap start, wsiLineCap end,
@@ -116,16 +75,16 @@ void EPSDevice::drawCappedPolylineUnTransformed(wsiLineCap start, wsiLineCap end
 }
 
 void EPSDevice::filledPolygonUnTransformed(wsiColor color, unsigned short n, DevicePoint* points) {
-    m_writer->filledPolygon(color, n, points, true);
+    writer().filledPolygon(QtConversion::asQColor(color), n, points, true);
 }
 
 void EPSDevice::primitiveMoveTo(long x, long y) {
     Device::primitiveMoveTo(x, y);
-    m_writer->moveTo(x, y);
+    writer().moveTo(x, y);
 }
 
 void EPSDevice::primitiveLineTo(long x, long y) {
-    m_writer->lineTo(x, y);
+    writer().lineTo(x, y);
     Device::primitiveMoveTo(x, y);
 }
 
@@ -137,15 +96,15 @@ void EPSDevice::primitiveFilledRect(const DeviceRectangle& r) {
 void EPSDevice::primitiveSetColor(wsiColor color) {
     if (color != wsiNoColor)
         m_primitiveColor = color;
-    m_writer->setColor(color);
+    writer().setColor(QtConversion::asQColor(color));
 }
 
 void EPSDevice::primitiveSetPenStyle(wsiPenStyle style) {
-    m_writer->setPenStyle(style);
+    writer().setPenStyle(style);
 }
 
 void EPSDevice::primitiveSetClipRect(const DeviceRectangle& r) {
-    m_writer->setClipRect(r);
+    writer().setClipRect(r);
 }
 
 void EPSDevice::primitiveDrawText(const char* text, const DevicePoint& at, int length,
@@ -156,8 +115,8 @@ void EPSDevice::primitiveDrawText(const char* text, const DevicePoint& at, int l
     WsiFont* previous = selectedFont();
     selectFont(font);
     advance = newFontMetric().advance(text, length);
-    m_writer->text(EPSWriter::textBytes(text, length), at, PostScriptFont::nameFor(font),
-                   font.pointSize() / fontScaleFactor(), color());
+    writer().text(EPSWriter::textBytes(text, length), at, PostScriptFont::nameFor(font),
+                  font.pointSize() / fontScaleFactor(), QtConversion::asQColor(color()));
     if (previous)
         selectFont(*previous);
     else

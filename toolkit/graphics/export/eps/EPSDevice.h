@@ -4,7 +4,7 @@
 // primitives. It writes exactly what EPSEngine writes for the same operation: both go through
 // one internal writer.
 //
-// Use: construct, open(source, target), draw, endPath(), close(), endOfPage(). Drawing
+// Use: construct, open(source, target), draw, endPath(), close(), endOfPage() (EPSPage). Drawing
 // coordinates are the source's device units; the header maps the source rectangle onto the
 // target rectangle of the page, whose device units are fifths of a PostScript point. Text is
 // written in one of the 35 standard PostScript fonts (PostScriptFont) and measured with the
@@ -17,16 +17,14 @@
 
 #include "core/TqExport.h"
 #include "graphics/device/Device.h"
-#include "graphics/export/ExportParameters.h"
+#include "graphics/export/eps/EPSPage.h"
 
 #include <iosfwd>
 #include <memory>
-#include <string>
 
 class EPSPaintDevice;
-class EPSWriter;
 
-class TQ_EXPORT EPSDevice : public Device {
+class TQ_EXPORT EPSDevice : public Device, public EPSPage {
 public:
     // device: the device whose drawing is exported (the window's), or null; its display
     // transformation is taken over so that sheet coordinates map as they do there. jobName
@@ -36,32 +34,6 @@ public:
     EPSDevice(wsiDevice* device, const char* jobName, std::ostream& out,
               const ExportParameters& parameters);
     ~EPSDevice() override;
-
-    // --- The page ---------------------------------------------------------------------------
-    // Writes the header for source (device units of the drawing) mapped onto target (device
-    // units of the page, y down from its top edge). Always true.
-    bool open(const DeviceRectangle& source, const DeviceRectangle& target);
-    // Strokes pending lines and writes "grestore\ngrestore\n".
-    void close();
-    // "showpage\n".
-    void endOfPage();
-    // "stroke\n" when a path is open (set by open and by every line).
-    void endPath();
-    // "closepath\n".
-    void closePath();
-    // The factor font sizes in points are divided by to give drawing units: points on paper
-    // per source device unit, vertically (target height / source height / 5). Also sets the
-    // display resolution to the device units per inch that follow from it. Writes nothing.
-    void computeFontScaleFactor(const DeviceRectangle& source, const DeviceRectangle& target);
-    double fontScaleFactor() const;
-    // The paper of the parameters in device units (fifths of a point), upright; by value.
-    DevicePoint paperSize() const;
-    // The page as drawn: the paper, turned for a landscape export (width > height); by
-    // value. Its height is the H of the header.
-    virtual DevicePoint deviceSize() const;
-    // In place; owned by the device.
-    const char* jobName() const { return m_jobName.c_str(); }
-    const ExportParameters& parameters() const { return m_parameters; }
 
     // --- Fonts and measures -----------------------------------------------------------------
     // Records font as the selected one (writes nothing: the text primitives write the font
@@ -114,12 +86,11 @@ protected:
                                   WsiFont& font, wsiAlignH h, wsiAlignV v,
                                   DeviceRectangle& bounds) override;
 
-private:
-    void updateResolution();
+    // Sets the display resolution to the device units per inch that follow from the font
+    // scale factor.
+    void scaleChanged() override;
 
-    std::string m_jobName;
-    ExportParameters m_parameters;
-    std::unique_ptr<EPSWriter> m_writer;
+private:
     std::unique_ptr<EPSPaintDevice> m_measuringDevice;
     std::unique_ptr<WsiFontMetric> m_fontMetric;
     wsiColor m_primitiveColor = wsiBlack;

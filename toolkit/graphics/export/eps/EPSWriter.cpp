@@ -1,5 +1,6 @@
 #include "graphics/export/eps/EPSWriter_p.h"
 
+#include "graphics/device/QtConversion.h"
 #include "graphics/geometry/FloatPoint.h"
 
 #include <algorithm>
@@ -85,28 +86,34 @@ int EPSPaintDevice::metric(PaintDeviceMetric m) const {
 
 // --- EPSWriter: output ------------------------------------------------------------------------
 
-EPSWriter::EPSWriter(std::ostream& out, bool grayScale) : m_out(out), m_grayScale(grayScale) {}
+EPSWriter::EPSWriter(const char* jobName, std::ostream& out, const ExportParameters& parameters)
+    : ExportWriter(jobName, out, parameters), m_grayScale(parameters.isGrayScale()) {}
 
 EPSWriter::~EPSWriter() {
     commit();
 }
 
 void EPSWriter::flushBuffer() {
-    std::streambuf* buffer = m_out.rdbuf();
+    std::streambuf* buffer = out().rdbuf();
     const auto size = static_cast<std::streamsize>(m_used);
-    if (!buffer || buffer->sputn(m_buffer, size) != size)
-        m_out.setstate(std::ios::badbit);
+    if (!buffer || buffer->sputn(m_buffer, size) != size || out().fail())
+        streamFailed();
     m_used = 0;
+}
+
+void EPSWriter::streamFailed() {
+    out().setstate(std::ios::badbit);
+    fail("the output stream failed");
 }
 
 void EPSWriter::put(std::string_view s) {
     if (m_used + s.size() > sizeof m_buffer) {
         flushBuffer();
         if (s.size() > sizeof m_buffer) {
-            std::streambuf* buffer = m_out.rdbuf();
+            std::streambuf* buffer = out().rdbuf();
             const auto size = static_cast<std::streamsize>(s.size());
-            if (!buffer || buffer->sputn(s.data(), size) != size)
-                m_out.setstate(std::ios::badbit);
+            if (!buffer || buffer->sputn(s.data(), size) != size || out().fail())
+                streamFailed();
             return;
         }
     }
@@ -136,8 +143,7 @@ void EPSWriter::putReal(double v) {
 // --- The page ---------------------------------------------------------------------------------
 
 void EPSWriter::open(const DeviceRectangle& source, const DeviceRectangle& target,
-                     const DevicePoint& deviceSize, ExportOrientation orientation,
-                     ExportPaperFeed feed) {
+                     const DevicePoint& deviceSize) {
     const long long height = deviceSize.y();
     put("%!PS-Adobe-3.0");
     put(" EPSF-3.0\n%%BoundingBox: ");
@@ -151,7 +157,8 @@ void EPSWriter::open(const DeviceRectangle& source, const DeviceRectangle& targe
     put(" \n");
     put("gsave\n/languagelevel where {pop languagelevel} {1} ifelse 2 lt {} {true "
         "setstrokeadjust} ifelse\n");
-    if (orientation == exportLandscape && feed != paperFeedLongEdge) {
+    if (parameters().orientation() == exportLandscape &&
+        parameters().paperFeed() != paperFeedLongEdge) {
         // The width is written directly before "0 translate", without a blank: kept so,
         // since existing files have it.
         put("90 rotate\n");
@@ -278,7 +285,8 @@ void EPSWriter::writeColor(wsiColor color) {
     put(m_grayScale ? " setgray\n" : " setrgbcolor\n");
 }
 
-void EPSWriter::setColor(wsiColor color) {
+void EPSWriter::setColor(const QColor& qColor) {
+    const wsiColor color = QtConversion::nearestWsiColor(qColor);
     if (!m_drawing || color == wsiNoColor)
         return;
     strokePending();
@@ -361,7 +369,8 @@ void EPSWriter::curve(const DevicePoint& from, const DevicePoint& first, const D
     commit();
 }
 
-void EPSWriter::ellipse(const DeviceRectangle& r, bool filled, wsiColor fill, bool outline) {
+void EPSWriter::ellipse(const DeviceRectangle& r, bool filled, const QColor& qFill, bool outline) {
+    const wsiColor fill = QtConversion::nearestWsiColor(qFill);
     if (!m_drawing || (!filled && !outline))
         return;
     strokePending();
@@ -390,8 +399,9 @@ void EPSWriter::ellipse(const DeviceRectangle& r, bool filled, wsiColor fill, bo
     commit();
 }
 
-void EPSWriter::filledPolygon(wsiColor color, std::size_t n, const DevicePoint* points,
+void EPSWriter::filledPolygon(const QColor& qColor, std::size_t n, const DevicePoint* points,
                               bool outline) {
+    const wsiColor color = QtConversion::nearestWsiColor(qColor);
     if (!m_drawing || n < 2)
         return;
     strokePending();
@@ -418,7 +428,8 @@ void EPSWriter::filledPolygon(wsiColor color, std::size_t n, const DevicePoint* 
 // the font selection (v_widthOperand, its inverse) into the x scale, which thus comes out at 1 for
 // every font; "1 -1 scale" turns the glyphs upright in the y-down drawing space.
 void EPSWriter::text(std::string_view text, const DevicePoint& at, const char* fontName,
-                     double size, wsiColor color) {
+                     double size, const QColor& qColor) {
+    const wsiColor color = QtConversion::nearestWsiColor(qColor);
     if (!m_drawing)
         return;
     put('/');

@@ -5,9 +5,11 @@
 
 #include "graphics/device/wsiTypes.h"
 #include "graphics/export/ExportParameters.h"
+#include "graphics/export/ExportWriter_p.h"
 #include "graphics/geometry/DevicePoint.h"
 #include "graphics/geometry/DeviceRectangle.h"
 
+#include <QColor>
 #include <QPaintDevice>
 #include <cstddef>
 #include <ostream>
@@ -34,21 +36,20 @@ private:
     int m_unitsPerInch = 360;
 };
 
-class EPSWriter {
+class EPSWriter : public ExportWriter {
 public:
-    // Writes to out's stream buffer (out must outlive the writer); grayScale chooses
-    // "setgray" over "setrgbcolor".
-    EPSWriter(std::ostream& out, bool grayScale);
-    EPSWriter(const EPSWriter&) = delete;
-    EPSWriter& operator=(const EPSWriter&) = delete;
+    // Writes to out's stream buffer (out must outlive the writer); the grey-scale option of
+    // parameters chooses "setgray" over "setrgbcolor". A stream that does not take the text
+    // records "the output stream failed" (error()) and is set bad.
+    EPSWriter(const char* jobName, std::ostream& out, const ExportParameters& parameters);
     ~EPSWriter();
 
     // --- The page ---------------------------------------------------------------------------
-    // Writes the header for source mapped onto target on a page of deviceSize
-    // device units, computes the font scale factor, forgets any clip rectangle and starts
-    // drawing: the path-open and drawing flags are set.
+    // Writes the header for source mapped onto target on a page of deviceSize device units
+    // (turned by the parameters' orientation and paper feed), computes the font scale factor,
+    // forgets any clip rectangle and starts drawing: the path-open and drawing flags are set.
     void open(const DeviceRectangle& source, const DeviceRectangle& target,
-              const DevicePoint& deviceSize, ExportOrientation orientation, ExportPaperFeed feed);
+              const DevicePoint& deviceSize);
     // Strokes lines still pending, writes "grestore\ngrestore\n" and stops drawing; nothing
     // when not drawing.
     void close();
@@ -87,8 +88,9 @@ public:
     // --- Drawing state ----------------------------------------------------------------------
     // Colours and widths apply when a path is stroked, so lines still pending are stroked
     // first (a "stroke\n" otherwise left to the callers, written only when lines were
-    // added since the last stroke).
-    void setColor(wsiColor color);
+    // added since the last stroke). A colour is written as the wsiColor nearest to it
+    // (QtConversion::nearestWsiColor); an invalid colour writes nothing.
+    void setColor(const QColor& color);
     void setPenStyle(wsiPenStyle style);
     void setLineWidth(long width);
     long lineWidth() const { return m_lineWidth; }
@@ -102,15 +104,15 @@ public:
                const DevicePoint& to);
     // The circle of r's centre (its coordinates halved truncating toward zero; radius: the
     // mean of r's half width and half height, with its fraction); when filled, filled in
-    // fill (the current colour when 0); stroked when outline, else the path is dropped.
-    void ellipse(const DeviceRectangle& r, bool filled, wsiColor fill, bool outline);
-    // The polygon filled in color (the current colour when 0) and, when outline, stroked in
-    // that colour; nothing for fewer than 2 points.
-    void filledPolygon(wsiColor color, std::size_t n, const DevicePoint* points, bool outline);
+    // fill (the current colour when invalid); stroked when outline, else the path is dropped.
+    void ellipse(const DeviceRectangle& r, bool filled, const QColor& fill, bool outline);
+    // The polygon filled in color (the current colour when invalid) and, when outline,
+    // stroked in that colour; nothing for fewer than 2 points.
+    void filledPolygon(const QColor& color, std::size_t n, const DevicePoint* points, bool outline);
     // text (bytes as given) with the left end of its baseline at at, in the standard font
     // fontName of size (in drawing units), in color.
     void text(std::string_view text, const DevicePoint& at, const char* fontName, double size,
-              wsiColor color);
+              const QColor& color);
 
 private:
     void strokePending();
@@ -136,12 +138,12 @@ private:
         putInt(y);
     }
     void flushBuffer();
+    void streamFailed();
     void commit() {
         if (m_used)
             flushBuffer();
     }
 
-    std::ostream& m_out;
     bool m_grayScale;
     bool m_opened = false;
     bool m_drawing = false;

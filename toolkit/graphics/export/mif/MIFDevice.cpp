@@ -1,63 +1,72 @@
 #include "graphics/export/mif/MIFDevice.h"
 
 #include "graphics/device/QtConversion.h"
+#include "graphics/export/mif/MIFPaintDevice_p.h"
+#include "graphics/export/mif/MIFWriter_p.h"
 
 MIFDevice::MIFDevice(const char* jobName, std::ostream& out, const ExportParameters& parameters,
                      const DeviceRectangle& drawing)
-    : m_writer(jobName, out, parameters, drawing), m_measuring(nullptr, drawing) {
+    : MIFDocument(jobName, out, parameters, drawing),
+      m_measuring(std::make_unique<MIFPaintDevice>(nullptr, drawing)) {
     setDisplayResolution(
         DevicePoint(MIFPaintDevice::v_unitsPerInch, MIFPaintDevice::v_unitsPerInch));
+}
+
+MIFDevice::~MIFDevice() = default;
+
+QPaintDevice* MIFDevice::measuringDevice() {
+    return m_measuring.get();
 }
 
 void MIFDevice::drawCurveUnTransformed(const DevicePoint& from, const DevicePoint& to) {
     DevicePoint first, second;
     curveControlPoints(from, to, first, second);
-    m_writer.curve(from, first, second, to);
+    writer().curve(from, first, second, to);
 }
 
 void MIFDevice::drawEllipseUnTransformed(const DeviceRectangle& r, bool filled) {
-    m_writer.ellipse(r, filled);
+    writer().ellipse(r, filled);
 }
 
 void MIFDevice::drawCappedPolylineUnTransformed(wsiLineCap start, wsiLineCap end,
                                                 const DevicePoint& capSize, unsigned short n,
                                                 DevicePoint* points) {
-    m_writer.cappedPolyline(start, end, capSize, n, points);
+    writer().cappedPolyline(start, end, capSize, n, points);
 }
 
 void MIFDevice::filledPolygonUnTransformed(wsiColor color, unsigned short n, DevicePoint* points) {
-    m_writer.filledPolygon(QtConversion::asQColor(color), n, points);
+    writer().filledPolygon(QtConversion::asQColor(color), n, points);
 }
 
 void MIFDevice::setPenWidth(long width) {
     Device::setPenWidth(width);
-    m_writer.setPenWidth(static_cast<double>(width));
+    writer().setPenWidth(static_cast<double>(width));
 }
 
 bool MIFDevice::isMonochrome() const {
-    return m_writer.parameters().isGrayScale();
+    return parameters().isGrayScale();
 }
 
 void MIFDevice::primitiveLineTo(long x, long y) {
-    m_writer.line(currentPoint(),
+    writer().line(currentPoint(),
                   DevicePoint(static_cast<std::int32_t>(x), static_cast<std::int32_t>(y)));
 }
 
 void MIFDevice::primitiveFilledRect(const DeviceRectangle& r) {
     const DevicePoint corners[] = {r.origin(), r.upRight(), r.corner(), r.lowLeft()};
-    m_writer.filledPolygon(QColor(), 4, corners);
+    writer().filledPolygon(QColor(), 4, corners);
 }
 
 void MIFDevice::primitiveSetColor(wsiColor color) {
-    m_writer.setColor(QtConversion::asQColor(color));
+    writer().setColor(QtConversion::asQColor(color));
 }
 
 void MIFDevice::primitiveSetPenStyle(wsiPenStyle style) {
-    m_writer.setPenStyle(style);
+    writer().setPenStyle(style);
 }
 
 void MIFDevice::primitiveSetClipRect(const DeviceRectangle& r) {
-    m_writer.setClipRect(r);
+    writer().setClipRect(r);
 }
 
 void MIFDevice::primitiveDrawText(const char* text, const DevicePoint& at, int length,
@@ -65,8 +74,8 @@ void MIFDevice::primitiveDrawText(const char* text, const DevicePoint& at, int l
     advance = 0;
     if (!text)
         return;
-    advance = WsiFontMetric(font, &m_measuring).advance(text, length);
-    m_writer.text(text, length, at, wsiAlignLeft, MIFFont::fromWsiFont(font));
+    advance = WsiFontMetric(font, m_measuring.get()).advance(text, length);
+    writer().text(text, length, at, wsiAlignLeft, MIFFont::fromWsiFont(font));
 }
 
 void MIFDevice::primitiveDrawAlignedText(const char* text, const DevicePoint& at, int length,
@@ -76,5 +85,5 @@ void MIFDevice::primitiveDrawAlignedText(const char* text, const DevicePoint& at
         return;
     DevicePoint start;
     alignText(text, at, length, font, h, v, start, bounds);
-    m_writer.text(text, length, DevicePoint(at.x(), start.y()), h, MIFFont::fromWsiFont(font));
+    writer().text(text, length, DevicePoint(at.x(), start.y()), h, MIFFont::fromWsiFont(font));
 }

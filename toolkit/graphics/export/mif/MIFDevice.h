@@ -1,43 +1,23 @@
 // MIFDevice: the device that exports a drawing (or a table) as a MIF file: its primitives
-// and composites become MIF graphic objects through a MIFWriter, the same text the MIF
-// paint engine writes for the same drawing. It has no painter.
+// and composites become MIF graphic objects through the document's writer (MIFDocument),
+// the same text the MIF paint engine writes for the same drawing. It has no painter.
 #pragma once
 
 #include "core/TqExport.h"
 #include "graphics/device/Device.h"
-#include "graphics/export/mif/MIFPaintDevice.h"
-#include "graphics/export/mif/MIFWriter.h"
+#include "graphics/export/mif/MIFDocument.h"
 
-class TQ_EXPORT MIFDevice : public Device {
+#include <memory>
+
+class MIFPaintDevice;
+
+class TQ_EXPORT MIFDevice : public Device, public MIFDocument {
 public:
     // Writes to out (not owned) when closed; drawing is the drawing's extent in device units
-    // (see MIFWriter). Text is measured at 720 units per inch.
+    // (see MIFDocument). Text is measured at 720 units per inch.
     MIFDevice(const char* jobName, std::ostream& out, const ExportParameters& parameters,
               const DeviceRectangle& drawing);
-
-    // The writer holding the file's state, owned by the device.
-    MIFWriter& writer() { return m_writer; }
-
-    // --- Tables (see MIFWriter) -------------------------------------------------------------
-    void startTable(const char* title, bool titleBelow) { m_writer.startTable(title, titleBelow); }
-    void endTable() { m_writer.endTable(); }
-    void startHeader() { m_writer.startHeader(); }
-    void endHeader() { m_writer.endHeader(); }
-    void startBody() { m_writer.startBody(); }
-    void endBody() { m_writer.endBody(); }
-    void startRow() { m_writer.startRow(); }
-    void endRow() { m_writer.endRow(); }
-    void startCell(int columns = 1) { m_writer.startCell(columns); }
-    void writeCellText(const char* text) { m_writer.writeCellText(text); }
-    void endCell() { m_writer.endCell(); }
-
-    // --- The file ---------------------------------------------------------------------------
-    // The arrow type of an arrow-head size, owned by the writer.
-    const MIFArrowType& getArrowType(const DevicePoint& size) {
-        return m_writer.getArrowType(size);
-    }
-    // Assembles the file on the stream; false when the stream failed or it was closed before.
-    [[nodiscard]] bool close() { return m_writer.close(); }
+    ~MIFDevice() override;
 
     // --- Drawing ----------------------------------------------------------------------------
     void drawCurveUnTransformed(const DevicePoint& from, const DevicePoint& to) override;
@@ -52,7 +32,7 @@ public:
     void setPenWidth(long width) override;
     // True in a grey-scale export.
     bool isMonochrome() const override;
-    QPaintDevice* measuringDevice() override { return &m_measuring; }
+    QPaintDevice* measuringDevice() override;
 
 protected:
     // The line from the current point to (x, y), clipped; the current point stays.
@@ -73,6 +53,5 @@ protected:
                                   DeviceRectangle& bounds) override;
 
 private:
-    MIFWriter m_writer;
-    MIFPaintDevice m_measuring;
+    std::unique_ptr<MIFPaintDevice> m_measuring;
 };

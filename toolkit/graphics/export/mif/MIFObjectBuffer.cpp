@@ -1,4 +1,4 @@
-#include "graphics/export/mif/MIFObjectBuffer.h"
+#include "graphics/export/mif/MIFObjectBuffer_p.h"
 
 #include <algorithm>
 

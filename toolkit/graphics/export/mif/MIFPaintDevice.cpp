@@ -1,4 +1,4 @@
-#include "graphics/export/mif/MIFPaintDevice.h"
+#include "graphics/export/mif/MIFPaintDevice_p.h"
 
 #include <algorithm>
 #include <cstdint>

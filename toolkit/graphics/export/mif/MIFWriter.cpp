@@ -1,4 +1,4 @@
-#include "graphics/export/mif/MIFWriter.h"
+#include "graphics/export/mif/MIFWriter_p.h"
 
 #include "graphics/device/WsiFont.h"
 #include "graphics/export/mif/MIFFormat.h"
@@ -130,8 +130,7 @@ std::string MIFFont::tag() const {
 
 MIFWriter::MIFWriter(const char* jobName, std::ostream& out, const ExportParameters& parameters,
                      const DeviceRectangle& drawing)
-    : m_jobName(jobName ? jobName : ""), m_out(out), m_parameters(parameters),
-      m_matrix(drawingMatrix(parameters, drawing)) {
+    : ExportWriter(jobName, out, parameters), m_matrix(drawingMatrix(parameters, drawing)) {
     m_frameWidth = (double(m_matrix.applyXHalfTo(drawing.right(), false)) -
                     double(m_matrix.applyXHalfTo(drawing.left(), false))) /
                    v_unitsPerPoint;
@@ -141,7 +140,7 @@ MIFWriter::MIFWriter(const char* jobName, std::ostream& out, const ExportParamet
 }
 
 void MIFWriter::setColor(const QColor& color) {
-    const int separation = MIFFormat::separationOf(color, m_parameters.isGrayScale());
+    const int separation = MIFFormat::separationOf(color, parameters().isGrayScale());
     if (separation >= 0 && separation != m_separation) {
         m_separation = separation;
         m_lineHeadChanged = true;
@@ -494,8 +493,10 @@ void MIFWriter::endCell() {
 }
 
 bool MIFWriter::close() {
-    if (m_closed)
+    if (m_closed) {
+        fail("the file was closed before");
         return false;
+    }
     endTable();
     m_closed = true;
     std::string head = "<MIFFile 5.00> # Ondrivel\n<Units Upt>\n";
@@ -508,11 +509,11 @@ bool MIFWriter::close() {
         head += "> # end Tbls\n\n"sv;
         head += v_tableTextFlow;
         head += v_endOfFile;
-        m_out.write(head.data(), static_cast<std::streamsize>(head.size()));
-        return !m_out.fail();
+        out().write(head.data(), static_cast<std::streamsize>(head.size()));
+        return streamTookIt();
     }
     std::string rect = "  <";
-    rect += m_parameters.mifFrameForm() == mifFrameShapeRect ? "ShapeRect"sv : "BRect"sv;
+    rect += parameters().mifFrameForm() == mifFrameShapeRect ? "ShapeRect"sv : "BRect"sv;
     rect += "  0 0 "sv;
     MIFFormat::appendReal(rect, m_frameWidth);
     rect += ' ';
@@ -521,11 +522,11 @@ bool MIFWriter::close() {
     head += "<AFrames\n <Frame\n  <ID 1>\n"sv;
     head += rect;
     head += "  <Pen 15>\n  <FrameType Below>\n"sv;
-    m_out.write(head.data(), static_cast<std::streamsize>(head.size()));
-    if (!m_objects.writeTo(m_out))
-        return false;
+    out().write(head.data(), static_cast<std::streamsize>(head.size()));
+    if (!m_objects.writeTo(out()))
+        return streamTookIt();
     std::string tail = " > # end of Frame\n> # end of AFrames\n";
-    if (!m_parameters.mifAnchoredFrameOnly()) {
+    if (!parameters().mifAnchoredFrameOnly()) {
         tail += "<Page \n <PageType BodyPage >\n <TextRect \n  <ID 1>\n  <BRect  0 0 "sv;
         MIFFormat::appendReal(tail, m_frameWidth);
         tail += ' ';
@@ -534,6 +535,13 @@ bool MIFWriter::close() {
         tail += v_frameTextFlow;
     }
     tail += v_endOfFile;
-    m_out.write(tail.data(), static_cast<std::streamsize>(tail.size()));
-    return !m_out.fail();
+    out().write(tail.data(), static_cast<std::streamsize>(tail.size()));
+    return streamTookIt();
+}
+
+bool MIFWriter::streamTookIt() {
+    if (!out().fail())
+        return true;
+    fail("the output stream failed");
+    return false;
 }

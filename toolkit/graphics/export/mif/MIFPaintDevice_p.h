@@ -1,6 +1,7 @@
 // MIFPaintDevice: the paint device of a MIF export, sized like the drawing at 720 device
 // units per inch (a unit is a tenth of a point). A painter on it paints through the MIF
-// engine; without an engine it only serves to measure text in the export's units.
+// engine; without an engine it only serves to measure text in the export's units. Internal to
+// the library.
 #pragma once
 
 #include "core/TqExport.h"
@@ -8,7 +9,7 @@
 
 #include <QPaintDevice>
 
-class TQ_EXPORT MIFPaintDevice : public QPaintDevice {
+class MIFPaintDevice : public QPaintDevice {
 public:
     // engine (not owned, may be null) is what paintEngine() returns.
     MIFPaintDevice(QPaintEngine* engine, const DeviceRectangle& drawing);

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-class TQ_EXPORT MIFObjectBuffer {
+class MIFObjectBuffer {
 public:
     // Bytes that stand for text in the buffer. MIF text never holds them: strings escape
     // every control character.

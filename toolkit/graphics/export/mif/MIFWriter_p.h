@@ -1,13 +1,16 @@
 // MIFWriter: writes a drawing or a table as a MIF 5.00 file. The MIF paint engine and the
 // MIF device both hand every operation to it, so the two write the same text. Graphic
 // objects are collected in memory while drawing, because the catalogues that precede them
-// are only known at the end; close() assembles the file on the stream.
+// are only known at the end; close() assembles the file on the stream. Internal to the
+// library (exported for the fuzz target only, and not installed).
 #pragma once
 
 #include "core/TqExport.h"
 #include "graphics/device/wsiTypes.h"
 #include "graphics/export/ExportParameters.h"
-#include "graphics/export/mif/MIFObjectBuffer.h"
+#include "graphics/export/ExportWriter_p.h"
+#include "graphics/export/mif/MIFDocument.h"
+#include "graphics/export/mif/MIFObjectBuffer_p.h"
 #include "graphics/geometry/DevicePoint.h"
 #include "graphics/geometry/DeviceRectangle.h"
 #include "graphics/geometry/TqMatrix.h"
@@ -19,37 +22,7 @@
 #include <string>
 #include <vector>
 
-class QFont;
-class WsiFont;
-
-// One arrow-head size used in the file and the number its style is defined under, in the
-// arrow catalogue as "arrow" number.
-struct TQ_EXPORT MIFArrowType {
-    DevicePoint size;
-    int number = 0;
-};
-
-// A font as a MIF file names it: family, size in points and the three styles MIF keeps.
-// Overline has no MIF counterpart and is dropped.
-struct TQ_EXPORT MIFFont {
-    std::string family;
-    double size = 10.0;
-    bool bold = false;
-    bool italic = false;
-    bool underline = false;
-
-    // A font without a family (the window system's default face) is written as
-    // "Helvetica", a face every MIF reader has.
-    static MIFFont fromWsiFont(const WsiFont& font);
-    // A font sized in pixels only is taken at the export's 720 device units per inch.
-    static MIFFont fromQFont(const QFont& font);
-    // The character-format tag: the family, the size and the styles, e.g.
-    // "Helvetica 10.0 Bold Italic". Distinct fonts get distinct tags.
-    std::string tag() const;
-    bool operator==(const MIFFont& f) const = default;
-};
-
-class TQ_EXPORT MIFWriter {
+class TQ_EXPORT MIFWriter : public ExportWriter {
 public:
     // Writes to out (not owned; it must outlive the writer's close()). drawing is the
     // drawing's extent in device units: it becomes the frame, its origin the frame's
@@ -63,9 +36,6 @@ public:
     // applyYHalfTo of it divided by 10.0, truncated like every device-space conversion
     // (so a scaled coordinate may lose up to a tenth of a point).
     const TqMatrix& matrix() const { return m_matrix; }
-    // The job name given at construction, owned by the writer.
-    const char* jobName() const { return m_jobName.c_str(); }
-    const ExportParameters& parameters() const { return m_parameters; }
 
     // --- Drawing state ----------------------------------------------------------------------
     // The separation of the objects drawn next (MIFFormat::separationOf); an invalid colour
@@ -143,7 +113,7 @@ public:
     // --- The file ---------------------------------------------------------------------------
     // Ends a table still open, then writes the whole file to the stream. True when the
     // stream took it; false when it failed or when the writer was already closed (nothing
-    // is written then).
+    // is written then), either recorded as the writer's error() unless one was.
     [[nodiscard]] bool close();
     bool isClosed() const { return m_closed; }
 
@@ -158,9 +128,9 @@ private:
     void appendSeparation(std::string& out) const;
     bool inTable() const { return m_tableOpen && !m_closed; }
 
-    std::string m_jobName;
-    std::ostream& m_out;
-    ExportParameters m_parameters;
+    // The result of close, recording a failure of the stream.
+    bool streamTookIt();
+
     TqMatrix m_matrix;
     double m_frameWidth = 0;
     double m_frameHeight = 0;
