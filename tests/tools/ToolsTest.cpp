@@ -107,23 +107,22 @@ protected:
 
 const std::string beepLine = beeped + "\n";
 
-// A peer on a loopback port that is not a command server: it accepts one client, reads what
-// comes and then either says nothing or answers with bytes that are no reply.
+// A peer on a loopback port: it accepts one client, reads what comes and answers with the given
+// bytes (none: silence; bytes that are no reply: not a server; "Bad command": a server of the
+// bare protocol, which has no sessions).
 class FakePeer {
 public:
-    explicit FakePeer(bool answers) : m_socket(piSocket::createStreamSocket()) {
+    explicit FakePeer(std::string answer) : m_socket(piSocket::createStreamSocket()) {
         if (!piSocket::bindLoopback(m_socket, 0) || !piSocket::listen(m_socket, 1))
             return;
         port = piSocket::localPort(m_socket);
-        m_thread = std::thread([this, answers] {
+        m_thread = std::thread([this, answer] {
             if (piSocket::waitReadable(m_socket, 10000) <= 0)
                 return;
             const unsigned int client = piSocket::accept(m_socket);
             char bytes[64];
             (void)piSocket::receive(client, bytes, sizeof bytes);
-            const std::string junk = "HTTP/1.0 400 Bad Request\r\n\r\n";
-            if (answers)
-                (void)piSocket::sendAll(client, junk.data(), junk.size());
+            (void)piSocket::sendAll(client, answer.data(), answer.size());
             (void)piSocket::waitReadable(client, 5000); // until the client goes
             piSocket::close(client);
         });
@@ -156,14 +155,21 @@ TEST_F(ToolsTest, Tqsend_ExitsWithADistinctStatusForEachOutcome) {
     EXPECT_EQ(send({"beep"}), std::pair(3, "tqsend: cannot read the port file " + portFile + "\n"));
     writePortFile(portFile, 1, ""); // nothing listens on port 1 of this machine's loopback
     EXPECT_EQ(send({"beep"}), std::pair(3, std::string("tqsend: cannot connect to 127.0.0.1:1\n")));
-    for (const bool answers : {false, true}) {
-        FakePeer peer(answers);
+    const std::string tooLong = portFile + ".1024";
+    writeText(tooLong, std::string(1024, ' '));
+    const std::tuple<std::string, std::vector<std::string>, int, std::string> peers[] = {
+        {"", {"beep"}, 5, "no reply from the server within 300 ms"},
+        {"HTTP/1.0 400 Bad Request\r\n\r\n", {"beep"}, 6, "the peer is not a command server"},
+        {replyFrame("Bad command"),
+         {"-f", tooLong},
+         2,
+         "script 1 is 1024 bytes; the server takes at most 1023 in one script"}};
+    for (const auto& [answer, scripts, status, message] : peers) {
+        FakePeer peer(answer);
         writePortFile(portFile, peer.port, "");
-        EXPECT_EQ(send({"beep"}), answers ? std::pair(6, std::string("tqsend: the peer is not a "
-                                                                     "command server\n"))
-                                          : std::pair(5, std::string("tqsend: no reply from the "
-                                                                     "server within 300 ms\n")));
+        EXPECT_EQ(send(scripts), std::pair(status, "tqsend: " + message + "\n"));
     }
+    std::remove(tooLong.c_str());
     startServer();
     const std::string failed = "tqsend: script 1 failed: ";
     const std::tuple<std::vector<std::string>, std::string, int> cases[] = {
@@ -223,6 +229,12 @@ TEST_F(ToolsTest, Tqsend_ExitsWithADistinctStatusForEachOutcome) {
 
 // Scripts from a file and standard input; scripts of 1023 bytes go whole and longer ones (up to
 // 16 MB here) in pieces, through tqsend and through the Tcl client.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr std::size_t longest = std::size_t(1) << 20; // sanitized builds are far slower
+#else
+constexpr std::size_t longest = std::size_t(16) << 20;
+#endif
+
 TEST_F(ToolsTest, LongScripts_GoThroughBothClientsInPieces) {
     startServer();
     const auto measuring = [](std::size_t length) {
@@ -230,7 +242,7 @@ TEST_F(ToolsTest, LongScripts_GoThroughBothClientsInPieces) {
         return head + std::string(length - head.size() - tail.size(), 'x') + tail;
     };
     const std::string file = portFile + ".script";
-    for (const std::size_t length : {std::size_t(1023), std::size_t(1024), std::size_t(16) << 20}) {
+    for (const std::size_t length : {std::size_t(1023), std::size_t(1024), longest}) {
         const std::string script = measuring(length), answer = std::to_string(length - 25) + "\n";
         writeText(file, script);
         EXPECT_EQ(send({"-f", file}, "20000"), std::pair(0, answer)) << length;
@@ -243,16 +255,16 @@ TEST_F(ToolsTest, LongScripts_GoThroughBothClientsInPieces) {
     const std::string tcl = portFile + ".tcl";
     std::ofstream(tcl) << "package require tarqclient\n"
                           "set chan [tarqclient::connect {"
-                       << portFile
-                       << "}]\n"
-                          "foreach n {1023 1024 16777216} {\n"
+                       << portFile << "}]\n"
+                       << "foreach n {1023 1024 " << longest
+                       << "} {\n"
                           "  set script \"result {string length {[string repeat x [expr {$n - "
                           "25}]]}}\"\n"
                           "  puts [tarqclient::send $chan $script]\n"
                           "}\n"
                           "tarqclient::close $chan\n";
     EXPECT_EQ(run({"env", "TCLLIBPATH=" TQ_TCL_PACKAGE_DIR, TQ_TCLSH, tcl}),
-              std::pair(0, std::string("998\n999\n16777191\n")));
+              std::pair(0, "998\n999\n" + std::to_string(longest - 25) + "\n"));
     std::remove(file.c_str());
     std::remove(tcl.c_str());
 }

@@ -28,6 +28,7 @@ const char* const usage =
     "                     server without sessions, for the first reply of a script: 2000)\n"
     "  -f FILE            a script read from FILE\n"
     "  -                  a script read from standard input\n"
+    "  --                 the arguments that follow are scripts, even if they begin with -\n"
     "  --help, --version\n"
     "Scripts over 1023 bytes are sent in pieces when the server takes them so, else refused.\n"
     "Exit status: 0 every script was sent and answered, 1 a script failed, 2 usage error\n"
@@ -49,7 +50,7 @@ constexpr long furtherReplyWait = 100;
 constexpr long bareFirstReplyWait = 2000;
 // Longer payloads are taken as a sign that the peer is not a command server.
 constexpr long maxReplyLength = 256L << 20;
-constexpr std::size_t maxScriptPiece = 1023; // the server reads no more in one script
+constexpr std::size_t maxScriptBytes = 1023; // the server reads no more in one script
 
 struct Options {
     std::string portFile;
@@ -226,11 +227,11 @@ int sendInSession(Connection& connection, const Options& options, bool chunks) {
     for (std::size_t n = 0; n < options.scripts.size(); ++n) {
         const std::string& script = options.scripts[n];
         const std::string which = "script " + std::to_string(n + 1);
-        if (script.size() > maxScriptPiece && !chunks)
+        if (script.size() > maxScriptBytes && !chunks)
             return fail(UsageError, which + " is " + std::to_string(script.size()) +
                                         " bytes; the server takes at most 1023 in one script");
         bool sent = true;
-        if (script.size() > maxScriptPiece) {
+        if (script.size() > maxScriptBytes) {
             // Each piece's base64 form fits in one script with its command.
             constexpr std::size_t piece = 750;
             for (std::size_t from = 0; sent && from < script.size(); from += piece)
@@ -284,7 +285,7 @@ int sendBare(Connection& connection, const Options& options) {
     const long firstWait = options.waitGiven ? options.waitMilliseconds : bareFirstReplyWait;
     for (std::size_t n = 0; n < options.scripts.size(); ++n) {
         const std::string which = "script " + std::to_string(n + 1);
-        if (options.scripts[n].size() > maxScriptPiece)
+        if (options.scripts[n].size() > maxScriptBytes)
             return fail(UsageError, which + " is " + std::to_string(options.scripts[n].size()) +
                                         " bytes; the server takes at most 1023 in one script");
         if (!connection.send(options.scripts[n]) || !connection.flush())
