@@ -8,6 +8,10 @@
 #include <QPen>
 #include <QPointF>
 
+#include <cstdint>
+#include <cstring>
+#include <memory>
+
 namespace {
 
 // The outermost live scope; labels are measured and drawn on the main thread only.
@@ -33,6 +37,54 @@ WsiFontMetric measuresOf(const TextTarget& target, const WsiFont& font) {
         return metric;
     }
     return WsiFontMetric(font, target.painter ? target.painter->device() : nullptr);
+}
+
+// A direct-mapped table of run advances; a new run takes the place of the one it collides
+// with. Fixed in size, allocated once per thread that measures.
+class RunAdvanceTable {
+public:
+    static constexpr unsigned v_maxRun = 40;
+
+    bool find(std::size_t identity, const char* text, unsigned length, long& advance) {
+        const Entry& e = m_entries[slotOf(identity, text, length)];
+        if (e.length != length || e.identity != identity || std::memcmp(e.text, text, length) != 0)
+            return false;
+        advance = e.advance;
+        return true;
+    }
+
+    void keep(std::size_t identity, const char* text, unsigned length, long advance) {
+        Entry& e = m_entries[slotOf(identity, text, length)];
+        e.identity = identity;
+        e.length = length;
+        e.advance = advance;
+        std::memcpy(e.text, text, length);
+    }
+
+private:
+    static constexpr unsigned v_entries = 4096;
+    struct Entry {
+        std::size_t identity = 0;
+        unsigned length = v_maxRun + 1; // matches no run
+        long advance = 0;
+        char text[v_maxRun];
+    };
+
+    static unsigned slotOf(std::size_t identity, const char* text, unsigned length) {
+        std::uint64_t hash = 14695981039346656037ull ^ identity;
+        for (unsigned i = 0; i < length; ++i)
+            hash = (hash ^ static_cast<unsigned char>(text[i])) * 1099511628211ull;
+        return static_cast<unsigned>((hash ^ (hash >> 29)) % v_entries);
+    }
+
+    Entry m_entries[v_entries];
+};
+
+RunAdvanceTable& runAdvances() {
+    thread_local std::unique_ptr<RunAdvanceTable> table;
+    if (!table)
+        table = std::make_unique<RunAdvanceTable>();
+    return *table;
 }
 
 } // namespace
@@ -67,10 +119,22 @@ const WsiFontMetric& RichTextMetricScope::lookUp(const TextTarget& target, const
 
 namespace RichTextSurface {
 
+long advance(const WsiFontMetric& metric, const char* text, unsigned length) {
+    if (length > RunAdvanceTable::v_maxRun)
+        return metric.advance(text, static_cast<int>(length));
+    RunAdvanceTable& table = runAdvances();
+    long width = 0;
+    if (!table.find(metric.identity(), text, length, width)) {
+        width = metric.advance(text, static_cast<int>(length));
+        table.keep(metric.identity(), text, length, width);
+    }
+    return width;
+}
+
 long drawRun(const TextTarget& target, const char* text, unsigned length, const DevicePoint& at,
              WsiFont& font) {
     const long advance =
-        RichTextMetricScope::metric(target, font).advance(text, static_cast<int>(length));
+        RichTextSurface::advance(RichTextMetricScope::metric(target, font), text, length);
     if (target.device) {
         target.device->drawTextUnTransformed(text, at, static_cast<int>(length), font);
     } else if (target.painter && target.painter->isActive()) {
