@@ -14,8 +14,8 @@
 
 namespace {
 
-// The outermost live scope; labels are measured and drawn on the main thread only.
-RichTextMetricScope* v_activeScope = nullptr;
+// The outermost live scope of this thread.
+thread_local RichTextMetricScope* v_activeScope = nullptr;
 
 bool sameFont(const WsiFont& a, const WsiFont& b) {
     return a.pointSize() == b.pointSize() && a.isBold() == b.isBold() &&
@@ -102,7 +102,7 @@ RichTextMetricScope::~RichTextMetricScope() {
 const WsiFontMetric& RichTextMetricScope::metric(const TextTarget& target, const WsiFont& font) {
     if (v_activeScope)
         return v_activeScope->lookUp(target, font);
-    static std::optional<WsiFontMetric> loose;
+    thread_local std::optional<WsiFontMetric> loose;
     loose.emplace(measuresOf(target, font));
     return *loose;
 }

@@ -11,7 +11,7 @@
 /// Keeps the measures of the fonts used while it lives, so that one measuring or drawing
 /// pass asks the device once per font rather than once per run. Scopes nest: only the
 /// outermost one keeps measures, so a device whose state changes between passes is asked
-/// again on the next pass. Main thread only, like the devices.
+/// again on the next pass. Scopes are per thread.
 class RichTextMetricScope {
 public:
     RichTextMetricScope();
