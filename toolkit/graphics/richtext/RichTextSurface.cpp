@@ -25,15 +25,17 @@ bool sameFont(const WsiFont& a, const WsiFont& b) {
 
 WsiFontMetric measuresOf(const TextTarget& target, const WsiFont& font) {
     if (Device* device = target.device) {
-        // The device's own measures: an export device measures as its format prints.
+        // The device's own measures: an export device measures as its format prints. The
+        // selection is only recorded (wsiDevice's), so that measuring leaves the painter's
+        // font alone; drawing a run selects its font for real.
         WsiFont* previous = device->selectedFont();
         WsiFont selected = font;
-        device->selectFont(selected);
+        device->wsiDevice::selectFont(selected);
         WsiFontMetric metric = device->newFontMetric();
         if (previous)
-            device->selectFont(*previous);
+            device->wsiDevice::selectFont(*previous);
         else
-            device->deselectFont();
+            device->wsiDevice::deselectFont();
         return metric;
     }
     return WsiFontMetric(font, target.painter ? target.painter->device() : nullptr);
