@@ -190,7 +190,8 @@ TEST(TqdFile, TheDocumentedExampleReadsAndKeepsItsForeignSection) {
 }
 
 TEST(TqdFile, FilesAreReadWithProgressAndWrittenWholeOrNotAtAll) {
-    const auto folder = std::filesystem::temp_directory_path() / "tq_app_tqd_test";
+    const auto folder =
+        std::filesystem::temp_directory_path() / ("tq_app_tqd_test_" + std::to_string(getpid()));
     std::filesystem::create_directories(folder);
     const std::string path = (folder / "d.tqd").string();
     Diagram d;
@@ -231,7 +232,8 @@ TEST(TqdFile, FilesAreReadWithProgressAndWrittenWholeOrNotAtAll) {
 namespace {
 
 TEST(AtomicFile, AnInterruptedWriteLeavesNoFileBehind) {
-    const auto folder = std::filesystem::temp_directory_path() / "tq_app_atomic_test";
+    const auto folder =
+        std::filesystem::temp_directory_path() / ("tq_app_atomic_test_" + std::to_string(getpid()));
     std::filesystem::create_directories(folder);
     const std::string path = (folder / "picture.png").string();
     const pid_t child = fork();
