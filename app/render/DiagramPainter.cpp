@@ -4,6 +4,7 @@
 #include "render/Label.h"
 
 #include "graphics/device/Device.h"
+#include "graphics/device/TqPainter.h"
 #include "graphics/geometry/DevicePoint.h"
 #include "graphics/geometry/FloatPoint.h"
 #include "graphics/geometry/SheetRectangle.h"
@@ -277,6 +278,12 @@ void DiagramPainter::paintHatch(Device& device, double x0, double x1, double hig
     // slot's ends are drawn one by one.
     std::vector<SheetPoint>& zigzag = m_points;
     zigzag.clear();
+    // A hatch is a texture, not a shape: drawn without antialiasing it looks as crisp and
+    // costs a fraction of the time on a painter.
+    TqPainter* painter = device.painter();
+    const bool smooth = painter && painter->testRenderHint(QPainter::Antialiasing);
+    if (smooth)
+        painter->setRenderHint(QPainter::Antialiasing, false);
     auto flush = [&] {
         if (zigzag.size() > 1)
             device.drawPolyline(static_cast<int>(zigzag.size()), zigzag.data());
@@ -296,6 +303,8 @@ void DiagramPainter::paintHatch(Device& device, double x0, double x1, double hig
             device.drawLine(SheetPoint(start, low - (start - a)), SheetPoint(end, low - (end - a)));
     }
     flush();
+    if (smooth)
+        painter->setRenderHint(QPainter::Antialiasing, true);
 }
 
 void DiagramPainter::paintBit(Device& device, const Signal& signal, double high, double low) {
