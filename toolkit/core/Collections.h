@@ -1,6 +1,7 @@
-// OC_ and HC_: the toolkit's ordered and hashed collections of object pointers, thin
-// templates over the standard containers. Neither owns its elements unless told to delete
-// them with deleteContents().
+/// \file
+/// OC_ and HC_: the toolkit's ordered and hashed collections of object pointers, thin
+/// templates over the standard containers. Neither owns its elements unless told to delete
+/// them with deleteContents().
 #pragma once
 
 #include <algorithm>
@@ -9,7 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
-// An ordered collection of T*, in insertion order unless inserted at a position.
+/// An ordered collection of T*, in insertion order unless inserted at a position.
 template <class T>
 class OC_ {
 public:
@@ -21,7 +22,8 @@ public:
         assert(index >= 0 && index <= size() && "OC_::insertAt: index out of range");
         m_items.insert(m_items.begin() + index, item);
     }
-    // Removes the first occurrence; false if the item is not in the collection.
+    ///@{
+    /// Removes the first occurrence; false if the item is not in the collection.
     bool remove(T* item) {
         auto found = std::find(m_items.begin(), m_items.end(), item);
         if (found == m_items.end())
@@ -35,12 +37,15 @@ public:
         m_items.erase(m_items.begin() + index);
         return item;
     }
-    // The position of the first occurrence, or -1.
+    ///@}
+    ///@{
+    /// The position of the first occurrence, or -1.
     int indexOf(const T* item) const {
         auto found = std::find(m_items.begin(), m_items.end(), item);
         return found == m_items.end() ? -1 : static_cast<int>(found - m_items.begin());
     }
     bool contains(const T* item) const { return indexOf(item) >= 0; }
+    ///@}
 
     int size() const { return static_cast<int>(m_items.size()); }
     bool isEmpty() const { return m_items.empty(); }
@@ -50,9 +55,9 @@ public:
     }
     T* operator[](int index) const { return at(index); }
 
-    // Forgets every element without deleting it.
+    /// Forgets every element without deleting it.
     void clear() { m_items.clear(); }
-    // Deletes every element, then empties the collection.
+    /// Deletes every element, then empties the collection.
     void deleteContents() {
         for (T* item : m_items)
             delete item;
@@ -68,9 +73,9 @@ private:
     std::vector<T*> m_items;
 };
 
-// A hashed collection of T*, keyed by the text that a key extractor reads from each element.
-// Keys compare exactly (case-sensitive); callers that want case-insensitive keys store and
-// look up a normalised form.
+/// A hashed collection of T*, keyed by the text that a key extractor reads from each element.
+/// Keys compare exactly (case-sensitive); callers that want case-insensitive keys store and
+/// look up a normalised form.
 template <class T>
 class HC_ {
 public:
@@ -78,16 +83,17 @@ public:
 
     explicit HC_(KeyExtractor keyOf) : m_keyOf(keyOf) {}
 
-    // Adds the element under its key. False, and nothing changes, if the key is taken.
+    /// Adds the element under its key. False, and nothing changes, if the key is taken.
     bool add(T* item) { return m_items.emplace(m_keyOf(*item), item).second; }
-    // The element stored under the key, or null.
+    /// The element stored under the key, or null.
     T* find(const char* key) const {
         if (!key)
             return nullptr;
         auto found = m_items.find(key);
         return found == m_items.end() ? nullptr : found->second;
     }
-    // Removes and returns the element stored under the key, or null.
+    ///@{
+    /// Removes and returns the element stored under the key, or null.
     T* remove(const char* key) {
         auto found = m_items.find(key);
         if (found == m_items.end())
@@ -98,8 +104,9 @@ public:
     }
     int size() const { return static_cast<int>(m_items.size()); }
     bool isEmpty() const { return m_items.empty(); }
+    ///@}
 
-    // Calls f(T&) for every element, in no particular order.
+    /// Calls f(T&) for every element, in no particular order.
     template <class F>
     void forEach(F f) const {
         for (const auto& [key, item] : m_items)

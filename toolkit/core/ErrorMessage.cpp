@@ -9,7 +9,7 @@
 #include <string>
 
 namespace {
-constexpr std::size_t formatAreaSize = 1024;
+constexpr std::size_t v_formatAreaSize = 1024;
 }
 
 ErrorMessage::ErrorMessage(MessageSeverity severity) : m_severity(severity) {}
@@ -92,8 +92,8 @@ void ErrorMessage::setMessage(int formatId, ...) {
 }
 
 void ErrorMessage::format(const char* format, va_list arguments) {
-    char* area = new char[formatAreaSize];
-    std::vsnprintf(area, formatAreaSize, format ? format : "", arguments);
+    char* area = new char[v_formatAreaSize];
+    std::vsnprintf(area, v_formatAreaSize, format ? format : "", arguments);
     delete[] m_text;
     m_text = mem_strdup(area);
     delete[] area;

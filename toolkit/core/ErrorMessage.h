@@ -1,5 +1,3 @@
-// ErrorMessage: a message with a severity, optionally about an object (such as a line of a
-// file), formatted with printf rules.
 #pragma once
 
 #include "core/Collections.h"
@@ -15,17 +13,20 @@ enum MessageSeverity {
     SEVERITY_NOTE = 3,
 };
 
-// The kind of object a message concerns. The values beyond "none" belong to the
-// application, which passes its own through unchanged.
+/// The kind of object a message concerns. The values beyond "none" belong to the
+/// application, which passes its own through unchanged.
 enum MessageObjectType : int {
     MESSAGE_OBJECT_NONE = 0,
 };
 
+/// ErrorMessage: a message with a severity, optionally about an object (such as a line of a
+/// file), formatted with printf rules.
 class TQ_EXPORT ErrorMessage : public TqObject {
 public:
-    // Texts are formatted into a 1024-byte area: a longer text is cut at 1023 characters.
-    // The int forms take the format from the merged string table (PdToolkit::loadString).
-    // Without a severity a message is an error.
+    ///@{
+    /// Texts are formatted into a 1024-byte area: a longer text is cut at 1023 characters.
+    /// The int forms take the format from the merged string table (PdToolkit::loadString).
+    /// Without a severity a message is an error.
     explicit ErrorMessage(MessageSeverity severity);
     ErrorMessage(MessageSeverity severity, MessageObjectType objectType, void* object, int number,
                  const char* format, ...) __attribute__((format(printf, 6, 7)));
@@ -39,31 +40,38 @@ public:
     ErrorMessage(const ErrorMessage& other);
     ErrorMessage& operator=(const ErrorMessage& other);
     ~ErrorMessage() override;
+    ///@}
 
-    // Replaces the text, formatted from the string table entry formatId.
+    /// Replaces the text, formatted from the string table entry formatId.
     void setMessage(int formatId, ...);
 
-    // The text, owned by the message ("" before any was set).
+    ///@{
+    /// The text, owned by the message ("" before any was set).
     const char* message() const { return m_text ? m_text : ""; }
     MessageSeverity severity() const { return m_severity; }
     MessageObjectType objectType() const { return m_objectType; }
     void* object() const { return m_object; }
     int number() const { return m_number; }
-    // An application's own word about the message; 0 after construction.
+    ///@}
+    ///@{
+    /// An application's own word about the message; 0 after construction.
     long userWord() const { return m_userWord; }
     void setUserWord(long word) { m_userWord = word; }
+    ///@}
 
-    // True for fatal errors and errors.
+    /// True for fatal errors and errors.
     bool isError() const { return m_severity <= SEVERITY_ERROR; }
-    // "FATAL ERROR", "ERROR", "WARNING" or "NOTE"; "ERROR" for any other value.
+    ///@{
+    /// "FATAL ERROR", "ERROR", "WARNING" or "NOTE"; "ERROR" for any other value.
     static const char* severityString(int severity);
     const char* severityString() const { return severityString(m_severity); }
+    ///@}
 
-    // True if a message with the same text is in the list; with sameSeverity set, its
-    // severity must match too.
+    /// True if a message with the same text is in the list; with sameSeverity set, its
+    /// severity must match too.
     bool duplicateExists(const OC_<ErrorMessage>& list, bool sameSeverity) const;
 
-    // "<SEVERITY>: <text>".
+    /// "<SEVERITY>: <text>".
     std::ostream& printOn(std::ostream& out) const override;
 
 private:

@@ -12,10 +12,10 @@
 #include <string>
 
 namespace {
-constexpr int scratchSize = 256;
+constexpr int v_scratchSize = 256;
 // The shared scratch of strReplaceStr and strExtractField. Its last byte is never written,
 // so whatever a call leaves behind is always terminated within the buffer.
-char scratch[scratchSize];
+char scratch[v_scratchSize];
 
 char* heapCopy(const std::string& s) {
     return mem_strndup(s.data(), s.size());
@@ -247,8 +247,8 @@ char* strReplaceStr(const char* s, const char* find, const char* repl) {
         find = "";
     if (!repl)
         repl = "";
-    constexpr int outputLimit = scratchSize - 1;
-    constexpr int flushLimit = scratchSize - 2;
+    constexpr int outputLimit = v_scratchSize - 1;
+    constexpr int flushLimit = v_scratchSize - 2;
     int written = 0;
     const char* matched = find; // the next character of find to match
     auto put = [&written](char c, int limit) {
@@ -278,7 +278,7 @@ char* strReplaceStr(const char* s, const char* find, const char* repl) {
 char* strExtractField(int n, const char* s, char sep) {
     if (!s)
         return nullptr;
-    constexpr int copyLimit = scratchSize - 1;
+    constexpr int copyLimit = v_scratchSize - 1;
     scratch[0] = '\0';
     int field = -1;
     int written = 0;

@@ -1,4 +1,5 @@
-// The ids of the toolkit's own string table (ids 1 to 77), for PdToolkit::loadString.
+/// \file
+/// The ids of the toolkit's own string table (ids 1 to 77), for PdToolkit::loadString.
 #pragma once
 
 enum ToolkitStringId {

@@ -117,7 +117,7 @@ BigInt& BigInt::operator>>(unsigned count) const {
 namespace {
 
 // The result bit before any bit is seen; a width-0 value keeps it.
-constexpr char noBit = ' ';
+constexpr char v_noBit = ' ';
 
 bool isUnknown(char bit) {
     return bit != '0' && bit != '1';
@@ -125,13 +125,13 @@ bool isUnknown(char bit) {
 
 // Scans the bits from the least significant upwards.
 char reduceAnd(const char* bits, unsigned width) {
-    char result = noBit;
+    char result = v_noBit;
     for (unsigned i = width; i > 0; --i) {
         const char bit = bits[i - 1];
         if (bit == '0')
             return '0';
         if (bit == '1') {
-            if (result == noBit || result == '1')
+            if (result == v_noBit || result == '1')
                 result = '1';
         } else {
             result = 'x';
@@ -141,13 +141,13 @@ char reduceAnd(const char* bits, unsigned width) {
 }
 
 char reduceOr(const char* bits, unsigned width) {
-    char result = noBit;
+    char result = v_noBit;
     for (unsigned i = width; i > 0; --i) {
         const char bit = bits[i - 1];
         if (bit == '1')
             return '1';
         if (bit == '0') {
-            if (result == noBit || result == '0')
+            if (result == v_noBit || result == '0')
                 result = '0';
         } else {
             result = 'x';
@@ -157,14 +157,14 @@ char reduceOr(const char* bits, unsigned width) {
 }
 
 char reduceXor(const char* bits, unsigned width) {
-    char result = noBit;
+    char result = v_noBit;
     for (unsigned i = width; i > 0; --i) {
         const char bit = bits[i - 1];
         if (isUnknown(bit))
             return 'x';
         if (bit == '1')
             result = result == '1' ? '0' : '1';
-        else if (result == noBit)
+        else if (result == v_noBit)
             result = '0';
     }
     return result;

@@ -6,8 +6,8 @@
 #include <cstdio>
 
 namespace {
-constexpr std::uint32_t decimalChunk = 1000000000; // 10^9, the largest power of ten in 32 bits
-constexpr int decimalChunkDigits = 9;
+constexpr std::uint32_t v_decimalChunk = 1000000000; // 10^9, the largest power of ten in 32 bits
+constexpr int v_decimalChunkDigits = 9;
 } // namespace
 
 bool BinaryMagnitude::readDecimal(const char* digits, std::size_t length) {
@@ -22,8 +22,8 @@ bool BinaryMagnitude::readDecimal(const char* digits, std::size_t length) {
             return false;
         chunk = chunk * 10 + static_cast<std::uint32_t>(c - '0');
         scale *= 10;
-        if (scale == decimalChunk) {
-            multiplyAdd(decimalChunk, chunk);
+        if (scale == v_decimalChunk) {
+            multiplyAdd(v_decimalChunk, chunk);
             chunk = 0;
             scale = 1;
         }
@@ -68,18 +68,18 @@ char* BinaryMagnitude::takeDecimal(bool negative) {
     if (chunks.empty())
         chunks.push_back(0);
 
-    char* text = new char[chunks.size() * decimalChunkDigits + 2];
+    char* text = new char[chunks.size() * v_decimalChunkDigits + 2];
     char* out = text;
     if (negative)
         *out++ = '-';
-    out += std::snprintf(out, decimalChunkDigits + 1, "%u", chunks.back());
+    out += std::snprintf(out, v_decimalChunkDigits + 1, "%u", chunks.back());
     for (std::size_t i = chunks.size() - 1; i-- > 0;) {
         std::uint32_t chunk = chunks[i];
-        for (int k = decimalChunkDigits - 1; k >= 0; --k) {
+        for (int k = v_decimalChunkDigits - 1; k >= 0; --k) {
             out[k] = static_cast<char>('0' + chunk % 10);
             chunk /= 10;
         }
-        out += decimalChunkDigits;
+        out += v_decimalChunkDigits;
     }
     *out = '\0';
     return text;
@@ -105,8 +105,8 @@ void BinaryMagnitude::divideByChunks(std::vector<std::uint32_t>& chunks) {
     auto divide = [&](std::size_t step, std::size_t pass) {
         std::uint32_t& limb = m_limbs[count - 1 - (step - pass)];
         const std::uint64_t current = (remainders[pass] << 32) | limb;
-        limb = static_cast<std::uint32_t>(current / decimalChunk);
-        remainders[pass] = current % decimalChunk;
+        limb = static_cast<std::uint32_t>(current / v_decimalChunk);
+        remainders[pass] = current % v_decimalChunk;
     };
     auto divideWhereStarted = [&](std::size_t step) {
         for (std::size_t pass = 0; pass < passes; ++pass)

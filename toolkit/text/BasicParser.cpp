@@ -15,9 +15,7 @@ BasicParser::BasicParser(const char* text, ScanType* table) : Scanner(text, tabl
 BasicParser::BasicParser(const char* text, HC_<ScannerKeyword>* keywords, ScanType* table)
     : Scanner(text, keywords, table) {}
 
-BasicParser::~BasicParser() {
-    delete[] m_errorMessage;
-}
+BasicParser::~BasicParser() = default;
 
 bool BasicParser::match(ScanType t) {
     if (hasError())
@@ -35,12 +33,10 @@ bool BasicParser::match(ScanType t) {
 }
 
 void BasicParser::error(const char* message, ParserErrorLevel level) {
-    delete[] m_errorMessage;
-    m_errorMessage = mem_strdup(message ? message : "");
+    m_errorMessage.reset(mem_strdup(message ? message : ""));
     m_errorLevel = level;
 }
 
 void BasicParser::clearError() {
-    delete[] m_errorMessage;
-    m_errorMessage = nullptr;
+    m_errorMessage.reset();
 }

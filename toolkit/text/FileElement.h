@@ -1,6 +1,7 @@
-// The items a FileParser reads from a sectioned file: single tokens, bracketed lists (with
-// the keyword they belong to) and whole sections, and the descriptor records that name the
-// keywords and sections a parser knows.
+/// \file
+/// The items a FileParser reads from a sectioned file: single tokens, bracketed lists (with
+/// the keyword they belong to) and whole sections, and the descriptor records that name the
+/// keywords and sections a parser knows.
 #pragma once
 
 #include "core/TqExport.h"
@@ -10,16 +11,16 @@
 #include <cstddef>
 #include <new>
 
-// A keyword or bracket a parser knows; tables of them end with a record whose name is null.
+/// A keyword or bracket a parser knows; tables of them end with a record whose name is null.
 struct KeywordDescriptor {
     const char* name;
     short id;
-    // Free for the application (the toolkit's own descriptors hold 0).
+    /// Free for the application (the toolkit's own descriptors hold 0).
     long data;
 };
 
-// A section a parser knows: its name, the id its parse is given, and the cleanUp pass in which
-// a kept section is processed.
+/// A section a parser knows: its name, the id its parse is given, and the cleanUp pass in which
+/// a kept section is processed.
 struct SectionDescriptor {
     const char* name;
     short id;
@@ -28,12 +29,12 @@ struct SectionDescriptor {
 
 class FileElement;
 
-// Walks the child elements of a FileElement.
+/// Walks the child elements of a FileElement.
 class TQ_EXPORT FileElementIterator {
 public:
     explicit FileElementIterator(FileElement& owner) : m_owner(owner) {}
     bool hasNext() const;
-    // The next child; only while hasNext().
+    /// The next child; only while hasNext().
     FileElement& next();
 
 private:
@@ -41,42 +42,48 @@ private:
     int m_index = 0;
 };
 
-// Any item of a file. Reading an index past the last element is not an error, since the count
-// comes from the file: type gives `end`, value null, token an empty `end` token and element an
-// empty list, so readers check numberOfElements() where the shape matters.
+/// Any item of a file. Reading an index past the last element is not an error, since the count
+/// comes from the file: type gives `end`, value null, token an empty `end` token and element an
+/// empty list, so readers check numberOfElements() where the shape matters.
 class TQ_EXPORT FileElement : public TqObject {
 public:
-    // Elements come from small per-thread pools of recycled blocks: a large read builds and
-    // frees millions of them, which the general heap serves much more slowly.
+    ///@{
+    /// Elements come from small per-thread pools of recycled blocks: a large read builds and
+    /// frees millions of them, which the general heap serves much more slowly.
     static void* operator new(std::size_t size);
     static void operator delete(void* block);
+    ///@}
 
-    static const KeywordDescriptor parenBracketDescriptor;  // "(", -1
-    static const KeywordDescriptor angleBracketDescriptor;  // "<", -2
-    static const KeywordDescriptor squareBracketDescriptor; // "[", -3
+    static const KeywordDescriptor parenBracketDescriptor;  ///< "(", -1
+    static const KeywordDescriptor angleBracketDescriptor;  ///< "<", -2
+    static const KeywordDescriptor squareBracketDescriptor; ///< "[", -3
 
-    // The keyword text (static, from the descriptor) or null.
+    ///@{
+    /// The keyword text (static, from the descriptor) or null.
     virtual const char* key() const = 0;
     virtual short id() const = 0;
     virtual ScanType type(short index) const = 0;
-    // The text of an item, in place in the element; null past the end.
+    ///@}
+    ///@{
+    /// The text of an item, in place in the element; null past the end.
     virtual const char* value(short index) const = 0;
     virtual const Token& token(short index) const = 0;
     virtual short numberOfElements() const = 0;
     virtual FileElement& element(int index) = 0;
     FileElementIterator iterator() { return FileElementIterator(*this); }
+    ///@}
 
 protected:
     static const Token& emptyToken();
     static FileElement& emptyElement();
 };
 
-// One token (a copy) as an item: it is its own only element.
+/// One token (a copy) as an item: it is its own only element.
 class TQ_EXPORT SingleFileElement : public FileElement {
 public:
     explicit SingleFileElement(const Token& token) : m_token(token) {}
-    // A new element whose copy of the token's text lives in the same heap block, which halves
-    // the allocations of a large read; the caller deletes it as any other element.
+    /// A new element whose copy of the token's text lives in the same heap block, which halves
+    /// the allocations of a large read; the caller deletes it as any other element.
     static SingleFileElement* make(const Token& token);
 
     using FileElement::operator new;
@@ -95,15 +102,15 @@ public:
 
 private:
     struct InBlock {};
-    // Over a copy of token's text in the bytes that follow the element in its block.
+    /// Over a copy of token's text in the bytes that follow the element in its block.
     SingleFileElement(const Token& token, InBlock)
         : m_token(token, reinterpret_cast<char*>(this + 1)) {}
 
     Token m_token;
 };
 
-// A bracketed list of items, owned, with the descriptor of the keyword or bracket it was made
-// for (null for none). type, value and token of index i are those of child i (its first item).
+/// A bracketed list of items, owned, with the descriptor of the keyword or bracket it was made
+/// for (null for none). type, value and token of index i are those of child i (its first item).
 class TQ_EXPORT MultipleFileElement : public FileElement {
 public:
     explicit MultipleFileElement(const KeywordDescriptor* descriptor = nullptr)
@@ -122,9 +129,9 @@ public:
     std::ostream& printOn(std::ostream& out) const override;
 
     const KeywordDescriptor* descriptor() const { return m_descriptor; }
-    // Appends a SingleFileElement over a copy of token.
+    /// Appends a SingleFileElement over a copy of token.
     void addToken(const Token& token);
-    // Appends element and takes ownership of it.
+    /// Appends element and takes ownership of it.
     void addFileElement(FileElement& element);
 
 private:
@@ -132,16 +139,18 @@ private:
     void adopt(FileElement* element);
 
     const KeywordDescriptor* m_descriptor;
-    // Most lists hold a keyword's few arguments, so the first children live in the element
-    // itself and only longer lists take an array from the heap.
+    ///@{
+    /// Most lists hold a keyword's few arguments, so the first children live in the element
+    /// itself and only longer lists take an array from the heap.
     static constexpr std::size_t v_inlineChildren = 4;
     FileElement** m_children = m_inline;
     std::size_t m_count = 0;
     std::size_t m_capacity = v_inlineChildren;
     FileElement* m_inline[v_inlineChildren];
+    ///@}
 };
 
-// A whole section of a file: its items and its descriptor.
+/// A whole section of a file: its items and its descriptor.
 class TQ_EXPORT FileSection : public MultipleFileElement {
 public:
     explicit FileSection(const SectionDescriptor& descriptor) : m_section(descriptor) {}
@@ -149,8 +158,8 @@ public:
     const char* sectionTitle() const { return m_section.name; }
     const SectionDescriptor& sectionDescriptor() const { return m_section; }
 
-    // Shows message, followed by number in decimal unless it is 0, cut to 255 characters,
-    // through showUserMessage as an error; returns what showUserMessage returns.
+    /// Shows message, followed by number in decimal unless it is 0, cut to 255 characters,
+    /// through showUserMessage as an error; returns what showUserMessage returns.
     static bool badSectionNotifier(const char* message, short number);
 
 private:

@@ -1,5 +1,3 @@
-// FileReader and FileWritingAgent: the file name and stream of one read or one write of an
-// application file, with the task that a long read reports to.
 #pragma once
 
 #include "core/TqExport.h"
@@ -10,6 +8,8 @@
 
 class iTaskDescription;
 
+/// FileReader and FileWritingAgent: the file name and stream of one read or one write of an
+/// application file, with the task that a long read reports to.
 class TQ_EXPORT FileReader {
 public:
     FileReader() = default;
@@ -18,21 +18,25 @@ public:
     FileReader(const FileReader&) = delete;
     FileReader& operator=(const FileReader&) = delete;
 
-    // Reads from stream (not owned) instead of opening the file.
+    /// Reads from stream (not owned) instead of opening the file.
     void setStream(std::ifstream& stream) { m_stream = &stream; }
-    // The task a long read reports its progress to and is cancelled through (not owned).
+    ///@{
+    /// The task a long read reports its progress to and is cancelled through (not owned).
     void setTask(iTaskDescription& task) { m_task = &task; }
     iTaskDescription* task() const { return m_task; }
+    ///@}
 
 protected:
-    // Opens the named file for reading unless a stream was set; false if it cannot be opened.
+    /// Opens the named file for reading unless a stream was set; false if it cannot be opened.
     [[nodiscard]] bool open();
-    // Closes a file that open() opened (a set stream is left alone).
+    /// Closes a file that open() opened (a set stream is left alone).
     void close();
-    // The stream to read from, null before open() or setStream().
+    ///@{
+    /// The stream to read from, null before open() or setStream().
     std::istream* stream() const { return m_stream; }
     void setFilename(const char* filename) { m_filename = filename ? filename : ""; }
-    // The file name, in place (owned by the reader); "" when none was given.
+    ///@}
+    /// The file name, in place (owned by the reader); "" when none was given.
     const char* filename() const { return m_filename.c_str(); }
 
 private:
@@ -49,15 +53,17 @@ public:
     FileWritingAgent(const FileWritingAgent&) = delete;
     FileWritingAgent& operator=(const FileWritingAgent&) = delete;
 
-    // Creates (or truncates) the named file and has writeContents fill it; false if the file
-    // cannot be opened or the writing fails.
+    ///@{
+    /// Creates (or truncates) the named file and has writeContents fill it; false if the file
+    /// cannot be opened or the writing fails.
     [[nodiscard]] virtual bool render();
     void setFilename(const char* filename) { m_filename = filename ? filename : ""; }
-    // The file name, in place (owned by the agent).
+    ///@}
+    /// The file name, in place (owned by the agent).
     const char* filename() const { return m_filename.c_str(); }
 
 protected:
-    // Writes the file's sections; the toolkit's version writes nothing.
+    /// Writes the file's sections; the toolkit's version writes nothing.
     virtual void writeContents(std::ostream& out);
 
 private:

@@ -1,10 +1,10 @@
-// ScanType: the classes of characters in a scanner's table, which are also the types of the
-// tokens the scanner returns. The numeric values are stored in application tables and must
-// not change.
 #pragma once
 
 #include "core/TqExport.h"
 
+/// ScanType: the classes of characters in a scanner's table, which are also the types of the
+/// tokens the scanner returns. The numeric values are stored in application tables and must
+/// not change.
 enum ScanType : int {
     ST_PLUS = 0,
     ST_MINUS = 1,
@@ -63,14 +63,14 @@ enum ScanType : int {
     ST_CASE_NOT_EQUAL = 54,
 };
 
-// The number of ScanType values (0 to 54).
+/// The number of ScanType values (0 to 54).
 inline constexpr int ST_COUNT = 55;
 
-// The display text of a type, as syntax errors quote it ("letter", "(", "'h", ...). Static
-// text; a value outside 0..54 gives "?".
+/// The display text of a type, as syntax errors quote it ("letter", "(", "'h", ...). Static
+/// text; a value outside 0..54 gives "?".
 TQ_EXPORT const char* scanTypeText(ScanType type);
 
-// True for the four Verilog base classes 'h, 'd, 'b and 'o (31 to 34).
+/// True for the four Verilog base classes 'h, 'd, 'b and 'o (31 to 34).
 inline bool scanTypeIsBase(ScanType type) {
     return type >= ST_BASE_HEX && type <= ST_BASE_OCT;
 }

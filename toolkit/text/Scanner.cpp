@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr unsigned bufferSize = Scanner::v_maxTokenLength + 1;
+constexpr unsigned v_bufferSize = Scanner::v_maxTokenLength + 1;
 
 // Keywords and the words looked up against them are upper-cased the same way, by ASCII rules:
 // the C library's toupper would follow the locale the application set and could change bytes
@@ -33,15 +33,13 @@ void upperCaseAscii(char* text, std::size_t length) {
 // --- ScannerKeyword ---------------------------------------------------------------------------
 
 ScannerKeyword::ScannerKeyword(const char* text) : m_text(mem_strdup(text ? text : "")) {
-    upperCaseAscii(m_text, std::strlen(m_text));
+    upperCaseAscii(m_text.get(), std::strlen(m_text.get()));
 }
 
-ScannerKeyword::~ScannerKeyword() {
-    delete[] m_text;
-}
+ScannerKeyword::~ScannerKeyword() = default;
 
 const char* ScannerKeyword::keyFromScannerKeyword(const ScannerKeyword& keyword) {
-    return keyword.m_text;
+    return keyword.m_text.get();
 }
 
 // --- Tables -----------------------------------------------------------------------------------
@@ -156,14 +154,11 @@ Scanner::~Scanner() {
     freeOwned();
     if (m_privateTable)
         delete[] m_table;
-    delete m_token;
-    delete[] m_buffer;
 }
 
 void Scanner::init(ScanType* table) {
-    m_buffer = new char[bufferSize];
-    m_buffer[0] = '\0';
-    m_token = new Token(m_buffer, bufferSize);
+    m_buffer = std::make_unique<char[]>(v_bufferSize);
+    m_token = std::make_unique<Token>(m_buffer.get(), v_bufferSize);
     m_token->setType(ST_NONE);
     m_table = table ? table : defaultTypeTable();
     updateWordMask();
@@ -179,13 +174,13 @@ void Scanner::copySettings(const Scanner& other) {
         m_table = other.m_table;
     }
     freeOwned();
-    if (auto* owned = dynamic_cast<std::istringstream*>(other.m_ownedStream)) {
-        auto* copy = new std::istringstream(owned->str());
+    if (auto* owned = dynamic_cast<std::istringstream*>(other.m_ownedStream.get())) {
+        auto copy = std::make_unique<std::istringstream>(owned->str());
         if (owned->good())
             copy->seekg(owned->tellg());
         copy->setstate(owned->rdstate());
-        m_ownedStream = copy;
-        setInput(copy);
+        m_ownedStream = std::move(copy);
+        setInput(m_ownedStream.get());
     } else {
         setInput(other.m_in);
     }
@@ -204,8 +199,7 @@ void Scanner::copySettings(const Scanner& other) {
 }
 
 void Scanner::freeOwned() {
-    delete m_ownedStream;
-    m_ownedStream = nullptr;
+    m_ownedStream.reset();
 }
 
 void Scanner::setInput(std::istream* in) {
@@ -217,10 +211,10 @@ void Scanner::setInput(std::istream* in) {
 }
 
 void Scanner::setString(const char* text) {
-    auto* stream = new std::istringstream(text ? text : "");
+    auto stream = std::make_unique<std::istringstream>(text ? text : "");
     freeOwned();
-    m_ownedStream = stream;
-    setInput(stream);
+    m_ownedStream = std::move(stream);
+    setInput(m_ownedStream.get());
 }
 
 // --- Characters -------------------------------------------------------------------------------
@@ -328,8 +322,8 @@ bool Scanner::testGood() const {
 }
 
 inline void Scanner::setEndToken() {
-    if (m_token->text() != m_buffer)
-        m_token->layOver(m_buffer, bufferSize);
+    if (m_token->text() != m_buffer.get())
+        m_token->layOver(m_buffer.get(), v_bufferSize);
     m_buffer[0] = '\0';
     m_token->m_length = 0;
     m_token->m_type = ST_END;
@@ -372,16 +366,16 @@ constexpr std::uint64_t classBit(ScanType type) {
     return std::uint64_t{1} << type;
 }
 
-constexpr std::uint64_t letterClasses = classBit(ST_LETTER) | classBit(ST_BASE_HEX) |
-                                        classBit(ST_BASE_DEC) | classBit(ST_BASE_BIN) |
-                                        classBit(ST_BASE_OCT);
+constexpr std::uint64_t v_letterClasses = classBit(ST_LETTER) | classBit(ST_BASE_HEX) |
+                                          classBit(ST_BASE_DEC) | classBit(ST_BASE_BIN) |
+                                          classBit(ST_BASE_OCT);
 
 bool isWhite(ScanType type) {
     return type == ST_SPACE || type == ST_NEWLINE;
 }
 
 // Returned by an AreaReader at the end of the get area.
-constexpr int areaEnd = -2;
+constexpr int v_areaEnd = -2;
 
 // Reaches the protected get-area members of any stream buffer: a pointer to a protected member
 // may be taken through a derived class and then applied to any object of the base class.
@@ -415,9 +409,9 @@ struct Scanner::AreaReader {
     explicit AreaReader(std::streambuf* buffer)
         : m_start(GetArea::next(buffer)), m_at(m_start), m_end(GetArea::end(buffer)) {}
 
-    static constexpr bool gaveUp(int c) { return c == areaEnd; }
+    static constexpr bool gaveUp(int c) { return c == v_areaEnd; }
     static constexpr bool usable() { return true; }
-    int next() { return m_at != m_end ? static_cast<unsigned char>(*m_at++) : areaEnd; }
+    int next() { return m_at != m_end ? static_cast<unsigned char>(*m_at++) : v_areaEnd; }
     // The white space read so far stays read, whatever is given up after it.
     void markPassed() { m_passed = m_at; }
     // Goes back to the end of the white space passed; false when none was.
@@ -425,11 +419,11 @@ struct Scanner::AreaReader {
         m_at = m_passed;
         return m_passed != m_start;
     }
-    int peek() const { return m_at != m_end ? static_cast<unsigned char>(*m_at) : areaEnd; }
+    int peek() const { return m_at != m_end ? static_cast<unsigned char>(*m_at) : v_areaEnd; }
     // Only ever after a next() that gave a character.
     void unread(int) { --m_at; }
     // Stores characters while belongs(c) holds and returns the first one that does not,
-    // consumed, or areaEnd.
+    // consumed, or v_areaEnd.
     template <class Belongs>
     int run(TokenText& out, Belongs belongs) {
         char* at = m_at;
@@ -497,7 +491,7 @@ bool Scanner::checkKeyword() const {
 
 inline Scanner::Scanned Scanner::finish(const TokenText& text, ScanType type) {
     *text.at = '\0';
-    m_token->m_length = static_cast<unsigned>(text.at - m_buffer);
+    m_token->m_length = static_cast<unsigned>(text.at - m_buffer.get());
     m_token->m_type = type;
     return Scanned::Token;
 }
@@ -580,7 +574,7 @@ template <class Reader>
         }
         char ch = static_cast<char>(c);
         ScanType type = typeOf(ch);
-        bool letter = (classBit(static_cast<ScanType>(type & 63)) & letterClasses) != 0;
+        bool letter = (classBit(static_cast<ScanType>(type & 63)) & v_letterClasses) != 0;
         if (type == ST_CR)
             continue;
         if (isWord) {
@@ -695,7 +689,7 @@ template <class Reader>
 
 template <class Reader>
 [[gnu::always_inline]] inline Scanner::Scanned Scanner::scanOne(Reader& in) {
-    TokenText out{m_buffer, m_buffer + v_maxTokenLength};
+    TokenText out{m_buffer.get(), m_buffer.get() + v_maxTokenLength};
     int c = in.next();
     if (Reader::gaveUp(c))
         return Scanned::GaveUp;
@@ -775,8 +769,8 @@ bool Scanner::scanTokenIsOwn() const {
 }
 
 Token& Scanner::scanToken() {
-    if (m_token->text() != m_buffer)
-        m_token->layOver(m_buffer, bufferSize);
+    if (m_token->text() != m_buffer.get())
+        m_token->layOver(m_buffer.get(), v_bufferSize);
     if (m_ownScanToken < 0)
         m_ownScanToken = scanTokenIsOwn() ? 1 : 0;
     for (;;) {

@@ -11,11 +11,11 @@
 namespace {
 
 // The longest text a token can hold: its length and terminator must fit in an unsigned.
-constexpr unsigned maxLength = UINT_MAX - 1;
+constexpr unsigned v_maxLength = UINT_MAX - 1;
 
 unsigned textLength(const char* text) {
     std::size_t length = std::strlen(text);
-    return length > maxLength ? maxLength : static_cast<unsigned>(length);
+    return length > v_maxLength ? v_maxLength : static_cast<unsigned>(length);
 }
 
 } // namespace
@@ -71,8 +71,8 @@ void Token::setValue(const char* text) {
 void Token::setValue(const char* text, unsigned length) {
     if (!text)
         length = 0;
-    if (length > maxLength)
-        length = maxLength;
+    if (length > v_maxLength)
+        length = v_maxLength;
     if (text == m_text) {
         setLength(length);
         return;
@@ -109,7 +109,7 @@ void Token::insert(unsigned at, const char* text) {
         insert(at, copy.c_str());
         return;
     }
-    unsigned added = std::min(textLength(text), maxLength - m_length);
+    unsigned added = std::min(textLength(text), v_maxLength - m_length);
     reserve(m_length + added + 1, m_length);
     std::memmove(m_text + at + added, m_text + at, m_length - at + 1);
     std::memcpy(m_text + at, text, added);

@@ -57,27 +57,32 @@ struct PaintCase {
     std::vector<Probe> probes;
 };
 
-TEST(DevicePaint, Primitives_PaintTheirPixelsOnly) {
+TEST(DevicePaint, PrimitivesPaintTheirPixelsOnly) {
     const PaintCase cases[] = {
         {"a line in the current colour, both ends included",
          [](OpenDevice& d) {
-             d.setColor(wsiRed), d.drawLine(SheetPoint(10, 10), SheetPoint(100, 10));
+             d.setColor(wsiRed);
+             d.drawLine(SheetPoint(10, 10), SheetPoint(100, 10));
          },
          {{10, 10, red}, {100, 10, red}, {50, 11, white}, {101, 10, white}, {-1, 0, 0}}},
         {"two lineTo from one moveTo draw two lines from the same start",
          [](OpenDevice& d) {
-             d.setColor(wsiBlack), d.primitiveMoveTo(10, 50), d.primitiveLineTo(90, 50);
+             d.setColor(wsiBlack);
+             d.primitiveMoveTo(10, 50);
+             d.primitiveLineTo(90, 50);
              d.primitiveLineTo(10, 90);
          },
          {{50, 50, black}, {10, 90, black}, {10, 70, black}, {50, 70, white}}},
         {"a filled rectangle: origin inclusive, corner exclusive",
          [](OpenDevice& d) {
-             d.setColor(wsiBlue), d.fillRectangle(SheetRectangle(20, 20, 40, 40));
+             d.setColor(wsiBlue);
+             d.fillRectangle(SheetRectangle(20, 20, 40, 40));
          },
          {{20, 20, blue}, {30, 30, blue}, {39, 39, blue}, {40, 30, white}, {19, 30, white}}},
         {"nothing outside the clip rectangle",
          [](OpenDevice& d) {
-             d.setClipRect(DeviceRectangle(0, 0, 50, 50)), d.setColor(wsiBlack);
+             d.setClipRect(DeviceRectangle(0, 0, 50, 50));
+             d.setColor(wsiBlack);
              d.drawLine(SheetPoint(10, 40), SheetPoint(150, 40));
              d.fillRectangle(SheetRectangle(40, 0, 80, 80));
          },
@@ -85,25 +90,29 @@ TEST(DevicePaint, Primitives_PaintTheirPixelsOnly) {
         {"sheet units mapped by the display transformation",
          [](OpenDevice& d) {
              d.setDisplayTransformation(TqMatrix(FloatPoint(10.0, 10.0), FloatPoint(5.0, 5.0)));
-             d.setColor(wsiRed), d.fillRectangle(SheetRectangle(0, 0, 1, 1));
+             d.setColor(wsiRed);
+             d.fillRectangle(SheetRectangle(0, 0, 1, 1));
          },
          {{5, 5, red}, {14, 14, red}, {15, 15, white}, {4, 4, white}}},
         {"a filled ellipse misses its corners; an outlined one is hollow",
          [](OpenDevice& d) {
-             d.setColor(wsiGreen), d.drawEllipse(SheetRectangle(10, 10, 50, 50), true);
+             d.setColor(wsiGreen);
+             d.drawEllipse(SheetRectangle(10, 10, 50, 50), true);
              d.drawEllipse(SheetRectangle(60, 10, 100, 50), false);
          },
          {{30, 30, green}, {11, 11, white}, {80, 30, white}, {80, 10, green}}},
         {"a curve through its ends and the transition's middle, and a pixel",
          [](OpenDevice& d) {
-             d.setColor(wsiBlue), d.drawCurveUnTransformed({110, 80}, {190, 20});
+             d.setColor(wsiBlue);
+             d.drawCurveUnTransformed({110, 80}, {190, 20});
              d.setPixel(5, 95);
          },
          {{110, 80, blue}, {150, 50, blue}, {5, 95, blue}}},
         {"a polygon filled in its own colour; the current colour kept",
          [](OpenDevice& d) {
              DevicePoint triangle[3] = {{120, 5}, {140, 5}, {130, 15}};
-             d.setColor(wsiRed), d.filledPolygonUnTransformed(wsiYellow, 3, triangle);
+             d.setColor(wsiRed);
+             d.filledPolygonUnTransformed(wsiYellow, 3, triangle);
              d.fillRectangle(SheetRectangle(150, 0, 160, 5));
          },
          {{130, 8, yellow}, {155, 2, red}}},
@@ -117,8 +126,9 @@ TEST(DevicePaint, Primitives_PaintTheirPixelsOnly) {
          {{110, 53, black}, {30, 53, white}}},
         {"erase in the background colour, fill in the drawing colour, invert",
          [](OpenDevice& d) {
-             d.setColor(wsiRed), d.setBackgroundColor(wsiBlue),
-                 d.erase(DeviceRectangle(0, 0, 10, 10));
+             d.setColor(wsiRed);
+             d.setBackgroundColor(wsiBlue);
+             d.erase(DeviceRectangle(0, 0, 10, 10));
              d.fillRectangle(SheetRectangle(20, 0, 30, 10));
              d.fillRectangle(SheetRectangle(40, 0, 50, 10));
              d.invertRectangle(SheetRectangle(40, 0, 50, 10));
@@ -135,11 +145,13 @@ TEST(DevicePaint, Primitives_PaintTheirPixelsOnly) {
 TEST(DevicePaint, PenStyleDashLeavesGapsAndWidthThickens) {
     Canvas canvas;
     OpenDevice& d = canvas.device;
-    d.setColor(wsiBlack), d.setPenStyle(wsiPenDash);
+    d.setColor(wsiBlack);
+    d.setPenStyle(wsiPenDash);
     d.drawLine(SheetPoint(0, 20), SheetPoint(199, 20));
     const int dashed = canvas.countInRow(20, 0, 200, black);
     EXPECT_NEAR(dashed, 120, 70) << "gaps, but mostly ink";
-    d.setPenStyle(wsiPenSolid), d.setPenWidth(5);
+    d.setPenStyle(wsiPenSolid);
+    d.setPenWidth(5);
     d.drawLine(SheetPoint(0, 60), SheetPoint(199, 60));
     EXPECT_EQ(canvas.at(100, 58), black);
     EXPECT_EQ(canvas.at(100, 62), black);
@@ -194,7 +206,8 @@ TEST(OutputDevicePaint, PolylineIsClampedIntoTheClipRectangle) {
 
 TEST(DevicePaint, BitmapCopiesPixelsFromAnImageDevice) {
     Canvas source, target;
-    source.device.setColor(wsiRed), source.device.fillRectangle(SheetRectangle(0, 0, 20, 20));
+    source.device.setColor(wsiRed);
+    source.device.fillRectangle(SheetRectangle(0, 0, 20, 20));
     target.device.drawBitmap(source.device, DeviceRectangle(0, 0, 10, 10),
                              DeviceRectangle(5, 5, 15, 15), wsiDrawCopy);
     Device painterless;

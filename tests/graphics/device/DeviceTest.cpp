@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(QtConversion, ColoursAndPenStyles_FollowTheirTables) {
+TEST(QtConversion, ColoursAndPenStylesFollowTheirTables) {
     // wsiColor 0 (no colour: an invalid QColor) to 20.
     // clang-format off
     const QColor expected[] = {
@@ -32,7 +32,7 @@ TEST(QtConversion, ColoursAndPenStyles_FollowTheirTables) {
     EXPECT_EQ(QtConversion::asPenStyle(static_cast<wsiPenStyle>(-2)), Qt::SolidLine);
 }
 
-TEST(StockObject, PensAndBrushes_UseStockHandlesExactlyWhereTheRuleSays) {
+TEST(StockObject, PensAndBrushesUseStockHandlesExactlyWhereTheRuleSays) {
     const int before = StockObject::ownedCount();
     {
         const Pen black(wsiBlack, wsiPenSolid, 0), white(wsiWhite, wsiPenDash, 0);
@@ -87,7 +87,7 @@ struct ClipPointsCase {
     std::vector<DevicePoint> out;
 };
 
-TEST(OutputDevice, ClipPoints_ClampsAndTestsConsecutiveOutcodes) {
+TEST(OutputDevice, ClipPointsClampsAndTestsConsecutiveOutcodes) {
     ClippingDevice device(DeviceRectangle(0, 0, 100, 100));
     // clang-format off
     const ClipPointsCase cases[] = {
@@ -120,7 +120,7 @@ TEST(OutputDevice, ClipPoints_ClampsAndTestsConsecutiveOutcodes) {
     }
 }
 
-TEST(Device, ProcessWideState_PolyPointsGrowToExactlyNAndABreakIsConsumedByItsCheck) {
+TEST(Device, ProcessWideStatePolyPointsGrowToExactlyNAndABreakIsConsumedByItsCheck) {
     const long start = Device::polyPointsCapacity();
     Device::getPolyPoints(start + 10);
     EXPECT_EQ(Device::polyPointsCapacity(), start + 10);
@@ -156,25 +156,34 @@ TEST(Device, TellsDependentsOfANewTransformationAndClip) {
     EXPECT_EQ(device.visibleArea(true), SheetRectangle(SheetPoint(0, 0), SheetPoint(10, 20)));
 }
 
-TEST(Device, WithoutAPainter_EveryOperationDoesNothingSafely) {
+TEST(Device, WithoutAPainterEveryOperationDoesNothingSafely) {
     Device device;
     WsiFont font;
     DevicePoint points[3] = {{0, 0}, {10, 10}, {20, 0}};
     const DevicePoint a(1, 1), b(5, 5);
     const SheetRectangle r(0, 0, 5, 5);
-    device.setColor(wsiRed), device.setPenStyle(wsiPenDash), device.setPenWidth(3);
-    device.setBackgroundColor(wsiYellow), device.setBackgroundFillMode(wsiOpaque);
-    device.setDrawMode(wsiDrawXor), device.setClipRect(DeviceRectangle(0, 0, 5, 5));
-    device.drawLine(SheetPoint(0, 0), SheetPoint(5, 5)), device.drawRectangle(r);
-    device.fillRectangle(r), device.invertRectangle(r);
-    device.drawPolylineUnTransformed(3, points), device.drawPolylineUnTransformed(2, &a, &b);
-    device.drawPolygonUnTransformed(3, points), device.drawCurveUnTransformed(a, b);
+    device.setColor(wsiRed);
+    device.setPenStyle(wsiPenDash);
+    device.setPenWidth(3);
+    device.setBackgroundColor(wsiYellow);
+    device.setBackgroundFillMode(wsiOpaque);
+    device.setDrawMode(wsiDrawXor);
+    device.setClipRect(DeviceRectangle(0, 0, 5, 5));
+    device.drawLine(SheetPoint(0, 0), SheetPoint(5, 5));
+    device.drawRectangle(r);
+    device.fillRectangle(r);
+    device.invertRectangle(r);
+    device.drawPolylineUnTransformed(3, points);
+    device.drawPolylineUnTransformed(2, &a, &b);
+    device.drawPolygonUnTransformed(3, points);
+    device.drawCurveUnTransformed(a, b);
     device.filledPolygonUnTransformed(wsiBlue, 3, points);
     device.drawCappedPolylineUnTransformed(wsiLineCapArrow, wsiLineCapArrow, {4, 4}, 3, points);
     device.drawCurvedArrowUnTransformed(a, b, {9, 1}, DeviceRectangle(0, 0, 3, 3),
                                         wsiCurveCapArrow);
     device.drawEllipseUnTransformed(DeviceRectangle(0, 0, 9, 9), true);
-    device.erase(DeviceRectangle(0, 0, 9, 9)), device.setPixel(1, 1);
+    device.erase(DeviceRectangle(0, 0, 9, 9));
+    device.setPixel(1, 1);
     EXPECT_EQ(device.getPixel(1, 1), 0u);
     EXPECT_EQ(device.drawText("text", SheetPoint(1, 1), font), 0);
     EXPECT_EQ(device.drawAlignedText("text", SheetPoint(1, 1), font, wsiAlignRight, wsiAlignTop),

@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(ExportParameters, WellFormedText_IsReadAndWrittenBackInItsOwnWords) {
+TEST(ExportParameters, WellFormedTextIsReadAndWrittenBackInItsOwnWords) {
     const char* every = "printer,Laser 5,/tmp/out.eps,landscape,noclipboard,a4,longedge,12.5,"
                         "8.25,cm,gray,fixed,mifshape,nopreview";
     const struct {
@@ -78,7 +78,7 @@ TEST(ExportParameters, BothSettingsAsStored) {
     EXPECT_TRUE(ExportParameters("nonsense", -1).mifAnchoredFrameOnly());
 }
 
-TEST(ExportParameters, PictureSizeInPoints_ConvertsFromItsUnits) {
+TEST(ExportParameters, PictureSizeInPointsConvertsFromItsUnits) {
     ExportParameters p("file,,,portrait,clipboard,a4,default,2.54,10,cm,color,scaleable,"
                        "mifframe,preview");
     EXPECT_NEAR(p.pictureSizeInPoints().x(), 72.0, 1e-9);

@@ -13,7 +13,7 @@
 
 namespace {
 
-TEST(FloatPoint, AsLong_RoundsHalvesAwayFromZero) {
+TEST(FloatPoint, AsLongRoundsHalvesAwayFromZero) {
     const struct {
         double in;
         long out;
@@ -24,7 +24,7 @@ TEST(FloatPoint, AsLong_RoundsHalvesAwayFromZero) {
         EXPECT_EQ(FloatPoint::asLong(c.in), c.out) << c.in;
 }
 
-TEST(DevicePoint, ArithmeticOperators_WriteTheirOwnStaticResult) {
+TEST(DevicePoint, ArithmeticOperatorsWriteTheirOwnStaticResult) {
     const DevicePoint a(7, -9), b(2, 4);
     const DevicePoint& sum = a + b;
     const DevicePoint& difference = a - b;
@@ -76,7 +76,7 @@ TEST(DevicePoint, CrossSpaceConversionTruncates) {
     EXPECT_EQ(SheetPoint(4L, 9L, m), SheetPoint(2.0, 3.0));
 }
 
-TEST(DevicePoint, Intercepts_TruncateTheScaledOffset) {
+TEST(DevicePoint, InterceptsTruncateTheScaledOffset) {
     const DevicePoint a(0, 0), b(10, 5);
     EXPECT_EQ(DevicePoint::yIntercept(3, a, b), 1); // 1.5 truncated
     EXPECT_EQ(DevicePoint::yIntercept(-3, a, b), -1);

@@ -39,7 +39,7 @@ TEST(DeviceRectangle, EdgeEditsDoNotReorder) {
     EXPECT_EQ(r.right(), -10);
 }
 
-TEST(DeviceRectangle, ExtentsAndMoves_RoundAndWrapWithoutOverflow) {
+TEST(DeviceRectangle, ExtentsAndMovesRoundAndWrapWithoutOverflow) {
     DeviceRectangle r(2, 3, 12, 8);
     EXPECT_EQ(r.extent(), DevicePoint(10, 5));
     EXPECT_EQ(r.toQRect(), QRect(2, 3, 10, 5));
@@ -59,7 +59,7 @@ TEST(DeviceRectangle, ExtentsAndMoves_RoundAndWrapWithoutOverflow) {
               QRect(QPoint(INT32_MIN, 1), QPoint(INT32_MAX - 1, -1)));
 }
 
-TEST(DeviceRectangle, ContainsPoint_IncludesEveryEdgeAndCorner) {
+TEST(DeviceRectangle, ContainsPointIncludesEveryEdgeAndCorner) {
     const DeviceRectangle r(0, 0, 10, 10);
     for (const DevicePoint& p : {DevicePoint(0, 0), DevicePoint(10, 10), DevicePoint(0, 10),
                                  DevicePoint(10, 0), DevicePoint(5, 0), DevicePoint(10, 5)})
@@ -69,7 +69,7 @@ TEST(DeviceRectangle, ContainsPoint_IncludesEveryEdgeAndCorner) {
         EXPECT_FALSE(r.containsPoint(p)) << p.asString();
 }
 
-TEST(DeviceRectangle, Intersect_NullForTouchingOrEmptyOverlaps) {
+TEST(DeviceRectangle, IntersectNullForTouchingOrEmptyOverlaps) {
     const DeviceRectangle r(0, 0, 10, 10);
     EXPECT_EQ(r.intersect(DeviceRectangle(10, 0, 20, 10)), nullptr);
     EXPECT_EQ(r.intersect(DeviceRectangle(0, 10, 10, 20)), nullptr);
@@ -86,7 +86,7 @@ TEST(DeviceRectangle, Intersect_NullForTouchingOrEmptyOverlaps) {
     EXPECT_EQ(u, DeviceRectangle(-5, 0, 10, 30));
 }
 
-TEST(DeviceRectangle, AlignCenter_AlignsUnchosenAxisWithTheOriginEdge) {
+TEST(DeviceRectangle, AlignCenterAlignsUnchosenAxisWithTheOriginEdge) {
     DeviceRectangle r(100, 100, 110, 110);
     const DeviceRectangle target(0, 0, 15, 15);
     const DevicePoint moved = r.alignCenter(target, true, false);
@@ -101,7 +101,7 @@ TEST(DeviceRectangle, AlignCenter_AlignsUnchosenAxisWithTheOriginEdge) {
 }
 
 // Clipping one end against (0, 0)-(100, 100), entering through each edge and corner region.
-TEST(DeviceRectangle, ClipLineSegment_EachEdgeAndCornerRegion) {
+TEST(DeviceRectangle, ClipLineSegmentEachEdgeAndCornerRegion) {
     const DeviceRectangle r(0, 0, 100, 100);
     const struct {
         const char* region;

@@ -10,7 +10,7 @@
 namespace {
 
 // Both mappings must agree on every rule; each case runs against both.
-TEST(Transformation, ApplyHalf_RoundsAsymmetricallyAndClamps) {
+TEST(Transformation, ApplyHalfRoundsAsymmetricallyAndClamps) {
     const struct {
         double scale, translation, v;
         bool round;
@@ -66,7 +66,7 @@ TEST(TqMatrix, SettersTouchOnlyTheirElement) {
     EXPECT_EQ(m.scale(), FloatPoint(1.0, 1.0));
 }
 
-TEST(TqMatrix, PhysicalToLogical_MapsTheRectangleBackInPlace) {
+TEST(TqMatrix, PhysicalToLogicalMapsTheRectangleBackInPlace) {
     const TqMatrix m(FloatPoint(2.0, 4.0), FloatPoint(10.0, 20.0));
     QRect r(12, 24, 20, 40); // edges 12..32 and 24..64
     m.physicalToLogical(r);

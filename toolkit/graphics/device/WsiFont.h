@@ -1,5 +1,3 @@
-// WsiFont and WsiFontMetric: a font as the drawing code names it (family, size, bold,
-// italic, underline, overline) and its measures on one paint device, taken from Qt.
 #pragma once
 
 #include "core/TqExport.h"
@@ -13,9 +11,11 @@
 
 class QPaintDevice;
 
+/// WsiFont and WsiFontMetric: a font as the drawing code names it (family, size, bold,
+/// italic, underline, overline) and its measures on one paint device, taken from Qt.
 class TQ_EXPORT WsiFont {
 public:
-    // A family of 10 points in Qt's default face; a null or empty family means that face.
+    /// A family of 10 points in Qt's default face; a null or empty family means that face.
     explicit WsiFont(const char* family = nullptr, double pointSize = 10.0);
 
     const QString& family() const { return m_family; }
@@ -25,12 +25,14 @@ public:
     bool isUnderline() const { return m_underline; }
     bool isOverline() const { return m_overline; }
     void setFamily(const char* family);
-    // Sizes of zero or below are taken as 1 point.
+    ///@{
+    /// Sizes of zero or below are taken as 1 point.
     void setPointSize(double size);
     void setBold(bool on) { m_bold = on; }
     void setItalic(bool on) { m_italic = on; }
     void setUnderline(bool on) { m_underline = on; }
     void setOverline(bool on) { m_overline = on; }
+    ///@}
 
     QFont toQFont() const;
 
@@ -57,25 +59,27 @@ private:
 
 class TQ_EXPORT WsiFontMetric {
 public:
-    // The measures of font on device (whose resolution sizes the points), or on the
-    // screen's default resolution when device is null.
+    /// The measures of font on device (whose resolution sizes the points), or on the
+    /// screen's default resolution when device is null.
     WsiFontMetric(const WsiFont& font, QPaintDevice* device);
 
-    // In device units, rounded up so that a box built from them holds the glyphs.
+    ///@{
+    /// In device units, rounded up so that a box built from them holds the glyphs.
     int ascent() const;
     int descent() const;
     int height() const { return ascent() + descent(); }
     int leading() const;
-    // The advance of the first length bytes of the UTF-8 text (all of it when length < 0;
-    // never past its NUL); 0 for a null text.
+    ///@}
+    /// The advance of the first length bytes of the UTF-8 text (all of it when length < 0;
+    /// never past its NUL); 0 for a null text.
     int advance(const char* text, int length) const;
 
-    // Equal for two metrics of the same resolved font on devices of the same resolution, so
-    // that a caller may keep measures made through one for the other.
+    /// Equal for two metrics of the same resolved font on devices of the same resolution, so
+    /// that a caller may keep measures made through one for the other.
     std::size_t identity() const { return m_identity; }
 
-    // The first length bytes of text as a string (all when length < 0; never past its NUL;
-    // empty for a null text).
+    /// The first length bytes of text as a string (all when length < 0; never past its NUL;
+    /// empty for a null text).
     static QString textOf(const char* text, int length);
 
 private:

@@ -1,11 +1,12 @@
-// The drawing vocabulary of the device interface: colours, pen styles, line and curve caps,
-// text alignments, background and draw modes. Devices pass them through unchanged.
+/// \file
+/// The drawing vocabulary of the device interface: colours, pen styles, line and curve caps,
+/// text alignments, background and draw modes. Devices pass them through unchanged.
 #pragma once
 
 #include <cstdint>
 
-// Values 3 to 18 are also the sixteen colour names of the rich-text markup ("black" ...
-// "white"); 1 and 2 are the plain white and black of the window system, 19 its foreground.
+/// Values 3 to 18 are also the sixteen colour names of the rich-text markup ("black" ...
+/// "white"); 1 and 2 are the plain white and black of the window system, 19 its foreground.
 enum wsiColor : int {
     wsiNoColor = 0,
     wsiSystemWhite = 1,
@@ -39,15 +40,15 @@ enum wsiPenStyle : int {
     wsiPenNull = 5
 };
 
-// How a capped polyline ends: plainly (round) or with a filled arrow head.
+/// How a capped polyline ends: plainly (round) or with a filled arrow head.
 enum wsiLineCap : int { wsiLineCapRound = 0, wsiLineCapArrow = 1 };
 
-// How a curved arrow ends: without a head or with one at its end point.
+/// How a curved arrow ends: without a head or with one at its end point.
 enum wsiCurveCap : int { wsiCurveCapNone = 0, wsiCurveCapArrow = 1 };
 
 enum wsiAlignH : int { wsiAlignLeft = 0, wsiAlignHCenter = 1, wsiAlignRight = 2 };
 
-// Baseline puts the text's baseline, the others its box's edge or middle, at the point.
+/// Baseline puts the text's baseline, the others its box's edge or middle, at the point.
 enum wsiAlignV : int {
     wsiAlignTop = 0,
     wsiAlignVCenter = 1,
@@ -55,11 +56,11 @@ enum wsiAlignV : int {
     wsiAlignBaseline = 3
 };
 
-// Whether text and dashed lines fill their background with the background colour.
+/// Whether text and dashed lines fill their background with the background colour.
 enum wsiBackgroundFillMode : int { wsiTransparent = 1, wsiOpaque = 2 };
 
-// How drawn pixels combine with those already there.
+/// How drawn pixels combine with those already there.
 enum wsiDrawMode : int { wsiDrawCopy = 0, wsiDrawXor = 1, wsiDrawInvert = 2 };
 
-// A pixel's colour as 0x00RRGGBB.
+/// A pixel's colour as 0x00RRGGBB.
 using wsiRGBColor = std::uint32_t;

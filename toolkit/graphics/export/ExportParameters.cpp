@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kFieldCount = 14;
+constexpr int v_fieldCount = 14;
 
 // The words of one enumerated field, indexed by value.
 template <std::size_t N>
@@ -122,9 +122,9 @@ bool ExportParameters::read(const char* text) {
             break;
         rest.remove_prefix(comma + 1);
     }
-    if (fields.size() != kFieldCount) {
+    if (fields.size() != v_fieldCount) {
         m_message = "Export parameters: " + std::to_string(fields.size()) + " fields instead of " +
-                    std::to_string(kFieldCount) + "; the defaults are used";
+                    std::to_string(v_fieldCount) + "; the defaults are used";
         return false;
     }
 

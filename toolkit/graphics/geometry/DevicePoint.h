@@ -1,5 +1,3 @@
-// DevicePoint: a point or an extent in device units (signed 32 bits: screen pixels, printer
-// dots, PostScript or MIF points). Arithmetic wraps at 32 bits; nothing here allocates.
 #pragma once
 
 #include "core/TqExport.h"
@@ -14,19 +12,23 @@ class SheetPoint;
 class Transformation;
 class TqMatrix;
 
+/// DevicePoint: a point or an extent in device units (signed 32 bits: screen pixels, printer
+/// dots, PostScript or MIF points). Arithmetic wraps at 32 bits; nothing here allocates.
 class TQ_EXPORT DevicePoint : public TqObject {
 public:
     // --- Constructors -----------------------------------------------------------------------
     DevicePoint() = default;
     DevicePoint(std::int32_t x, std::int32_t y) : m_x(x), m_y(y) {}
     DevicePoint(const DevicePoint&) = default;
-    // Rounds each coordinate half away from zero (FloatPoint::asLong).
+    /// Rounds each coordinate half away from zero (FloatPoint::asLong).
     explicit DevicePoint(const FloatPoint& p);
-    // Sheet to device through t, truncating (applyXHalfTo with round false).
+    ///@{
+    /// Sheet to device through t, truncating (applyXHalfTo with round false).
     DevicePoint(double x, double y, const Transformation& t);
     DevicePoint(double x, double y, const TqMatrix& m);
     DevicePoint(const SheetPoint& p, const Transformation& t);
     DevicePoint(const SheetPoint& p, const TqMatrix& m);
+    ///@}
 
     static DevicePoint& scratch();
 
@@ -45,29 +47,32 @@ public:
     void adjustXY(std::int32_t dx, std::int32_t dy);
     void scaleBy(const DevicePoint& p);
     void translateBy(const DevicePoint& p);
-    // Rounds each product or sum half away from zero.
+    ///@{
+    /// Rounds each product or sum half away from zero.
     void scaleBy(const FloatPoint& p);
     void translateBy(const FloatPoint& p);
+    ///@}
 
     QPoint toQPoint() const { return QPoint(m_x, m_y); }
 
-    // Reads x and y from the element's first two items, which must both be number tokens, as
-    // decimal integers (saturated to 32 bits). False, with the point unchanged, for any other
-    // item types.
+    /// Reads x and y from the element's first two items, which must both be number tokens, as
+    /// decimal integers (saturated to 32 bits). False, with the point unchanged, for any other
+    /// item types.
     [[nodiscard]] bool read(FileElement& element);
 
     // --- Intercepts -------------------------------------------------------------------------
-    // The y of the line through a and b at x: trunc((x - a.x) * slope) + a.y, the slope
-    // computed in double. a and b must not lie on one vertical (asserted).
+    /// The y of the line through a and b at x: trunc((x - a.x) * slope) + a.y, the slope
+    /// computed in double. a and b must not lie on one vertical (asserted).
     static long yIntercept(long x, const DevicePoint& a, const DevicePoint& b);
-    // The x of that line at y; a and b must not lie on one horizontal (asserted).
+    /// The x of that line at y; a and b must not lie on one horizontal (asserted).
     static long xIntercept(long y, const DevicePoint& a, const DevicePoint& b);
 
     // --- Operators --------------------------------------------------------------------------
-    // Binary and unary operators return a reference to a static object owned by each
-    // operator, valid until that operator runs again: copy the result at once.
+    /// Binary and unary operators return a reference to a static object owned by each
+    /// operator, valid until that operator runs again: copy the result at once.
     DevicePoint& operator=(const DevicePoint&) = default;
-    // Rounds half away from zero.
+    ///@{
+    /// Rounds half away from zero.
     DevicePoint& operator=(const FloatPoint& p);
     bool operator==(const DevicePoint& p) const { return m_x == p.m_x && m_y == p.m_y; }
     bool operator!=(const DevicePoint& p) const { return !(*this == p); }
@@ -76,18 +81,24 @@ public:
     const DevicePoint& operator+(const DevicePoint& p) const;
     const DevicePoint& operator-(const DevicePoint& p) const;
     const DevicePoint& operator*(const DevicePoint& p) const;
-    // Integer division truncating toward zero, x by x and y by y; a zero divisor is
-    // asserted.
+    ///@}
+    ///@{
+    /// Integer division truncating toward zero, x by x and y by y; a zero divisor is
+    /// asserted.
     const DevicePoint& operator/(const DevicePoint& p) const;
     const DevicePoint& operator-() const;
     DevicePoint& operator+=(const DevicePoint& p);
     DevicePoint& operator-=(const DevicePoint& p);
     DevicePoint& operator*=(const DevicePoint& p);
     DevicePoint& operator/=(const DevicePoint& p);
-    // Both coordinates, rounded half away from zero.
+    ///@}
+    ///@{
+    /// Both coordinates, rounded half away from zero.
     DevicePoint& operator*=(double f);
     DevicePoint& operator/=(double f);
-    // With a FloatPoint: the results are rounded half away from zero.
+    ///@}
+    ///@{
+    /// With a FloatPoint: the results are rounded half away from zero.
     DevicePoint& operator+=(const FloatPoint& p);
     DevicePoint& operator-=(const FloatPoint& p);
     DevicePoint& operator*=(const FloatPoint& p);
@@ -96,11 +107,12 @@ public:
     const FloatPoint& operator-(const FloatPoint& p) const;
     const FloatPoint& operator*(const FloatPoint& p) const;
     const FloatPoint& operator/(const FloatPoint& p) const;
+    ///@}
 
     // --- Text forms -------------------------------------------------------------------------
-    // "(" x "," y ")".
+    /// "(" x "," y ")".
     std::ostream& printOn(std::ostream& out) const override;
-    // x "," y.
+    /// x "," y.
     std::ostream& storeOn(std::ostream& out, Criteria& criteria) const override;
 
 private:

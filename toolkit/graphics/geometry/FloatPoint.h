@@ -1,5 +1,3 @@
-// FloatPoint: a pair of reals used as scale factors, offsets and intermediate results of the
-// coordinate mappings, with the toolkit's one rule for rounding reals to device units.
 #pragma once
 
 #include "core/TqExport.h"
@@ -8,11 +6,14 @@
 class DevicePoint;
 class SheetPoint;
 
+/// FloatPoint: a pair of reals used as scale factors, offsets and intermediate results of the
+/// coordinate mappings, with the toolkit's one rule for rounding reals to device units.
 class TQ_EXPORT FloatPoint : public TqObject {
 public:
     // --- Constructors -----------------------------------------------------------------------
     FloatPoint() = default;
-    // Both coordinates set to v.
+    ///@{
+    /// Both coordinates set to v.
     explicit FloatPoint(double v) : m_x(v), m_y(v) {}
     FloatPoint(double x, double y) : m_x(x), m_y(y) {}
     FloatPoint(int x, int y) : m_x(x), m_y(y) {}
@@ -21,8 +22,9 @@ public:
     explicit FloatPoint(const SheetPoint& p);
     FloatPoint(const FloatPoint&) = default;
     FloatPoint& operator=(const FloatPoint&) = default;
+    ///@}
 
-    // The one shared scratch instance.
+    /// The one shared scratch instance.
     static FloatPoint& scratch();
 
     // --- Queries and setters ----------------------------------------------------------------
@@ -38,21 +40,26 @@ public:
     void translateBy(const FloatPoint& d) { m_x += d.m_x, m_y += d.m_y; }
 
     // --- Rounding ---------------------------------------------------------------------------
-    // Halves round away from zero: 2.5 gives 3, -1.7 gives -2, -2.5 gives -3. No clamping:
-    // the value must fit a long.
+    ///@{
+    /// Halves round away from zero: 2.5 gives 3, -1.7 gives -2, -2.5 gives -3. No clamping:
+    /// the value must fit a long.
     static long asLong(double v) { return static_cast<long>(v >= 0 ? v + 0.5 : v - 0.5); }
     long xRounded() const { return asLong(m_x); }
     long yRounded() const { return asLong(m_y); }
+    ///@}
 
     // --- Operators --------------------------------------------------------------------------
-    // The binary and unary operators return a reference to a static object owned by each
-    // operator, valid until that operator runs again: copy the result at once.
+    ///@{
+    /// The binary and unary operators return a reference to a static object owned by each
+    /// operator, valid until that operator runs again: copy the result at once.
     bool operator==(const FloatPoint& p) const { return m_x == p.m_x && m_y == p.m_y; }
     bool operator!=(const FloatPoint& p) const { return !(*this == p); }
     const FloatPoint& operator+(const FloatPoint& p) const;
     const FloatPoint& operator-(const FloatPoint& p) const;
     const FloatPoint& operator*(const FloatPoint& p) const;
-    // Component-wise; a zero divisor gives an infinity or NaN as in double arithmetic.
+    ///@}
+    ///@{
+    /// Component-wise; a zero divisor gives an infinity or NaN as in double arithmetic.
     const FloatPoint& operator/(const FloatPoint& p) const;
     const FloatPoint& operator-() const;
     FloatPoint& operator+=(const FloatPoint& p) { return m_x += p.m_x, m_y += p.m_y, *this; }
@@ -61,11 +68,12 @@ public:
     FloatPoint& operator/=(const FloatPoint& p) { return m_x /= p.m_x, m_y /= p.m_y, *this; }
     FloatPoint& operator*=(double f) { return m_x *= f, m_y *= f, *this; }
     FloatPoint& operator/=(double f) { return m_x /= f, m_y /= f, *this; }
+    ///@}
 
     // --- Text forms -------------------------------------------------------------------------
-    // "(" x "@" y ")".
+    /// "(" x "@" y ")".
     std::ostream& printOn(std::ostream& out) const override;
-    // x "@" y.
+    /// x "@" y.
     std::ostream& storeOn(std::ostream& out, Criteria& criteria) const override;
 
 private:

@@ -1,5 +1,3 @@
-// SheetPoint: a point or an extent in sheet units, the real-valued coordinates of the
-// diagram being drawn. Nothing here allocates.
 #pragma once
 
 #include "core/TqExport.h"
@@ -11,6 +9,8 @@ class FloatPoint;
 class Transformation;
 class TqMatrix;
 
+/// SheetPoint: a point or an extent in sheet units, the real-valued coordinates of the
+/// diagram being drawn. Nothing here allocates.
 class TQ_EXPORT SheetPoint : public TqObject {
 public:
     // --- Constructors -----------------------------------------------------------------------
@@ -18,11 +18,13 @@ public:
     SheetPoint(double x, double y) : m_x(x), m_y(y) {}
     SheetPoint(const SheetPoint&) = default;
     explicit SheetPoint(const FloatPoint& p);
-    // Device to sheet through t (applyInverseXHalfTo).
+    ///@{
+    /// Device to sheet through t (applyInverseXHalfTo).
     SheetPoint(long x, long y, const Transformation& t);
     SheetPoint(long x, long y, const TqMatrix& m);
     SheetPoint(const DevicePoint& p, const Transformation& t);
     SheetPoint(const DevicePoint& p, const TqMatrix& m);
+    ///@}
 
     static SheetPoint& scratch();
 
@@ -44,20 +46,21 @@ public:
     void scaleBy(const FloatPoint& p);
     void translateBy(const FloatPoint& p);
 
-    // Reads x and y from the element's first two items, which must both be number tokens, as
-    // decimal integers (saturated to 32 bits). False, with the point unchanged, for any other
-    // item types.
+    /// Reads x and y from the element's first two items, which must both be number tokens, as
+    /// decimal integers (saturated to 32 bits). False, with the point unchanged, for any other
+    /// item types.
     [[nodiscard]] bool read(FileElement& element);
 
     // --- Intercepts -------------------------------------------------------------------------
-    // The y of the line through a and b at x; a vertical pair gives an infinity or NaN.
+    /// The y of the line through a and b at x; a vertical pair gives an infinity or NaN.
     static double yIntercept(double x, const SheetPoint& a, const SheetPoint& b);
-    // The x of that line at y; a horizontal pair gives an infinity or NaN.
+    /// The x of that line at y; a horizontal pair gives an infinity or NaN.
     static double xIntercept(double y, const SheetPoint& a, const SheetPoint& b);
 
     // --- Operators --------------------------------------------------------------------------
-    // Binary and unary operators return a reference to a static object owned by each
-    // operator, valid until that operator runs again: copy the result at once.
+    ///@{
+    /// Binary and unary operators return a reference to a static object owned by each
+    /// operator, valid until that operator runs again: copy the result at once.
     SheetPoint& operator=(const SheetPoint&) = default;
     SheetPoint& operator=(const FloatPoint& p);
     bool operator==(const SheetPoint& p) const { return m_x == p.m_x && m_y == p.m_y; }
@@ -83,11 +86,12 @@ public:
     const FloatPoint& operator-(const FloatPoint& p) const;
     const FloatPoint& operator*(const FloatPoint& p) const;
     const FloatPoint& operator/(const FloatPoint& p) const;
+    ///@}
 
     // --- Text forms -------------------------------------------------------------------------
-    // "(" x "," y ")".
+    /// "(" x "," y ")".
     std::ostream& printOn(std::ostream& out) const override;
-    // x "," y.
+    /// x "," y.
     std::ostream& storeOn(std::ostream& out, Criteria& criteria) const override;
 
 private:

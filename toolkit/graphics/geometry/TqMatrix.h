@@ -1,5 +1,3 @@
-// TqMatrix: the sheet-to-device mapping held as a Qt affine matrix (m11 the x scale, m22 the
-// y scale, dx and dy the translation), with the same operations as Transformation.
 #pragma once
 
 #include "core/TqExport.h"
@@ -10,6 +8,8 @@
 
 class QRect;
 
+/// TqMatrix: the sheet-to-device mapping held as a Qt affine matrix (m11 the x scale, m22 the
+/// y scale, dx and dy the translation), with the same operations as Transformation.
 class TQ_EXPORT TqMatrix : public TqObject, public QTransform {
 public:
     TqMatrix() = default;
@@ -21,11 +21,14 @@ public:
 
     static TqMatrix& scratch();
 
-    // Equal when the Qt matrices are equal (TqObject's identity comparison is not meant).
+    ///@{
+    /// Equal when the Qt matrices are equal (TqObject's identity comparison is not meant).
     bool operator==(const TqMatrix& m) const { return QTransform::operator==(m); }
     bool operator!=(const TqMatrix& m) const { return !(*this == m); }
+    ///@}
 
-    // (m11, m22) and (dx, dy). These hide QTransform's scale(sx, sy) and translate.
+    ///@{
+    /// (m11, m22) and (dx, dy). These hide QTransform's scale(sx, sy) and translate.
     FloatPoint scale() const { return FloatPoint(m11(), m22()); }
     FloatPoint translation() const { return FloatPoint(dx(), dy()); }
     void setScale(const FloatPoint& scale) { setScale(scale.x(), scale.y()); }
@@ -38,25 +41,28 @@ public:
     void setYTranslation(double t);
     void setXHalf(double scale, double translation);
     void setYHalf(double scale, double translation);
+    ///@}
 
-    // As Transformation::applyXHalfTo, with r the x of the matrix's mapping of (v, 0).
+    /// As Transformation::applyXHalfTo, with r the x of the matrix's mapping of (v, 0).
     long applyXHalfTo(double v, bool round) const;
-    // With r the y of the mapping of (0, v).
+    /// With r the y of the mapping of (0, v).
     long applyYHalfTo(double v, bool round) const;
-    // (d - dx) / m11 and (d - dy) / m22; no guard against a zero scale.
+    ///@{
+    /// (d - dx) / m11 and (d - dy) / m22; no guard against a zero scale.
     double applyInverseXHalfTo(long d) const;
     double applyInverseYHalfTo(long d) const;
+    ///@}
 
     void translateBy(const FloatPoint& d);
     void scaleBy(const FloatPoint& f);
     void scrollBy(const FloatPoint& d);
 
-    // Maps a device rectangle back into logical units, in place. Its edges (left, top and
-    // the exclusive right and bottom) are mapped and rounded half away from zero, limited to
-    // the signed 32-bit range of a QRect.
+    /// Maps a device rectangle back into logical units, in place. Its edges (left, top and
+    /// the exclusive right and bottom) are mapped and rounded half away from zero, limited to
+    /// the signed 32-bit range of a QRect.
     void physicalToLogical(QRect& rect) const;
 
-    // "(scale:" scale " xlate:" translation ")".
+    /// "(scale:" scale " xlate:" translation ")".
     std::ostream& printOn(std::ostream& out) const override;
 
 private:

@@ -149,7 +149,7 @@ TEST(EPSColours, FollowTheTableInBothModes) {
     }
 }
 
-TEST_F(EPSText, PenStyles_FollowTheTable) {
+TEST_F(EPSText, PenStylesFollowTheTable) {
     // Styles -1 to 6: the custom dash (-1) and 6 write nothing.
     const char* dashes[] = {"", "[]", "[3]", "[1 2]", "[3 2 1 2]", "[3 2 1 2 1 2]", "[]", ""};
     for (int style = -1; style <= 6; ++style) {
@@ -166,7 +166,7 @@ struct Step {
     std::string text;
 };
 
-TEST_F(EPSText, Operations_WriteTheirFixedTextInOrder) {
+TEST_F(EPSText, OperationsWriteTheirFixedTextInOrder) {
     const SheetPoint a(1, 2), b(3, 4);
     const SheetPoint triangle[] = {SheetPoint(0, 0), SheetPoint(8, 0), SheetPoint(4, 6)};
     const std::string fillRest = "  gsave fill grestore\n  stroke\ngrestore\nnewpath\n";
@@ -174,15 +174,29 @@ TEST_F(EPSText, Operations_WriteTheirFixedTextInOrder) {
         {"a line", [&](PageDevice& d) { d.drawLine(a, b); }, "1 2 moveto\n3 4 lineto\n"},
         {"a colour strokes the lines drawn before it", [](PageDevice& d) { d.setColor(wsiRed); },
          "stroke\n1 0 0 setrgbcolor\n"},
-        {"so does a dash", [&](PageDevice& d) { d.drawLine(a, b), d.setPenStyle(wsiPenDot); },
+        {"so does a dash",
+         [&](PageDevice& d) {
+             d.drawLine(a, b);
+             d.setPenStyle(wsiPenDot);
+         },
          "1 2 moveto\n3 4 lineto\nstroke\n[1 2] 0 setdash\n"},
-        {"and a width", [&](PageDevice& d) { d.drawLine(a, b), d.setPenWidth(2); },
+        {"and a width",
+         [&](PageDevice& d) {
+             d.drawLine(a, b);
+             d.setPenWidth(2);
+         },
          "1 2 moveto\n3 4 lineto\nstroke\n2 setlinewidth\n"},
         {"colour 0 writes nothing; no stroke without pending lines",
-         [](PageDevice& d) { d.setColor(wsiNoColor), d.setColor(wsiBlue); }, "0 0 1 setrgbcolor\n"},
+         [](PageDevice& d) {
+             d.setColor(wsiNoColor);
+             d.setColor(wsiBlue);
+         },
+         "0 0 1 setrgbcolor\n"},
         {"lines from the current point, which each moves",
          [](PageDevice& d) {
-             d.primitiveMoveTo(10, 20), d.primitiveLineTo(30, 40), d.primitiveLineTo(50, 60);
+             d.primitiveMoveTo(10, 20);
+             d.primitiveLineTo(30, 40);
+             d.primitiveLineTo(50, 60);
              EXPECT_EQ(d.currentPoint(), DevicePoint(50, 60));
          },
          "10 20 moveto\n30 40 lineto\n30 40 moveto\n50 60 lineto\n"},
@@ -211,7 +225,8 @@ TEST_F(EPSText, Operations_WriteTheirFixedTextInOrder) {
              fillRest},
         {"erase fills in the background colour and sets the drawing colour back",
          [](PageDevice& d) {
-             d.setBackgroundColor(wsiYellow), d.erase(DeviceRectangle(0, 0, 5, 5));
+             d.setBackgroundColor(wsiYellow);
+             d.erase(DeviceRectangle(0, 0, 5, 5));
          },
          "1 1 0 setrgbcolor\nnewpath\n0 0 moveto\n5 0 lineto\n5 5 lineto\n0 5 lineto\n"
          "closepath\ngsave\n  1 1 0 setrgbcolor\n" +
@@ -238,24 +253,40 @@ TEST_F(EPSText, Operations_WriteTheirFixedTextInOrder) {
          "stroke\ngrestore\ngsave\nnewpath\n100 100 moveto\n200 100 lineto\n200 200 lineto\n"
          "100 200 lineto\nclosepath\nclip\nnewpath\n"},
         {"a line across the clip: both ends moved onto its edges",
-         [](PageDevice& d) { d.primitiveMoveTo(50, 150), d.primitiveLineTo(250, 150); },
+         [](PageDevice& d) {
+             d.primitiveMoveTo(50, 150);
+             d.primitiveLineTo(250, 150);
+         },
          "100 150 moveto\n200 150 lineto\n"},
         {"a line wholly outside it: nothing",
-         [](PageDevice& d) { d.primitiveMoveTo(0, 0), d.primitiveLineTo(50, 300); }, ""},
+         [](PageDevice& d) {
+             d.primitiveMoveTo(0, 0);
+             d.primitiveLineTo(50, 300);
+         },
+         ""},
         {"a line beside one of its edges: nothing",
-         [](PageDevice& d) { d.primitiveMoveTo(300, 100), d.primitiveLineTo(300, 200); }, ""},
+         [](PageDevice& d) {
+             d.primitiveMoveTo(300, 100);
+             d.primitiveLineTo(300, 200);
+         },
+         ""},
         {"close strokes and ends both states", [](PageDevice& d) { d.close(); },
          "stroke\ngrestore\ngrestore\n"},
         {"endOfPage", [](PageDevice& d) { d.endOfPage(); }, "showpage\n"},
         {"nothing is drawn after close",
-         [&](PageDevice& d) { d.setColor(wsiRed), d.drawLine(a, b), d.close(); }, ""}};
+         [&](PageDevice& d) {
+             d.setColor(wsiRed);
+             d.drawLine(a, b);
+             d.close();
+         },
+         ""}};
     for (const Step& step : steps) {
         step.act(m_device);
         EXPECT_EQ(written(), step.text) << step.rule;
     }
 }
 
-TEST_F(EPSText, Text_EscapesEachCharacterByTheRuleUpToTheLength) {
+TEST_F(EPSText, TextEscapesEachCharacterByTheRuleUpToTheLength) {
     const struct {
         const char* text;
         int length;
@@ -276,7 +307,7 @@ TEST_F(EPSText, Text_EscapesEachCharacterByTheRuleUpToTheLength) {
     }
 }
 
-TEST_F(EPSText, Text_WritesTheFontThePrologueTheColourAndTheString) {
+TEST_F(EPSText, TextWritesTheFontThePrologueTheColourAndTheString) {
     m_device.setColor(wsiRed);
     m_device.setClipRect(DeviceRectangle(0, 0, 500, 400));
     m_device.drawLine(SheetPoint(0, 0), SheetPoint(1, 1));
@@ -306,7 +337,7 @@ TEST_F(EPSText, Text_WritesTheFontThePrologueTheColourAndTheString) {
     EXPECT_EQ(m_device.selectedFont(), nullptr) << "the caller's font is not kept selected";
 }
 
-TEST_F(EPSText, Text_AdvancesByTheFirstLengthBytesAndAlignsFromItsBox) {
+TEST_F(EPSText, TextAdvancesByTheFirstLengthBytesAndAlignsFromItsBox) {
     WsiFont font("Courier", 10);
     long advance = 0;
     m_device.primitiveDrawText("abcdef", DevicePoint(5, 6), 3, font, advance);
@@ -372,7 +403,7 @@ TEST(PostScriptFont, The35StandardNamesAndTheFamiliesMappedOntoThem) {
     EXPECT_STREQ(PostScriptFont::measuringFamily("nonsense"), "Helvetica");
 }
 
-TEST(EPSDevice, Error_KeepsTheFirstFailureOfTheStream) {
+TEST(EPSDevice, ErrorKeepsTheFirstFailureOfTheStream) {
     std::ostringstream sound, failed;
     failed.setstate(std::ios::badbit);
     EPSDevice good(nullptr, "job", sound, ExportParameters());

@@ -70,7 +70,9 @@ TEST(EPSEngine, BeginOpensThePageAndEndClosesItOnce) {
     {
         TqPainter painter(&engine.paintDevice());
         QImage image(4, 4, QImage::Format_RGB32);
-        painter.drawLine(1, 2, 3, 4), painter.drawImage(0, 0, image), painter.drawPoint(5, 5);
+        painter.drawLine(1, 2, 3, 4);
+        painter.drawImage(0, 0, image);
+        painter.drawPoint(5, 5);
         painter.drawPixmap(QRect(0, 0, 4, 4), QPixmap());
     }
     EPSDevice(nullptr, "job", reference, ExportParameters()).open(v_page, v_page);
@@ -85,9 +87,12 @@ TEST(EPSEngine, BeginOpensThePageAndEndClosesItOnce) {
 TEST(EPSEngine, FillsWithTheBrushAndStrokesWithThePen) {
     EXPECT_EQ(throughEngine([](TqPainter& p) {
                   p.fillRect(QRect(10, 20, 30, 40), QColor(Qt::red));
-                  p.setPen(QPen(QColor(Qt::blue), 2)), p.setBrush(QColor(Qt::yellow));
+                  p.setPen(QPen(QColor(Qt::blue), 2));
+                  p.setBrush(QColor(Qt::yellow));
                   p.drawRect(QRect(0, 0, 10, 10));
-                  p.setPen(Qt::NoPen), p.drawLine(0, 0, 9, 9), p.drawEllipse(QRect(0, 0, 10, 10));
+                  p.setPen(Qt::NoPen);
+                  p.drawLine(0, 0, 9, 9);
+                  p.drawEllipse(QRect(0, 0, 10, 10));
               }),
               "newpath\n10 20 moveto\n40 20 lineto\n40 60 lineto\n10 60 lineto\nclosepath\n"
               "gsave\n  1 0 0 setrgbcolor\n  fill\ngrestore\nnewpath\n"
@@ -103,12 +108,15 @@ TEST(EPSEngine, FillsWithTheBrushAndStrokesWithThePen) {
 
 TEST(EPSEngine, PathsTransformsAndClipsGoThroughThePainterState) {
     EXPECT_EQ(throughEngine([](TqPainter& p) {
-                  p.setPen(QPen(QColor(Qt::black), 0)), p.translate(100, 200);
+                  p.setPen(QPen(QColor(Qt::black), 0));
+                  p.translate(100, 200);
                   p.setClipRect(QRect(0, 0, 50, 60));
                   QPainterPath path(QPointF(0, 0));
                   path.lineTo(10, 0);
                   path.cubicTo(QPointF(20, 0), QPointF(20, 10), QPointF(30, 10));
-                  p.drawPath(path), p.setClipping(false), p.drawLine(QLineF(0.4, 0.6, 1000, 0));
+                  p.drawPath(path);
+                  p.setClipping(false);
+                  p.drawLine(QLineF(0.4, 0.6, 1000, 0));
               }),
               "stroke\ngrestore\ngsave\nnewpath\n100 200 moveto\n150 200 lineto\n"
               "150 260 lineto\n100 260 lineto\nclosepath\nclip\nnewpath\n"

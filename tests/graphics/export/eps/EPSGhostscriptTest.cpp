@@ -92,16 +92,20 @@ std::string deviceDrawing(bool gray) {
     EPSDevice d(nullptr, "job", out, parameters);
     d.open(DeviceRectangle(0, 0, 2000, 1500), DeviceRectangle(500, 500, 2500, 2000));
     eps_test::drawSample(d);
-    d.setColor(wsiPaleGreen), d.fillRectangle(SheetRectangle(1300, 500, 1500, 600));
+    d.setColor(wsiPaleGreen);
+    d.fillRectangle(SheetRectangle(1300, 500, 1500, 600));
     DevicePoint arrow[] = {{200, 1300}, {800, 1300}};
     d.drawCappedPolylineUnTransformed(wsiLineCapArrow, wsiLineCapArrow, {40, 30}, 2, arrow);
     WsiFont font("Times", 14);
-    d.setColor(wsiBlack), d.drawText("escapes \xA9\n", SheetPoint(300, 600), font);
-    d.endPath(), d.close(), d.endOfPage();
+    d.setColor(wsiBlack);
+    d.drawText("escapes \xA9\n", SheetPoint(300, 600), font);
+    d.endPath();
+    d.close();
+    d.endOfPage();
     return out.str();
 }
 
-TEST_F(Ghostscript, DeviceAndEngineDrawings_RenderWithoutErrorInsideTheirBoxes) {
+TEST_F(Ghostscript, DeviceAndEngineDrawingsRenderWithoutErrorInsideTheirBoxes) {
     checkRendersInsideItsBox(deviceDrawing(false), "colour drawing");
     checkRendersInsideItsBox(deviceDrawing(true), "grey drawing");
     std::ostringstream out;
@@ -109,19 +113,24 @@ TEST_F(Ghostscript, DeviceAndEngineDrawings_RenderWithoutErrorInsideTheirBoxes) 
     engine.open(DeviceRectangle(0, 0, 1000, 1000), DeviceRectangle(1000, 1000, 2000, 2000));
     {
         TqPainter p(&engine.paintDevice());
-        p.setPen(QPen(QColor(Qt::darkRed), 4, Qt::DashLine)), p.setBrush(QColor(Qt::green));
-        p.drawRect(QRect(100, 100, 200, 150)), p.drawEllipse(QRectF(400, 100, 150, 150));
+        p.setPen(QPen(QColor(Qt::darkRed), 4, Qt::DashLine));
+        p.setBrush(QColor(Qt::green));
+        p.drawRect(QRect(100, 100, 200, 150));
+        p.drawEllipse(QRectF(400, 100, 150, 150));
         QPainterPath path(QPointF(100, 500));
         path.cubicTo(QPointF(300, 300), QPointF(500, 700), QPointF(700, 500));
         path.lineTo(700, 800);
         path.closeSubpath();
-        p.drawPath(path), p.setClipRect(QRect(0, 0, 900, 900)), p.setFont(QFont("Courier", 20));
-        p.drawText(QPoint(100, 900), "engine text"), p.drawLine(-100, -100, 2000, 2000);
+        p.drawPath(path);
+        p.setClipRect(QRect(0, 0, 900, 900));
+        p.setFont(QFont("Courier", 20));
+        p.drawText(QPoint(100, 900), "engine text");
+        p.drawLine(-100, -100, 2000, 2000);
     }
     checkRendersInsideItsBox(out.str(), "engine drawing");
 }
 
-TEST_F(Ghostscript, Text_IsUprightAtItsBaselineAndAsWideAsMeasured) {
+TEST_F(Ghostscript, TextIsUprightAtItsBaselineAndAsWideAsMeasured) {
     std::ostringstream out;
     EPSDevice d(nullptr, "job", out, ExportParameters());
     const DeviceRectangle page(0, 0, 3060, 3960);
@@ -129,7 +138,8 @@ TEST_F(Ghostscript, Text_IsUprightAtItsBaselineAndAsWideAsMeasured) {
     WsiFont font("Helvetica", 20);
     // Capitals without descenders: the marks lie between the baseline and the cap height.
     const long advance = d.drawText("HIHIH", SheetPoint(500, 1000), font);
-    d.close(), d.endOfPage();
+    d.close();
+    d.endOfPage();
     const std::string bbox = run(out.str(), "bbox");
     const auto marked = boundingBox(bbox, "HiRes");
     ASSERT_TRUE(marked) << bbox;

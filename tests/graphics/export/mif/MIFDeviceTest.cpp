@@ -51,7 +51,7 @@ std::string textLine(const char* alignment, const std::string& font, const char*
            font + " <String `" + string + "'>\n> # end TextLine\n";
 }
 
-TEST(MIFDevice, GraphicObjectsAndText_AreWrittenLineByLine) {
+TEST(MIFDevice, GraphicObjectsAndTextAreWrittenLineByLine) {
     const std::string times =
         fontText("Times 12.0 Bold", "Times", "12.0", 2, "Yes", "No", "FNoUnderlining");
     const std::string helvetica =
@@ -71,25 +71,38 @@ TEST(MIFDevice, GraphicObjectsAndText_AreWrittenLineByLine) {
     const std::string polygonStart = "<Polygon\n <Pen 15>\n <Fill 0>\n <Separation ";
     const ObjectCase cases[] = {
         {"line with colour and width",
-         [](MIFDevice& d) { d.setColor(wsiRed), d.setPenWidth(15), line(d, 100, 200, 305, 400); },
+         [](MIFDevice& d) {
+             d.setColor(wsiRed);
+             d.setPenWidth(15);
+             line(d, 100, 200, 305, 400);
+         },
          lineText("10.0 20.0", "30.5 40.0", 2, solid, "1.5")},
         {"negative coordinates", [](MIFDevice& d) { line(d, -5, -100, 0, 7); },
          lineText("-0.5 -10.0", "0.0 0.7")},
         {"colour 0 keeps the separation",
-         [](MIFDevice& d) { d.setColor(wsiBlue), d.setColor(wsiNoColor), line(d, 0, 0, 10, 0); },
+         [](MIFDevice& d) {
+             d.setColor(wsiBlue);
+             d.setColor(wsiNoColor);
+             line(d, 0, 0, 10, 0);
+         },
          lineText("0.0 0.0", "1.0 0.0", 4)},
         {"line clipped at both ends",
          [](MIFDevice& d) {
-             d.setClipRect(DeviceRectangle(0, 0, 200, 200)), line(d, -100, 100, 300, 100);
+             d.setClipRect(DeviceRectangle(0, 0, 200, 200));
+             line(d, -100, 100, 300, 100);
          },
          lineText("0.0 10.0", "20.0 10.0")},
         {"line missing the clip rectangle",
          [](MIFDevice& d) {
-             d.setClipRect(DeviceRectangle(0, 0, 200, 200)), line(d, 300, 300, 400, 300);
+             d.setClipRect(DeviceRectangle(0, 0, 200, 200));
+             line(d, 300, 300, 400, 300);
          },
          ""},
         {"pen style 5 writes no dashed pattern",
-         [](MIFDevice& d) { d.setPenStyle(wsiPenNull), line(d, 0, 0, 10, 0); },
+         [](MIFDevice& d) {
+             d.setPenStyle(wsiPenNull);
+             line(d, 0, 0, 10, 0);
+         },
          lineText("0.0 0.0", "1.0 0.0", 0, "")},
         {"polygon closed by its fourth line",
          [](MIFDevice& d) { d.drawRectangle(SheetRectangle(0, 0, 10, 20)); },
@@ -112,7 +125,9 @@ TEST(MIFDevice, GraphicObjectsAndText_AreWrittenLineByLine) {
         {"filled polygon in its own colour, the separation kept for what follows",
          [](MIFDevice& d) {
              DevicePoint p[] = {{0, 0}, {100, 0}, {0, 100}};
-             d.setColor(wsiRed), d.filledPolygonUnTransformed(wsiBlue, 3, p), line(d, 0, 0, 10, 0);
+             d.setColor(wsiRed);
+             d.filledPolygonUnTransformed(wsiBlue, 3, p);
+             line(d, 0, 0, 10, 0);
          },
          polygonStart +
              "4>\n <NumPoints 3 >\n <Point 0.0 0.0>\n <Point 10.0 0.0>\n"
@@ -126,8 +141,10 @@ TEST(MIFDevice, GraphicObjectsAndText_AreWrittenLineByLine) {
         {"grey scale prints only black and white",
          [](MIFDevice& d) {
              EXPECT_TRUE(d.isMonochrome());
-             d.setColor(wsiYellow), line(d, 0, 0, 10, 0), d.setColor(wsiWhite),
-                 line(d, 0, 0, 10, 0);
+             d.setColor(wsiYellow);
+             line(d, 0, 0, 10, 0);
+             d.setColor(wsiWhite);
+             line(d, 0, 0, 10, 0);
          },
          lineText("0.0 0.0", "1.0 0.0", 0) + lineText("0.0 0.0", "1.0 0.0", 1),
          ExportParameters("file,,,portrait,clipboard,letter,default,6.5,5.0,in,gray,fixed,mifframe,"
@@ -151,14 +168,16 @@ TEST(MIFDevice, GraphicObjectsAndText_AreWrittenLineByLine) {
         EXPECT_EQ(frameObjects(fileDrawnBy(c.draw, c.parameters)), c.objects) << c.what;
 }
 
-TEST(MIFDevice, ManyLines_ExpandAcrossChunksAndStateChanges) {
+TEST(MIFDevice, ManyLinesExpandAcrossChunksAndStateChanges) {
     // About 20 bytes a line are kept, so this spans two megabyte chunks.
     std::string expected;
     const std::string objects = frameObjects(fileDrawnBy([&](MIFDevice& d) {
         for (int i = 0; i < 70000; ++i) {
             const int phase = i / 7000;
-            if (i % 7000 == 0)
-                d.setColor(phase % 2 ? wsiRed : wsiGreen), d.setPenWidth(phase);
+            if (i % 7000 == 0) {
+                d.setColor(phase % 2 ? wsiRed : wsiGreen);
+                d.setPenWidth(phase);
+            }
             line(d, i % 1000, 5, i % 1000 + 10, 15);
             expected += lineText(MIFFormat::real(i % 1000 / 10.0) + " 0.5",
                                  MIFFormat::real((i % 1000 + 10) / 10.0) + " 1.5",
@@ -170,7 +189,7 @@ TEST(MIFDevice, ManyLines_ExpandAcrossChunksAndStateChanges) {
     EXPECT_TRUE(differ == objects.end()) << "first difference at " << differ - objects.begin();
 }
 
-TEST(MIFDevice, AlignedText_MovesTheBaselineByTheFontMeasures) {
+TEST(MIFDevice, AlignedTextMovesTheBaselineByTheFontMeasures) {
     WsiFont font("Times", 20);
     int ascent = 0;
     const std::string file = fileDrawnBy([&](MIFDevice& d) {
@@ -188,7 +207,7 @@ TEST(MIFDevice, AlignedText_MovesTheBaselineByTheFontMeasures) {
               std::string::npos);
 }
 
-TEST(MIFDevice, DashedPattern_FollowsThePenStyleTable) {
+TEST(MIFDevice, DashedPatternFollowsThePenStyleTable) {
     // Styles 1 to 4 are dashed, 0 is solid; -1, 5 and 6 write no pattern.
     const char* segments[] = {"8.0 6.0", "2.0 4.0", "12.0 6.0 2.0 6.0", "12.0 6.0 2.0 6.0 2.0 6.0"};
     for (int style = -1; style <= 6; ++style) {
@@ -207,7 +226,7 @@ TEST(MIFDevice, DashedPattern_FollowsThePenStyleTable) {
     }
 }
 
-TEST(MIFDevice, ArrowTypes_AreNumberedOnFirstUseAndCatalogued) {
+TEST(MIFDevice, ArrowTypesAreNumberedOnFirstUseAndCatalogued) {
     std::ostringstream out;
     MIFDevice device("job", out, fixedParameters(), v_drawing);
     const MIFArrowType& first = device.getArrowType({25, 10});
@@ -226,7 +245,7 @@ TEST(MIFDevice, ArrowTypes_AreNumberedOnFirstUseAndCatalogued) {
                   "1.23457e+06> <HeadType Filled> )\n");
 }
 
-TEST(MIFDevice, FontCatalog_HasOneEntryPerFontInOrderOfUse) {
+TEST(MIFDevice, FontCatalogHasOneEntryPerFontInOrderOfUse) {
     WsiFont a("Courier", 9), b("Courier", 9);
     b.setBold(true);
     const std::string file = fileDrawnBy([&](MIFDevice& d) {
@@ -244,7 +263,7 @@ TEST(MIFDevice, FontCatalog_HasOneEntryPerFontInOrderOfUse) {
     EXPECT_NE(file.find("  <FSeparation 3>\n"), std::string::npos);
 }
 
-TEST(MIFDevice, DrawingFile_EndsByFrameFormAndAnchoredFrameSetting) {
+TEST(MIFDevice, DrawingFileEndsByFrameFormAndAnchoredFrameSetting) {
     const std::string page = "<Page \n <PageType BodyPage >\n <TextRect \n  <ID 1>\n"
                              "  <BRect  0 0 100.0 50.0>\n > # end of TextRect\n> # end of Page\n"
                              "<TextFlow \n <Para \n  <ParaLine \n   <TextRectID 1>\n"
@@ -270,7 +289,7 @@ TEST(MIFDevice, DrawingFile_EndsByFrameFormAndAnchoredFrameSetting) {
     }
 }
 
-TEST(MIFDevice, Scaling_StretchesToThePictureAndKeepsTheWholeDeviceRangeInside) {
+TEST(MIFDevice, ScalingStretchesToThePictureAndKeepsTheWholeDeviceRangeInside) {
     std::ostringstream out;
     // 6.5 by 5 inches is 468 by 360 points.
     MIFDevice device("job", out, ExportParameters(), DeviceRectangle(100, 100, 1100, 600));
@@ -294,10 +313,22 @@ TEST(MIFDevice, Scaling_StretchesToThePictureAndKeepsTheWholeDeviceRangeInside) 
 // A header row with a cell over two columns, and a body row with an empty cell.
 void writeTable(MIFDevice& d) {
     d.startTable(nullptr, false);
-    d.startHeader(), d.startRow(), d.startCell(2), d.writeCellText("Signal's name");
-    d.endCell(), d.endRow(), d.endHeader();
-    d.startBody(), d.startRow(), d.startCell(), d.writeCellText("clk"), d.endCell();
-    d.startCell(0), d.endCell(), d.endRow(), d.endBody();
+    d.startHeader();
+    d.startRow();
+    d.startCell(2);
+    d.writeCellText("Signal's name");
+    d.endCell();
+    d.endRow();
+    d.endHeader();
+    d.startBody();
+    d.startRow();
+    d.startCell();
+    d.writeCellText("clk");
+    d.endCell();
+    d.startCell(0);
+    d.endCell();
+    d.endRow();
+    d.endBody();
 }
 
 const std::string cellStart = "   <Cell <CellContent <Para <PgfTag `Cell";
@@ -307,7 +338,7 @@ const std::string tableText =
     cellStart + "Heading'> <ParaLine <String `'> > > > >\n > >\n <TblBody\n  <Row\n" + cellStart +
     "Body'> <ParaLine <String `clk'> > > > >\n" + cellStart + "Body'>> > >\n > >> # end Tbl\n";
 
-TEST(MIFDevice, Table_IsWrittenWithItsRulingCatalogAndTextFlow) {
+TEST(MIFDevice, TableIsWrittenWithItsRulingCatalogAndTextFlow) {
     const std::string file =
         fileStart +
         "<RulingCatalog\n <Ruling\n  <RulingTag `Thin'>\n  <RulingPenWidth  0.5 pt>\n"
@@ -316,21 +347,41 @@ TEST(MIFDevice, Table_IsWrittenWithItsRulingCatalogAndTextFlow) {
         tableText +
         "> # end Tbls\n\n<TextFlow \n <Para \n  <ParaLine \n   <ATbl 1>\n"
         "  > # end of ParaLine\n > # end of Para\n> # end of TextFlow\n# End of MIFFile\n";
-    EXPECT_EQ(fileDrawnBy([](MIFDevice& d) { writeTable(d), d.endTable(); }), file);
+    EXPECT_EQ(fileDrawnBy([](MIFDevice& d) {
+                  writeTable(d);
+                  d.endTable();
+              }),
+              file);
     EXPECT_EQ(fileDrawnBy([](MIFDevice& d) { writeTable(d); }), file) << "ended at close";
     EXPECT_EQ(fileDrawnBy([](MIFDevice& d) {
-                  d.startRow(), line(d, 0, 0, 10, 0), writeTable(d);
-                  d.startTable("again", true), d.endTable(), d.startCell(), d.endTable();
+                  d.startRow();
+                  line(d, 0, 0, 10, 0);
+                  writeTable(d);
+                  d.startTable("again", true);
+                  d.endTable();
+                  d.startCell();
+                  d.endTable();
               }),
               file)
         << "graphic objects, a second table and table calls after its end are left out";
 }
 
-TEST(MIFDevice, TableCallsOutOfOrder_AreRepairedToAWellFormedTable) {
+TEST(MIFDevice, TableCallsOutOfOrderAreRepairedToAWellFormedTable) {
     const std::string file = fileDrawnBy([](MIFDevice& d) {
-        d.startTable("", false), d.endCell(), d.endRow(), d.endBody(), d.writeCellText("nowhere");
-        d.startHeader(), d.startRow(), d.startCell(), d.writeCellText("a"), d.startCell(2);
-        d.startBody(), d.startRow(), d.startCell(), d.endHeader();
+        d.startTable("", false);
+        d.endCell();
+        d.endRow();
+        d.endBody();
+        d.writeCellText("nowhere");
+        d.startHeader();
+        d.startRow();
+        d.startCell();
+        d.writeCellText("a");
+        d.startCell(2);
+        d.startBody();
+        d.startRow();
+        d.startCell();
+        d.endHeader();
     });
     EXPECT_NE(
         file.find("<Tbls\n<Tbl\n <TblID 1>\n <TblTag `Format A'>\n <TblH\n  <Row\n" + cellStart +
@@ -344,10 +395,12 @@ TEST(MIFDevice, TableCallsOutOfOrder_AreRepairedToAWellFormedTable) {
     EXPECT_EQ(unbalancedAt(file), "");
 }
 
-TEST(MIFDevice, TableTitle_GoesAboveOrBelowTheTable) {
+TEST(MIFDevice, TableTitleGoesAboveOrBelowTheTable) {
     for (const bool below : {false, true}) {
-        const std::string file =
-            fileDrawnBy([&](MIFDevice& d) { d.startTable("Timing <1>", below), d.endTable(); });
+        const std::string file = fileDrawnBy([&](MIFDevice& d) {
+            d.startTable("Timing <1>", below);
+            d.endTable();
+        });
         EXPECT_NE(file.find("<Tbl\n <TblID 1>\n <TblTag `Format A'>\n <TblFormat \n"
                             "  <TblTitlePlacement " +
                             std::string(below ? "InFooter" : "InHeader") +
@@ -373,17 +426,20 @@ void expectRequiredStatements(const std::string& file) {
 
 void drawSmallDrawing(MIFDevice& d) {
     WsiFont font("Courier", 8);
-    d.setColor(wsiBlue), d.setPenStyle(wsiPenDashDot), d.setPenWidth(5);
+    d.setColor(wsiBlue);
+    d.setPenStyle(wsiPenDashDot);
+    d.setPenWidth(5);
     line(d, 0, 0, 500, 0);
     d.drawCurveUnTransformed({500, 0}, {700, 200});
-    d.setColor(wsiPurple), d.setPenStyle(wsiPenSolid);
+    d.setColor(wsiPurple);
+    d.setPenStyle(wsiPenSolid);
     d.drawEllipseUnTransformed(DeviceRectangle(10, 10, 90, 60), true);
     DevicePoint arrow[] = {{100, 300}, {400, 300}};
     d.drawCappedPolylineUnTransformed(wsiLineCapArrow, wsiLineCapRound, {40, 20}, 2, arrow);
     d.drawText("d<0> = `1'\\ \xC3\xA4", SheetPoint(100, 450), font);
 }
 
-TEST(MIFDevice, SmallDrawing_HoldsEveryRequiredStatementAndMatchesTheGoldFile) {
+TEST(MIFDevice, SmallDrawingHoldsEveryRequiredStatementAndMatchesTheGoldFile) {
     // Written through a stream whose locale has a decimal comma, which must not reach it.
     std::ostringstream out, expected;
     out.imbue(commaLocale());
@@ -398,7 +454,7 @@ TEST(MIFDevice, SmallDrawing_HoldsEveryRequiredStatementAndMatchesTheGoldFile) {
     EXPECT_EQ(out.str(), expected.str());
 }
 
-TEST(MIFDevice, Close_ReportsAFailedStream) {
+TEST(MIFDevice, CloseReportsAFailedStream) {
     std::ostringstream failed;
     failed.setstate(std::ios::badbit);
     MIFDevice broken(nullptr, failed, fixedParameters(), v_drawing);

@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(MIFFormat, Real_RoundsToTwoDecimalsAndKeepsOne) {
+TEST(MIFFormat, RealRoundsToTwoDecimalsAndKeepsOne) {
     const struct {
         double value;
         std::string text;
@@ -27,7 +27,7 @@ TEST(MIFFormat, Real_RoundsToTwoDecimalsAndKeepsOne) {
     EXPECT_EQ(MIFFormat::real(-std::numeric_limits<double>::max()).size(), 1u + 309u + 2u);
 }
 
-TEST(MIFFormat, GeneralAndInteger_FollowPrintfForms) {
+TEST(MIFFormat, GeneralAndIntegerFollowPrintfForms) {
     const struct {
         double value;
         const char* text;
@@ -42,7 +42,7 @@ TEST(MIFFormat, GeneralAndInteger_FollowPrintfForms) {
     EXPECT_EQ(text, "kept -9223372036854775808");
 }
 
-TEST(MIFFormat, String_EscapesWhatMIFReadsSpecially) {
+TEST(MIFFormat, StringEscapesWhatMIFReadsSpecially) {
     const struct {
         const char* what;
         const char* text;
@@ -76,7 +76,7 @@ TEST(MIFFormat, String_EscapesWhatMIFReadsSpecially) {
     EXPECT_EQ(none, "");
 }
 
-TEST(MIFFormat, SeparationOf_MapsTheVocabularyByNameAndOthersByHue) {
+TEST(MIFFormat, SeparationOfMapsTheVocabularyByNameAndOthersByHue) {
     // wsiColor 1 to 20: colour mode, grey mode.
     const int colour[] = {1, 0, 0, 0, 0, 0, 2, 2, 2, 3, 3, 3, 4, 4, 5, 6, 7, 1, 0, 0};
     for (int value = 1; value <= 20; ++value) {

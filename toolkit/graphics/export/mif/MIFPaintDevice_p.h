@@ -1,7 +1,3 @@
-// MIFPaintDevice: the paint device of a MIF export, sized like the drawing at 720 device
-// units per inch (a unit is a tenth of a point). A painter on it paints through the MIF
-// engine; without an engine it only serves to measure text in the export's units. Internal to
-// the library.
 #pragma once
 
 #include "core/TqExport.h"
@@ -9,9 +5,13 @@
 
 #include <QPaintDevice>
 
+/// MIFPaintDevice: the paint device of a MIF export, sized like the drawing at 720 device
+/// units per inch (a unit is a tenth of a point). A painter on it paints through the MIF
+/// engine; without an engine it only serves to measure text in the export's units. Internal to
+/// the library.
 class MIFPaintDevice : public QPaintDevice {
 public:
-    // engine (not owned, may be null) is what paintEngine() returns.
+    /// engine (not owned, may be null) is what paintEngine() returns.
     MIFPaintDevice(QPaintEngine* engine, const DeviceRectangle& drawing);
 
     QPaintEngine* paintEngine() const override { return m_engine; }
