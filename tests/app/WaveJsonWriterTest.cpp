@@ -1,0 +1,150 @@
+// The WaveJSON writer: diagrams read from WaveJSON and from a dump, written and read back, show
+// the same values at every slot (one written slot reads back as 10 ns), with their groups,
+// labels and arrows; what the format cannot hold is named.
+#include "io/WaveJsonWriter.h"
+#include "io/DiagramFile.h"
+#include "io/VcdReader.h"
+#include "io/WaveJsonReader.h"
+#include "model/Diagram.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string valueAt(const Signal& signal, Time time) {
+    if (signal.kind() == SignalKind::Clock)
+        return std::string(1, bitStateChar(signal.clockLevel(time)));
+    const std::size_t index = signal.indexAt(time);
+    if (index == Signal::npos)
+        return "x";
+    if (signal.kind() == SignalKind::Bus)
+        return signal.changeBinary(index);
+    return std::string(1, bitStateChar(signal.changeState(index)));
+}
+
+// Writes diagram and reads it back; the slot the writer chose is the span's divisor found
+// from the written text's first lane.
+void roundTrip(const Diagram& diagram, Diagram& again, std::vector<std::string>& warnings,
+               std::string& text) {
+    std::ostringstream out;
+    WaveJsonWriter::write(diagram, out, warnings);
+    text = out.str();
+    std::string error;
+    WaveJsonReader reader("again.json");
+    ASSERT_TRUE(reader.readText(text, "again.json", again, error)) << error << "\n" << text;
+}
+
+// Every slot start of the original, mapped onto the copy, shows the same value.
+void expectSameSlots(const Diagram& original, const Diagram& again, Time slot,
+                     const std::string& where) {
+    ASSERT_EQ(again.signalCount(), original.signalCount()) << where;
+    const Time from = original.spanStart();
+    for (std::size_t i = 0; i < original.signalCount(); ++i) {
+        const Signal& a = original.signal(i);
+        const Signal& b = again.signal(i);
+        EXPECT_EQ(b.group(), a.group()) << where;
+        EXPECT_EQ(b.kind(), a.kind()) << a.name() << " in " << where;
+        if (a.kind() == SignalKind::Bus && a.changeCount() > 0 && b.changeCount() > 0) {
+            EXPECT_EQ(b.width(), a.width()) << a.name() << " in " << where;
+        }
+        int mismatches = 0;
+        for (Time t = from; t < original.spanEnd() && mismatches < 3; t += slot) {
+            const Time mapped = (t - from) / slot * WaveJsonReader::v_slotTime;
+            const std::string expected = valueAt(a, t);
+            std::string found = valueAt(b, mapped);
+            // A bus with no value yet reads back as all x.
+            if (expected == "x" && found.find_first_not_of('x') == std::string::npos)
+                found.assign(1, 'x');
+            if (found != expected) {
+                ++mismatches;
+                ADD_FAILURE() << a.name() << " at " << t << " (" << mapped << "): " << found
+                              << " instead of " << expected << " in " << where;
+            }
+        }
+    }
+}
+
+TEST(WaveJsonWriter, WaveJsonDiagramsComeBackSlotForSlot) {
+    // clang-format off
+    const struct {
+        const char* file;
+        Time slot; // the slot the writer should find: the finest step of the diagram's changes
+    } cases[] = {
+        {"asciiwave_test1.json", 5}, {"axi4_beats.js", 10}, {"ws2813_general.js", 10},
+        {"spi_coo.js", 5}, {"features.json5", 10}, {"asciiwave_step6.json", 1},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        const fs::path path = fs::path(TQ_SOURCE_DIR) / "tests/app/data/wavejson" / c.file;
+        Diagram diagram;
+        std::string error;
+        ASSERT_TRUE(readDiagramFile(path.string(), diagram, error)) << error;
+        Diagram again;
+        std::vector<std::string> warnings;
+        std::string text;
+        roundTrip(diagram, again, warnings, text);
+        expectSameSlots(diagram, again, c.slot, c.file);
+        EXPECT_EQ(again.title(), diagram.title()) << c.file;
+        EXPECT_EQ(again.groups(), diagram.groups()) << c.file;
+        // Labels that were notes over bus slots are data labels again.
+        EXPECT_EQ(again.annotations().size(), diagram.annotations().size()) << c.file << text;
+        EXPECT_EQ(again.arrows().size(), diagram.arrows().size()) << c.file << text;
+        EXPECT_EQ(again.gaps().size(), diagram.gaps().size()) << c.file << text;
+        for (const std::string& w : warnings)
+            ADD_FAILURE() << c.file << ": " << w;
+    }
+}
+
+TEST(WaveJsonWriter, FeaturesFileKeepsItsDecorationsInPlace) {
+    const fs::path path = fs::path(TQ_SOURCE_DIR) / "tests/app/data/wavejson/features.json5";
+    Diagram diagram;
+    std::string error;
+    ASSERT_TRUE(readDiagramFile(path.string(), diagram, error)) << error;
+    Diagram again;
+    std::vector<std::string> warnings;
+    std::string text;
+    roundTrip(diagram, again, warnings, text);
+    // The copy starts at 0 where the original started at -10, with 10 ns slots as before.
+    ASSERT_EQ(again.arrows().size(), 3u) << text;
+    EXPECT_EQ(again.arrows()[0].from.time, diagram.arrows()[0].from.time + 10);
+    EXPECT_EQ(again.arrows()[0].to.signal, diagram.arrows()[0].to.signal);
+    EXPECT_EQ(again.arrows()[0].label, "setup");
+    EXPECT_EQ(again.gaps()[3], (Gap{240, "ack"}));
+    EXPECT_EQ(again.annotations()[1].text, "body");
+    EXPECT_EQ(again.signal(again.findSignal("count")).busFormat().radix, RadixHexadecimal);
+    EXPECT_EQ(again.grid(), (Grid{true, 40}));
+    EXPECT_NE(text.find("\"data\": [\"0x1F\", \"0x20\", \"0x21\", \"0x22\"]"), std::string::npos)
+        << text;
+}
+
+TEST(WaveJsonWriter, ADumpBecomesNestedGroupsAndNamesWhatIsLeftOut) {
+    const std::string dump = "$timescale 1ns $end\n"
+                             "$scope module tb $end $var wire 1 ! clk $end $var wire 8 # d $end\n"
+                             "$var real 64 % r $end\n"
+                             "$scope module dut $end $var wire 1 $ en $end $upscope $end\n"
+                             "$var wire 1 & last $end $upscope $end $enddefinitions $end\n"
+                             "#0 0! b0 # 0$ 1& r1.5 % #5 1! #10 0! b10100101 # 1$ #15 1! #20 0! "
+                             "bx # #25";
+    Diagram diagram;
+    std::string error;
+    VcdReader reader("dump.vcd");
+    ASSERT_TRUE(reader.readText(dump, "dump.vcd", diagram, error)) << error;
+    diagram.addMarker({10, "m"});
+    Diagram again;
+    std::vector<std::string> warnings;
+    std::string text;
+    roundTrip(diagram, again, warnings, text);
+    expectSameSlots(diagram, again, 5, "dump");
+    EXPECT_NE(text.find("[\"tb\",\n    {\"name\": \"clk\""), std::string::npos) << text;
+    EXPECT_NE(text.find("[\"dut\",\n      {\"name\": \"en\""), std::string::npos) << text;
+    EXPECT_NE(text.find("\"data\": [\"0x00\", \"0xA5\"]"), std::string::npos) << text;
+    EXPECT_EQ(warnings, (std::vector<std::string>{"notes other than bus labels are left out",
+                                                  "markers are left out"}));
+}
+
+} // namespace
