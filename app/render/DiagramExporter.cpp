@@ -80,8 +80,8 @@ void paintImage(DiagramPainter& painter, double scale, QImage& image) {
                    static_cast<int>(std::lround(painter.height() * scale)), QImage::Format_RGB32);
     const int dotsPerMeter = static_cast<int>(std::lround(v_pixelsPerInch * scale / 0.0254));
     image.setDotsPerMeterX(dotsPerMeter);
+    // Not filled here: the painter's first act is to paint the whole background.
     image.setDotsPerMeterY(dotsPerMeter);
-    image.fill(Qt::white);
     TqPainter qpainter(&image);
     qpainter.setRenderHint(QPainter::Antialiasing);
     qpainter.setRenderHint(QPainter::TextAntialiasing);

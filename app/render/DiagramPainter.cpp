@@ -4,6 +4,7 @@
 #include "render/Label.h"
 
 #include "graphics/device/Device.h"
+#include "graphics/device/TqPainter.h"
 #include "graphics/geometry/DevicePoint.h"
 #include "graphics/geometry/FloatPoint.h"
 #include "graphics/geometry/SheetRectangle.h"
@@ -150,8 +151,17 @@ double DiagramPainter::rowMiddle(const std::string& signal) const {
     return -1;
 }
 
-void DiagramPainter::setPen(wsiDevice& device, double pixels) {
-    device.setPenWidth(std::max(1L, std::lround(pixels * m_unitsPerPixel)));
+// Each change of pen or colour is a state change for every device (a new QPen, a line of
+// PostScript), so the painter makes one only when the value differs.
+void DiagramPainter::setPen(Device& device, double pixels) {
+    const long width = std::max(1L, std::lround(pixels * m_unitsPerPixel));
+    if (device.penWidth() != width)
+        device.setPenWidth(width);
+}
+
+void DiagramPainter::setInk(Device& device, wsiColor color) {
+    if (device.color() != color)
+        device.setColor(color);
 }
 
 Time DiagramPainter::tickStep() const {
@@ -168,8 +178,9 @@ Time DiagramPainter::tickStep() const {
     }
 }
 
-void DiagramPainter::paint(wsiDevice& device, double unitsPerPixel) {
+void DiagramPainter::paint(Device& device, double unitsPerPixel) {
     m_unitsPerPixel = unitsPerPixel;
+    device.setPenWidth(std::max(1L, std::lround(unitsPerPixel)));
     device.setDisplayTransformation(
         TqMatrix(FloatPoint(unitsPerPixel, unitsPerPixel), FloatPoint(0, 0)));
     device.setBackgroundColor(wsiWhite);
@@ -179,7 +190,7 @@ void DiagramPainter::paint(wsiDevice& device, double unitsPerPixel) {
     device.setBackgroundFillMode(wsiTransparent);
 
     if (!m_diagram.title().empty()) {
-        device.setColor(wsiBlack);
+        setInk(device, wsiBlack);
         drawLabel(device, m_diagram.title(),
                   SheetPoint((m_scale.left() + m_scale.right()) / 2, m_titleTop + 4), titleFont(),
                   wsiAlignHCenter, wsiAlignTop);
@@ -194,10 +205,10 @@ void DiagramPainter::paint(wsiDevice& device, double unitsPerPixel) {
     paintDecorations(device);
 }
 
-void DiagramPainter::paintAxis(wsiDevice& device, double bottom) {
+void DiagramPainter::paintAxis(Device& device, double bottom) {
     const Time step = tickStep();
     const double line = bottom - 6;
-    device.setColor(wsiDarkGray);
+    setInk(device, wsiDarkGray);
     setPen(device, 1);
     device.drawLine(SheetPoint(m_scale.left(), line), SheetPoint(m_scale.right(), line));
     Time first = m_scale.from() / step * step;
@@ -213,13 +224,13 @@ void DiagramPainter::paintAxis(wsiDevice& device, double bottom) {
     }
 }
 
-void DiagramPainter::paintGrid(wsiDevice& device) {
+void DiagramPainter::paintGrid(Device& device) {
     if (!m_diagram.grid().visible)
         return;
     Time step = m_diagram.grid().spacing > 0 ? m_diagram.grid().spacing : tickStep();
     if (static_cast<double>(step) * m_scale.pixelsPerTime() < 4)
         step = tickStep();
-    device.setColor(wsiPaleGray);
+    setInk(device, wsiPaleGray);
     setPen(device, 1);
     device.setPenStyle(wsiPenDot);
     Time first = m_scale.from() / step * step;
@@ -234,20 +245,20 @@ void DiagramPainter::paintGrid(wsiDevice& device) {
     device.setPenStyle(wsiPenSolid);
 }
 
-void DiagramPainter::paintRow(wsiDevice& device, const Row& row) {
+void DiagramPainter::paintRow(Device& device, const Row& row) {
     const double middle = row.top + row.height / 2;
     if (row.signal == Signal::npos) {
-        device.setColor(wsiDarkGray);
+        setInk(device, wsiDarkGray);
         drawLabel(device, row.group, SheetPoint(v_margin, middle), groupFont(), wsiAlignLeft,
                   wsiAlignVCenter);
         setPen(device, 1);
-        device.setColor(wsiPaleGray);
+        setInk(device, wsiPaleGray);
         device.drawLine(SheetPoint(v_margin, row.top + row.height - 2),
                         SheetPoint(m_scale.right(), row.top + row.height - 2));
         return;
     }
     const Signal& signal = m_diagram.signal(row.signal);
-    device.setColor(wsiBlack);
+    setInk(device, wsiBlack);
     drawLabel(device, signal.name(), SheetPoint(m_nameRight, middle), nameFont(), wsiAlignRight,
               wsiAlignVCenter);
     const double high = middle - v_swing / 2, low = middle + v_swing / 2;
@@ -257,18 +268,46 @@ void DiagramPainter::paintRow(wsiDevice& device, const Row& row) {
         paintBit(device, signal, high, low);
 }
 
-void DiagramPainter::paintHatch(wsiDevice& device, double x0, double x1, double high, double low) {
+void DiagramPainter::paintHatch(Device& device, double x0, double x1, double high, double low) {
     const double h = low - high;
-    device.setColor(wsiGray);
+    setInk(device, wsiGray);
     setPen(device, 1);
+    // The strokes that fit whole are one zigzag polyline: up one stroke, along the top edge to
+    // the next, down it, along the bottom edge; the edges are drawn over by the outline. A
+    // wide unknown slot so costs one call instead of one per stroke. The strokes cut by the
+    // slot's ends are drawn one by one.
+    std::vector<SheetPoint>& zigzag = m_points;
+    zigzag.clear();
+    // A hatch is a texture, not a shape: drawn without antialiasing it looks as crisp and
+    // costs a fraction of the time on a painter.
+    TqPainter* painter = device.painter();
+    const bool smooth = painter && painter->testRenderHint(QPainter::Antialiasing);
+    if (smooth)
+        painter->setRenderHint(QPainter::Antialiasing, false);
+    auto flush = [&] {
+        if (zigzag.size() > 1)
+            device.drawPolyline(static_cast<int>(zigzag.size()), zigzag.data());
+        zigzag.clear();
+    };
     for (double a = x0 - h; a < x1; a += 4) {
+        if (a >= x0 && a + h <= x1) {
+            const bool up = (zigzag.size() / 2) % 2 == 0;
+            zigzag.emplace_back(up ? a : a + h, up ? low : high);
+            zigzag.emplace_back(up ? a + h : a, up ? high : low);
+            if (zigzag.size() >= 30000)
+                flush();
+            continue;
+        }
         const double start = std::max(a, x0), end = std::min(a + h, x1);
         if (start < end)
             device.drawLine(SheetPoint(start, low - (start - a)), SheetPoint(end, low - (end - a)));
     }
+    flush();
+    if (smooth)
+        painter->setRenderHint(QPainter::Antialiasing, true);
 }
 
-void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double high, double low) {
+void DiagramPainter::paintBit(Device& device, const Signal& signal, double high, double low) {
     if (signal.kind() == SignalKind::Clock)
         collectClockRuns(signal, m_scale, m_runs);
     else
@@ -289,10 +328,11 @@ void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double hi
         }
     };
     // Solid levels are gathered into one polyline; everything else breaks it.
-    std::vector<SheetPoint> line;
+    std::vector<SheetPoint>& line = m_line;
+    line.clear();
     auto flush = [&] {
         if (line.size() > 1) {
-            device.setColor(ink);
+            setInk(device, ink);
             setPen(device, 1.5);
             device.drawPolyline(static_cast<int>(line.size()), line.data());
         }
@@ -302,9 +342,9 @@ void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double hi
     for (const WaveformRun& run : m_runs) {
         if (run.kind == WaveformRun::Dense) {
             flush();
-            device.setColor(signal.kind() == SignalKind::Clock ? wsiPaleBlue : wsiPaleGray);
+            setInk(device, signal.kind() == SignalKind::Clock ? wsiPaleBlue : wsiPaleGray);
             device.fillRectangle(SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low)));
-            device.setColor(ink);
+            setInk(device, ink);
             setPen(device, 1);
             device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
             device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
@@ -322,16 +362,22 @@ void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double hi
             line.emplace_back(run.x0 + s, y);
             line.emplace_back(run.x1, y);
             previous = y;
+            // Devices take at most 65,535 points a polyline.
+            if (line.size() >= 30000) {
+                const SheetPoint last = line.back();
+                flush();
+                line.push_back(last);
+            }
             continue;
         }
         flush();
-        device.setColor(ink);
+        setInk(device, ink);
         setPen(device, 1.5);
         if (run.edge && previous >= 0)
             device.drawLine(SheetPoint(run.x0, previous), SheetPoint(run.x0 + s, y));
         if (run.state == BitState::Unknown) {
             paintHatch(device, run.x0, run.x1, high, low);
-            device.setColor(ink);
+            setInk(device, ink);
             setPen(device, 1);
             device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
             device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
@@ -339,7 +385,7 @@ void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double hi
                 device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x0, low));
             previous = -1;
         } else if (run.state == BitState::HighZ) {
-            device.setColor(wsiBlue);
+            setInk(device, wsiBlue);
             device.drawLine(SheetPoint(run.x0 + s, y), SheetPoint(run.x1, y));
             previous = y;
         } else {
@@ -352,15 +398,15 @@ void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double hi
     flush();
 }
 
-void DiagramPainter::paintBus(wsiDevice& device, const Signal& signal, double high, double low) {
+void DiagramPainter::paintBus(Device& device, const Signal& signal, double high, double low) {
     collectRuns(signal, m_scale, m_runs);
     const double middle = (high + low) / 2;
     const double slope = m_options.slopedEdges ? 3 : 0;
     for (const WaveformRun& run : m_runs) {
         if (run.kind == WaveformRun::Dense) {
-            device.setColor(wsiPaleGray);
+            setInk(device, wsiPaleGray);
             device.fillRectangle(SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low)));
-            device.setColor(wsiBlack);
+            setInk(device, wsiBlack);
             setPen(device, 1);
             device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
             device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
@@ -371,7 +417,7 @@ void DiagramPainter::paintBus(wsiDevice& device, const Signal& signal, double hi
         const bool reachesEnd = run.x1 >= m_scale.right() - 0.01;
         const double right = reachesEnd ? 0 : s;
         if (run.state == BitState::HighZ) {
-            device.setColor(wsiBlue);
+            setInk(device, wsiBlue);
             setPen(device, 1.5);
             device.drawLine(SheetPoint(run.x0, middle), SheetPoint(run.x1, middle));
             continue;
@@ -384,7 +430,7 @@ void DiagramPainter::paintBus(wsiDevice& device, const Signal& signal, double hi
         const SheetPoint outline[] = {
             {run.x0, middle},      {run.x0 + left, high}, {run.x1 - right, high}, {run.x1, middle},
             {run.x1 - right, low}, {run.x0 + left, low},  {run.x0, middle}};
-        device.setColor(wsiBlack);
+        setInk(device, wsiBlack);
         setPen(device, 1);
         device.drawPolyline(7, outline);
         if (!allUnknown)
@@ -392,7 +438,7 @@ void DiagramPainter::paintBus(wsiDevice& device, const Signal& signal, double hi
     }
 }
 
-void DiagramPainter::paintBusValue(wsiDevice& device, const Signal& signal, std::size_t change,
+void DiagramPainter::paintBusValue(Device& device, const Signal& signal, std::size_t change,
                                    double x0, double x1, double middle) {
     const double room = (x1 - x0 - 4) * m_unitsPerPixel;
     if (room <= 0)
@@ -417,23 +463,35 @@ void DiagramPainter::paintBusValue(wsiDevice& device, const Signal& signal, std:
         text.resize(lo);
         text.append("..");
     }
-    device.setColor(wsiBlack);
+    setInk(device, wsiBlack);
     drawLabel(device, text, SheetPoint((x0 + x1) / 2, middle), font, wsiAlignHCenter,
               wsiAlignVCenter);
 }
 
-void DiagramPainter::paintGap(wsiDevice& device, double x, double top, double bottom) {
+void DiagramPainter::paintGap(Device& device, double x, double top, double bottom) {
     const double lean = 3;
     const SheetPoint band[] = {
         {x - 3 + lean, top}, {x + 3 + lean, top}, {x + 3 - lean, bottom}, {x - 3 - lean, bottom}};
     device.fillPolygon(wsiWhite, 4, band);
-    device.setColor(wsiBlack);
+    setInk(device, wsiBlack);
     setPen(device, 1);
     device.drawLine(band[0], band[3]);
     device.drawLine(band[1], band[2]);
 }
 
-void DiagramPainter::paintDecorations(wsiDevice& device) {
+// Clears the box of a label drawn over the waveforms (bottom-aligned at at, centred or from
+// its left end), so that lines do not run through its letters.
+void DiagramPainter::paintLabelBackground(Device& device, const std::string& text,
+                                          const SheetPoint& at, WsiFont& font, bool centred) {
+    const double width = static_cast<double>(labelWidth(device, text, font)) / m_unitsPerPixel;
+    const double height = font.pointSize() * 96 / 72;
+    const double left = centred ? at.x() - width / 2 : at.x();
+    setInk(device, wsiWhite);
+    device.fillRectangle(SheetRectangle(SheetPoint(left - 2, at.y() - height),
+                                        SheetPoint(left + width + 2, at.y() + 1)));
+}
+
+void DiagramPainter::paintDecorations(Device& device) {
     auto visible = [&](Time t) { return t >= m_scale.from() && t <= m_scale.to(); };
     for (const Gap& gap : m_diagram.gaps()) {
         if (!visible(gap.time))
@@ -449,7 +507,7 @@ void DiagramPainter::paintDecorations(wsiDevice& device) {
         if (!visible(marker.time))
             continue;
         const double x = m_scale.x(marker.time);
-        device.setColor(wsiRed);
+        setInk(device, wsiRed);
         setPen(device, 1);
         device.setPenStyle(wsiPenDash);
         device.drawLine(SheetPoint(x, m_axisTop + v_axisHeight - 6), SheetPoint(x, m_rowsBottom));
@@ -469,12 +527,14 @@ void DiagramPainter::paintDecorations(wsiDevice& device) {
         DevicePoint points[] = {DevicePoint(from, m), DevicePoint(to, m)};
         const auto head = DevicePoint(static_cast<std::int32_t>(std::lround(7 * m_unitsPerPixel)),
                                       static_cast<std::int32_t>(std::lround(5 * m_unitsPerPixel)));
-        device.setColor(wsiDarkRed);
+        setInk(device, wsiDarkRed);
         setPen(device, 1);
         device.drawCappedPolylineUnTransformed(level ? wsiLineCapArrow : wsiLineCapRound,
                                                wsiLineCapArrow, head, 2, points);
         if (!arrow.label.empty()) {
             const SheetPoint at((from.x() + to.x()) / 2, (from.y() + to.y()) / 2 - 2);
+            paintLabelBackground(device, arrow.label, at, smallFont(), true);
+            setInk(device, wsiDarkRed);
             drawLabel(device, arrow.label, at, smallFont(), wsiAlignHCenter, wsiAlignBottom);
         }
     }
@@ -482,13 +542,15 @@ void DiagramPainter::paintDecorations(wsiDevice& device) {
         if (!visible(note.time))
             continue;
         const double x = m_scale.x(note.time);
-        device.setColor(wsiDarkGreen);
+        setInk(device, wsiDarkGreen);
         if (note.signal.empty()) {
             drawLabel(device, note.text, SheetPoint(x, m_annotationTop + v_labelRowHeight / 2),
                       noteFont(), wsiAlignLeft, wsiAlignVCenter);
         } else if (const double y = rowMiddle(note.signal); y >= 0) {
-            drawLabel(device, note.text, SheetPoint(x + 3, y - v_swing / 2 - 1), noteFont(),
-                      wsiAlignLeft, wsiAlignBottom);
+            const SheetPoint at(x + 3, y - v_swing / 2 - 1);
+            paintLabelBackground(device, note.text, at, noteFont(), false);
+            setInk(device, wsiDarkGreen);
+            drawLabel(device, note.text, at, noteFont(), wsiAlignLeft, wsiAlignBottom);
         }
     }
 }

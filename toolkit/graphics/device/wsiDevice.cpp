@@ -226,6 +226,14 @@ long wsiDevice::drawText(const char* text, const SheetPoint& at, WsiFont& font) 
     return advance;
 }
 
+long wsiDevice::drawTextUnTransformed(const char* text, const DevicePoint& at, int length,
+                                      WsiFont& font) {
+    long advance = 0;
+    if (text)
+        primitiveDrawText(text, at, length, font, advance);
+    return advance;
+}
+
 const DeviceRectangle& wsiDevice::drawAlignedText(const char* text, const SheetPoint& at,
                                                   WsiFont& font, wsiAlignH h, wsiAlignV v) {
     static DeviceRectangle bounds;

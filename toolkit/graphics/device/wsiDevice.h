@@ -9,12 +9,12 @@
 
 #include "core/Model.h"
 #include "core/TqExport.h"
+#include "graphics/device/WsiFont.h"
+#include "graphics/device/wsiTypes.h"
 #include "graphics/geometry/DevicePoint.h"
 #include "graphics/geometry/DeviceRectangle.h"
 #include "graphics/geometry/SheetRectangle.h"
 #include "graphics/geometry/TqMatrix.h"
-#include "graphics/device/WsiFont.h"
-#include "graphics/device/wsiTypes.h"
 
 #include <cstdarg>
 #include <memory>
@@ -114,6 +114,9 @@ public:
                                            wsiAlignH h, wsiAlignV v);
 
     // --- Drawing in device coordinates ------------------------------------------------------
+    // Draws the first length bytes of text (all when length < 0) with the left end of its
+    // baseline at at, in device units; returns its advance (0 for a null text).
+    long drawTextUnTransformed(const char* text, const DevicePoint& at, int length, WsiFont& font);
     // The points are device units already mapped by the caller. In the forms taking "...",
     // the n points follow as n arguments of type const DevicePoint* (at most 65,535 are
     // read); their count is unsigned rather than unsigned short because the last named
