@@ -10,8 +10,8 @@
 
 const JsValue* JsValue::member(std::string_view key) const {
     for (auto it = members.rbegin(); it != members.rend(); ++it) {
-        if (it->first == key)
-            return &it->second;
+        if (it->key == key)
+            return &it->value;
     }
     return nullptr;
 }
@@ -186,7 +186,7 @@ private:
             JsValue member;
             if (!skipSpace() || !parseValue(member, depth + 1) || !skipSpace())
                 return false;
-            value.members.emplace_back(std::move(key), std::move(member));
+            value.members.push_back({std::move(key), std::move(member)});
             if (at(','))
                 ++m_pos;
             else if (!at('}'))

@@ -6,8 +6,9 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
+
+struct JsMember;
 
 struct JsValue {
     enum class Type { Null, Boolean, Number, String, Array, Object };
@@ -18,7 +19,7 @@ struct JsValue {
     std::string text;
     std::vector<JsValue> items;
     /// An object's members in the order of the file; a repeated key keeps both.
-    std::vector<std::pair<std::string, JsValue>> members;
+    std::vector<JsMember> members;
     /// The line the value starts on, for messages about its meaning.
     std::size_t line = 0;
 
@@ -28,6 +29,12 @@ struct JsValue {
     bool isObject() const { return type == Type::Object; }
     /// The last member named key, or null (also for a value that is no object).
     const JsValue* member(std::string_view key) const;
+};
+
+/// One member of an object: its key and value.
+struct JsMember {
+    std::string key;
+    JsValue value;
 };
 
 /// Reads one value (normally an object) filling all of text but white space, comments and an
