@@ -331,7 +331,10 @@ private:
                 if (!time(token.substr(1)))
                     return false;
             } else if (c == 'b' || c == 'B' || c == 'r' || c == 'R' || c == 's' || c == 'S') {
-                const std::string value(token.substr(1));
+                // The value is kept in one reused buffer, as reading the code may move the
+                // chunk it lies in.
+                m_value.assign(token.data() + 1, token.size() - 1);
+                const std::string& value = m_value;
                 std::string_view code;
                 if (!m_tokens.next(code))
                     return fail("expected an identifier code after '" + value + "'");
@@ -500,6 +503,7 @@ private:
     Time m_first = 0;
     Time m_last = 0;
     bool m_timeSeen = false;
+    std::string m_value;
     std::string m_error;
 };
 
