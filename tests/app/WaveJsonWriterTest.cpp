@@ -9,7 +9,12 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -145,6 +150,49 @@ TEST(WaveJsonWriter, ADumpBecomesNestedGroupsAndNamesWhatIsLeftOut) {
     EXPECT_NE(text.find("\"data\": [\"0x00\", \"0xA5\"]"), std::string::npos) << text;
     EXPECT_EQ(warnings, (std::vector<std::string>{"notes other than bus labels are left out",
                                                   "markers are left out"}));
+}
+
+TEST(WaveJsonWriter, EveryVerbTakesTheNewFormatsThroughTheProgram) {
+    const fs::path folder = fs::temp_directory_path() / "tq_wavejson_program";
+    fs::create_directories(folder);
+    {
+        std::ofstream(folder / "dump.vcd") << "$timescale 1ns $end $scope module top $end\n"
+                                              "$var wire 1 ! a $end $var wire 4 \" b $end\n"
+                                              "$upscope $end $enddefinitions $end\n"
+                                              "#0 0! b0 \" #10 1! b1010 \" #20\n";
+        std::ofstream(folder / "bad.json") << "{signal: [\n  {name: 'a' wave: '01'}\n]}\n";
+    }
+    const std::string features =
+        (fs::path(TQ_SOURCE_DIR) / "tests/app/data/wavejson/features.json5").string();
+    // clang-format off
+    const struct {
+        std::string arguments;
+        int status;
+        const char* output; // a file the command must write, or ""
+        const char* message; // what standard error must hold, or ""
+    } cases[] = {
+        {"convert '" + features + "' -o copy.json", 0, "copy.json", "warning: the foot text is left out"},
+        {"info copy.json", 0, "", ""},
+        {"render copy.json -o copy.svg", 0, "copy.svg", ""},
+        {"convert dump.vcd -o dump.json", 0, "dump.json", ""},
+        {"render dump.vcd --signals top.b -o dump.png", 0, "dump.png", ""},
+        {"info bad.json", 1, "", "bad.json:2: expected ',' or '}', found 'wave'"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        const std::string command = "cd '" + folder.string() + "' && QT_QPA_PLATFORM=offscreen '" +
+                                    TQ_TQDIAGRAM + "' " + c.arguments + " >out.txt 2>err.txt";
+        const int status = std::system(command.c_str());
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == c.status) << c.arguments;
+        if (*c.output) {
+            EXPECT_GT(fs::file_size(folder / c.output), 100u) << c.arguments;
+        }
+        std::ifstream err(folder / "err.txt");
+        const std::string errors((std::istreambuf_iterator<char>(err)),
+                                 std::istreambuf_iterator<char>());
+        EXPECT_NE(errors.find(c.message), std::string::npos) << c.arguments << ": " << errors;
+    }
+    fs::remove_all(folder);
 }
 
 } // namespace
