@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <map>
 #include <numeric>
 #include <ostream>
@@ -90,6 +91,10 @@ public:
         m_from = diagram.spanStart();
         m_to = std::max(diagram.spanEnd(), m_from + 1);
         chooseSlot();
+        for (std::size_t i = 0; i < diagram.annotations().size(); ++i) {
+            const Annotation& note = diagram.annotations()[i];
+            m_notes.emplace(std::make_pair(note.signal, note.time), i);
+        }
     }
 
     std::vector<Lane> lanes() {
@@ -208,22 +213,16 @@ private:
 
     // The note a bus label was read into, at the time of change on the signal's row.
     std::size_t noteAt(const Signal& signal, Time time) const {
-        const std::vector<Annotation>& notes = m_diagram.annotations();
-        for (std::size_t i = 0; i < notes.size(); ++i) {
-            if (notes[i].time == time && notes[i].signal == signal.name())
-                return i;
-        }
-        return std::string::npos;
+        const auto found = m_notes.find({signal.name(), time});
+        return found == m_notes.end() ? std::string::npos : found->second;
     }
 
     void sampledLane(const Signal& signal, Lane& lane) {
         const bool bus = signal.kind() == SignalKind::Bus;
         // A bus whose labels were text keeps its unlabelled slots unlabelled, rather than
         // showing the numbers that only stood in for the text.
-        const bool textLabels =
-            bus &&
-            std::any_of(m_diagram.annotations().begin(), m_diagram.annotations().end(),
-                        [&](const Annotation& note) { return note.signal == signal.name(); });
+        const auto row = m_notes.lower_bound({signal.name(), std::numeric_limits<Time>::min()});
+        const bool textLabels = bus && row != m_notes.end() && row->first.first == signal.name();
         std::size_t previous = Signal::npos;
         char previousChar = 0;
         for (std::size_t i = 0; i < m_slots; ++i) {
@@ -270,6 +269,8 @@ private:
     Time m_slot = 1;
     std::size_t m_slots = 1;
     std::set<std::size_t> m_usedNotes;
+    // Notes by row and time; the first of several at one place.
+    std::map<std::pair<std::string, Time>, std::size_t> m_notes;
 };
 
 // Places a node for an arrow end; its letter, or 0 when the lane or the letters ran out.
