@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -75,7 +77,9 @@ TEST(WaveJsonReader, TableOfDiagramsReadsAndDrawsWithTheseCounts) {
     };
     // clang-format on
     const fs::path folder = fs::path(TQ_SOURCE_DIR) / "tests/app/data/wavejson";
-    const fs::path output = fs::temp_directory_path() / "tq_wavejson_test.svg";
+    // Named for this process: another build's tests may run beside these.
+    const fs::path output =
+        fs::temp_directory_path() / ("tq_wavejson_" + std::to_string(getpid()) + ".svg");
     for (const auto& c : cases) {
         const std::string path = (folder / c.file).string();
         std::ifstream in(path);

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -153,7 +154,9 @@ TEST(WaveJsonWriter, ADumpBecomesNestedGroupsAndNamesWhatIsLeftOut) {
 }
 
 TEST(WaveJsonWriter, EveryVerbTakesTheNewFormatsThroughTheProgram) {
-    const fs::path folder = fs::temp_directory_path() / "tq_wavejson_program";
+    // Named for this process: another build's tests may run beside these.
+    const fs::path folder =
+        fs::temp_directory_path() / ("tq_wavejson_program_" + std::to_string(getpid()));
     fs::create_directories(folder);
     {
         std::ofstream(folder / "dump.vcd") << "$timescale 1ns $end $scope module top $end\n"
