@@ -82,7 +82,7 @@ TEST(WaveJsonWriter, WaveJsonDiagramsComeBackSlotForSlot) {
         Time slot; // the slot the writer should find: the finest step of the diagram's changes
     } cases[] = {
         {"asciiwave_test1.json", 5}, {"axi4_beats.js", 10}, {"ws2813_general.js", 10},
-        {"spi_coo.js", 5}, {"features.json5", 10}, {"asciiwave_step6.json", 1},
+        {"spi_coo.js", 5}, {"spi_data.js", 5}, {"features.json5", 10}, {"asciiwave_step6.json", 1},
     };
     // clang-format on
     for (const auto& c : cases) {
