@@ -254,7 +254,10 @@ private:
         // the name designers type.
         std::string reference = words[3];
         std::string range = words.size() > 4 ? words[4] : std::string();
-        if (const std::size_t bracket = reference.find('['); bracket != std::string::npos) {
+        // An escaped identifier may start with a bracket; only a bracket after a name opens a
+        // range.
+        if (const std::size_t bracket = reference.find('[');
+            bracket != std::string::npos && bracket > 0) {
             range = reference.substr(bracket);
             reference.erase(bracket);
         }

@@ -213,6 +213,14 @@ TEST(VcdReader, HandWrittenDumpsGiveTheseValues) {
                 << probe << " in " << c.body;
         }
     }
+    // A name that starts with a bracket (an escaped name some writers strip) keeps it whole.
+    Diagram odd;
+    std::string error;
+    VcdReader reader("odd.vcd");
+    ASSERT_TRUE(reader.readText("$var wire 1 ~ [a:b] $end $enddefinitions $end #0 1~", "odd.vcd",
+                                odd, error))
+        << error;
+    EXPECT_EQ(odd.findSignal("[a:b]"), 0u);
 }
 
 TEST(VcdReader, RealValuesAreNotesOnTheirRowAndOddInputIsWarnedAboutOnce) {
