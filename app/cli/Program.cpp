@@ -4,6 +4,7 @@
 #include "commands/ScriptRunner.h"
 #include "io/DiagramFile.h"
 #include "io/TqdWriter.h"
+#include "io/WaveJsonWriter.h"
 #include "model/Diagram.h"
 #include "render/DiagramExporter.h"
 
@@ -20,11 +21,12 @@ namespace {
 const char* const v_mainHelp =
     "usage: tqdiagram VERB ...\n"
     "\n"
-    "Timing diagrams from a file, rendered as PNG, PDF, SVG, EPS or MIF.\n"
+    "Timing diagrams from a .tqd, WaveJSON (.json .json5 .js) or value change dump (.vcd)\n"
+    "file, rendered as PNG, PDF, SVG, EPS or MIF.\n"
     "\n"
     "verbs:\n"
     "  render INPUT -o OUTPUT [options]   draw a diagram into a picture\n"
-    "  convert INPUT -o OUTPUT.tqd        write a diagram as a .tqd file\n"
+    "  convert INPUT -o OUTPUT.tqd|.json  write a diagram as a .tqd or WaveJSON file\n"
     "  info INPUT                         list signals, widths, time span and changes\n"
     "  script FILE.tcl [ARG...]           run a Tcl script with the diagram commands\n"
     "\n"
@@ -51,9 +53,12 @@ const char* const v_renderHelp =
     "                          file,,,portrait,noclipboard,a4,default,6.5,2,in,color,\n"
     "                          scaleable,mifframe,nopreview\n";
 
-const char* const v_convertHelp = "usage: tqdiagram convert INPUT -o OUTPUT.tqd\n"
-                                  "\n"
-                                  "Reads INPUT and writes the same diagram as a .tqd file.\n";
+const char* const v_convertHelp =
+    "usage: tqdiagram convert INPUT -o OUTPUT.tqd|OUTPUT.json\n"
+    "\n"
+    "Reads INPUT and writes the same diagram as a .tqd file, or as a WaveJSON file when\n"
+    "OUTPUT ends in .json, .json5 or .js (one common slot length; what that format cannot\n"
+    "hold is named on standard error).\n";
 
 const char* const v_infoHelp = "usage: tqdiagram info INPUT\n"
                                "\n"
@@ -75,10 +80,11 @@ bool isHelp(const char* arg) {
 }
 
 // Reads the input with a progress bar for a long read.
-bool readInput(const std::string& path, Diagram& diagram, std::ostream& err) {
+bool readInput(const std::string& path, Diagram& diagram, std::ostream& err,
+               const std::vector<std::string>& patterns = {}) {
     ProgressBar progress("reading " + std::filesystem::path(path).filename().string());
     std::string error;
-    if (!readDiagramFile(path, diagram, error, &progress)) {
+    if (!readDiagramFile(path, diagram, error, &progress, patterns)) {
         err << "tqdiagram: " << error << "\n";
         return false;
     }
@@ -167,7 +173,7 @@ int render(int argc, char** argv, std::ostream& out, std::ostream& err) {
     }
 
     Diagram diagram;
-    if (!readInput(input, diagram, err))
+    if (!readInput(input, diagram, err, options.patterns))
         return ProgramBadInput;
     Time time = 0;
     if (!from.empty() && parseTime(from, diagram.timeUnit(), time, error))
@@ -209,6 +215,17 @@ int convert(int argc, char** argv, std::ostream& out, std::ostream& err) {
     if (!readInput(input, diagram, err))
         return ProgramBadInput;
     std::string error;
+    const std::string extension = std::filesystem::path(output).extension().string();
+    if (extension == ".json" || extension == ".json5" || extension == ".js") {
+        WaveJsonWriter writer(output.c_str(), diagram);
+        if (!writer.save(error)) {
+            err << "tqdiagram: " << error << "\n";
+            return ProgramBadInput;
+        }
+        for (const std::string& warning : writer.warnings())
+            err << "tqdiagram: " << output << ": warning: " << warning << "\n";
+        return ProgramSuccess;
+    }
     if (!TqdWriter(output.c_str(), diagram).save(error)) {
         err << "tqdiagram: " << error << "\n";
         return ProgramBadInput;

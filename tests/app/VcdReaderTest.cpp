@@ -1,0 +1,309 @@
+// The value change dump reader: dumps written by Icarus Verilog from the testbenches in
+// data/vcd give, at every time the testbench printed its variables, the values it printed;
+// hand-written dumps cover what the simulator does not write, and bad dumps give FILE:LINE.
+#include "io/VcdReader.h"
+#include "io/DiagramFile.h"
+#include "model/Diagram.h"
+
+#include "core/iTaskDescription.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The value a signal shows at time, as Verilog's %b prints it.
+std::string valueAt(const Signal& signal, Time time) {
+    const std::size_t index = signal.indexAt(time);
+    if (index == Signal::npos)
+        return "(none)";
+    if (signal.kind() == SignalKind::Bus)
+        return signal.changeBinary(index);
+    return std::string(1, bitStateChar(signal.changeState(index)));
+}
+
+// A temporary folder, removed with its files.
+class TemporaryFolder {
+public:
+    TemporaryFolder() {
+        std::string pattern = (fs::temp_directory_path() / "tq_vcd_XXXXXX").string();
+        if (mkdtemp(pattern.data()))
+            m_path = pattern;
+    }
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        if (!m_path.empty())
+            fs::remove_all(m_path, ignored);
+    }
+    const fs::path& path() const { return m_path; }
+
+private:
+    fs::path m_path;
+};
+
+// One line the testbench printed: "@TIME NAME BINARY".
+struct Sample {
+    Time time;
+    std::string name;
+    std::string value;
+};
+
+class IcarusDump : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (std::system("command -v iverilog >/dev/null 2>&1 && command -v vvp >/dev/null 2>&1"))
+            GTEST_SKIP() << "iverilog and vvp are not installed: the simulator oracle is skipped";
+        ASSERT_FALSE(m_folder.path().empty());
+        const fs::path source = fs::path(TQ_SOURCE_DIR) / "tests/app/data/vcd/counter_tb.v";
+        const std::string command = "cd '" + m_folder.path().string() +
+                                    "' && iverilog -o tb.vvp '" + source.string() +
+                                    "' && vvp -n tb.vvp > printed.txt";
+        ASSERT_EQ(std::system(command.c_str()), 0) << command;
+        std::ifstream printed(m_folder.path() / "printed.txt");
+        std::string line;
+        while (std::getline(printed, line)) {
+            if (line.empty() || line[0] != '@')
+                continue;
+            std::istringstream fields(line.substr(1));
+            Sample sample;
+            fields >> sample.time >> sample.name >> sample.value;
+            m_samples.push_back(sample);
+        }
+        ASSERT_GT(m_samples.size(), 300u);
+    }
+
+    std::string dump() const { return (m_folder.path() / "dump.vcd").string(); }
+
+    TemporaryFolder m_folder;
+    std::vector<Sample> m_samples;
+};
+
+TEST_F(IcarusDump, ValuesAtSampleTimesEqualWhatTheSimulatorPrinted) {
+    Diagram diagram;
+    std::string error;
+    ASSERT_TRUE(readDiagramFile(dump(), diagram, error)) << error;
+    EXPECT_EQ(diagram.timeUnit(), TimeUnit::ns);
+    for (const Sample& sample : m_samples) {
+        const std::size_t index = diagram.findSignal(sample.name);
+        ASSERT_NE(index, Signal::npos) << sample.name;
+        EXPECT_EQ(valueAt(diagram.signal(index), sample.time), sample.value)
+            << sample.name << " at " << sample.time;
+    }
+    // Scopes are groups; the integer shows as a signed decimal; the event is a pulse.
+    const Signal& carry = diagram.signal(diagram.findSignal("tb.dut.carry"));
+    EXPECT_EQ(carry.group(), "tb.dut");
+    const Signal& steps = diagram.signal(diagram.findSignal("tb.steps"));
+    EXPECT_EQ(steps.width(), 32u);
+    EXPECT_EQ(steps.busFormat().radix, RadixPlainDecimal);
+    const Signal& tick = diagram.signal(diagram.findSignal("tb.tick"));
+    EXPECT_EQ(valueAt(tick, 15), "1");
+    EXPECT_EQ(valueAt(tick, 16), "0");
+    EXPECT_EQ(diagram.groups(), (std::vector<std::string>{"tb", "tb.dut"}));
+    // The dump ends 40 ns after the last print, with no change there: the span still ends there.
+    EXPECT_EQ(diagram.spanEnd(), m_samples.back().time + 40);
+}
+
+TEST_F(IcarusDump, PatternsKeepOnlyTheSelectedSignalsWithTheSameValues) {
+    Diagram all;
+    std::string error;
+    ASSERT_TRUE(readDiagramFile(dump(), all, error)) << error;
+    // clang-format off
+    const struct {
+        std::vector<std::string> patterns;
+        std::vector<std::string> names;
+    } cases[] = {
+        {{"tb.dut.*"}, {"tb.dut.clk", "tb.dut.oe", "tb.dut.rst", "tb.dut.bus", "tb.dut.carry",
+                        "tb.dut.count"}},
+        {{"**.count"}, {"tb.count", "tb.dut.count"}},
+        {{"tb.w*", "tb.?lk"}, {"tb.clk", "tb.wide"}},
+        {{"nothing"}, {}},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Diagram some;
+        ASSERT_TRUE(readDiagramFile(dump(), some, error, nullptr, c.patterns)) << error;
+        std::vector<std::string> names;
+        for (std::size_t i = 0; i < some.signalCount(); ++i) {
+            const Signal& signal = some.signal(i);
+            names.push_back(signal.name());
+            EXPECT_TRUE(signal == all.signal(all.findSignal(signal.name()))) << signal.name();
+        }
+        std::sort(names.begin(), names.end());
+        std::vector<std::string> expected = c.names;
+        std::sort(expected.begin(), expected.end());
+        EXPECT_EQ(names, expected) << c.patterns.front();
+    }
+}
+
+TEST_F(IcarusDump, ProgressReachesTheFileSizeAndACancelledReadFails) {
+    iTaskDescription task;
+    Diagram diagram;
+    std::string error;
+    VcdReader reader(dump().c_str());
+    reader.setTask(task);
+    ASSERT_TRUE(reader.read(diagram, error)) << error;
+    EXPECT_EQ(task.total(), fs::file_size(dump()));
+    EXPECT_EQ(task.progress(), task.total());
+
+    iTaskDescription cancelled;
+    cancelled.cancel();
+    VcdReader stopped(dump().c_str());
+    stopped.setTask(cancelled);
+    Diagram untouched;
+    EXPECT_FALSE(stopped.read(untouched, error));
+    EXPECT_NE(error.find("cancelled"), std::string::npos) << error;
+    EXPECT_EQ(untouched.signalCount(), 0u);
+}
+
+const char* const v_header = "$timescale 10 ps $end\n"
+                             "$scope module top $end\n"
+                             "$var wire 1 ! a $end\n"
+                             "$var wire 4 \" v [3:0] $end\n"
+                             "$var real 64 # r $end\n"
+                             "$var parameter 8 $ p $end\n"
+                             "$var wire 1 % v [2] $end\n"
+                             "$scope begin blk $end\n"
+                             "$var wire 1 ! a_alias $end\n"
+                             "$upscope $end\n"
+                             "$upscope $end\n";
+
+TEST(VcdReader, HandWrittenDumpsGiveTheseValues) {
+    // Each case reads the header above followed by body, then checks "name@time=value" probes
+    // (times in the diagram's unit, ps, scaled by the 10 of the time scale).
+    // clang-format off
+    const struct {
+        const char* body;
+        std::vector<std::string> probes;
+    } cases[] = {
+        {"#0 $dumpvars 0! b1z \" r0 # b10100101 $ 1% $end #3 1! b1 \" #5 $dumpoff x! bx \" $end "
+         "#7 $dumpon 0! b0110 \" $end #9",
+         {"top.a@0=0", "top.a@30=1", "top.a@50=x", "top.a@70=0", "top.v@0=001z", "top.v@30=0001",
+          "top.v@50=xxxx", "top.v@75=0110", "top.p@0=10100101", "top.v[2]@0=1",
+          "top.blk.a_alias@30=1"}},
+        // Values of other languages' nine-valued logic; upper-case vector letters; comments.
+        {"#0 U! B0101 \" $comment a note $end #1 H! #2 L! #3 -! #4 Z! b0u1h \"",
+         {"top.a@0=x", "top.a@10=h", "top.a@20=l", "top.a@30=x", "top.a@40=z", "top.v@40=0x11",
+          "top.v@0=0101"}},
+        // Short vectors extend with 0, or with x or z when they start with one.
+        {"#0 b1 \" #1 bz \" #2 bx0 \"", {"top.v@0=0001", "top.v@10=zzzz", "top.v@20=xxx0"}},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Diagram diagram;
+        std::string error;
+        VcdReader reader("case.vcd");
+        ASSERT_TRUE(reader.readText(std::string(v_header) + "$enddefinitions $end\n" + c.body,
+                                    "case.vcd", diagram, error))
+            << error << " in " << c.body;
+        EXPECT_EQ(diagram.timeUnit(), TimeUnit::ps);
+        for (const std::string& probe : c.probes) {
+            const std::size_t at = probe.find('@'), equals = probe.find('=');
+            const std::string name = probe.substr(0, at);
+            const Time time = std::stoll(probe.substr(at + 1, equals - at - 1));
+            const std::size_t index = diagram.findSignal(name);
+            ASSERT_NE(index, Signal::npos) << name;
+            EXPECT_EQ(valueAt(diagram.signal(index), time), probe.substr(equals + 1))
+                << probe << " in " << c.body;
+        }
+    }
+    // A name that starts with a bracket (an escaped name some writers strip) keeps it whole.
+    Diagram odd;
+    std::string error;
+    VcdReader reader("odd.vcd");
+    ASSERT_TRUE(reader.readText("$var wire 1 ~ [a:b] $end $enddefinitions $end #0 1~", "odd.vcd",
+                                odd, error))
+        << error;
+    EXPECT_EQ(odd.findSignal("[a:b]"), 0u);
+}
+
+TEST(VcdReader, RealValuesAreNotesOnTheirRowAndOddInputIsWarnedAboutOnce) {
+    Diagram diagram;
+    std::string error;
+    VcdReader reader("real.vcd");
+    const std::string text = std::string(v_header) +
+                             "$scope module top $end $var wire 1 & a $end $upscope $end\n"
+                             "$enddefinitions $end\n"
+                             "#0 r1.5 # r-2e-3 # 1? 1? #4 r3.25 # b1 #";
+    // top.a declared twice, an undeclared code twice, a bit value on the real; of two values
+    // at one time the later stays.
+    ASSERT_TRUE(reader.readText(text, "real.vcd", diagram, error)) << error;
+    std::vector<std::string> notes;
+    for (const Annotation& note : diagram.annotations()) {
+        EXPECT_EQ(note.signal, "top.r");
+        notes.push_back(std::to_string(note.time) + ":" + note.text);
+    }
+    EXPECT_EQ(notes, (std::vector<std::string>{"0:-2e-3", "40:3.25"}));
+    EXPECT_EQ(reader.warnings(),
+              (std::vector<std::string>{"variables declared twice under one name were kept once",
+                                        "value changes of undeclared identifier codes were skipped",
+                                        "bit values given to real or string variables were "
+                                        "skipped"}));
+}
+
+TEST(VcdReader, BadDumpsGiveFileAndLineAndLeaveTheDiagramAlone) {
+    // clang-format off
+    const struct {
+        const char* text;
+        const char* message;
+    } cases[] = {
+        {"$timescale 3 parsecs $end", "bad.vcd:1: expected a time scale such as 1ns or 100 ps, found '3parsecs'"},
+        {"$scope module m $end\n$var wire 0 ! a $end", "bad.vcd:2: expected a width from 1 to 65536, found '0'"},
+        {"$var wire 8 ! $end", "bad.vcd:1: expected a variable's type, width, identifier code and name"},
+        {"$var wire 1 ! a $end\n$upscope $end", "bad.vcd:2: $upscope without an open $scope"},
+        {"$var wire 1 ! a\n", "bad.vcd:2: expected $end before the end of the file"},
+        {"$var wire 1 ! a $end\n", "bad.vcd:2: expected $enddefinitions before the end of the file"},
+        {"hello $end", "bad.vcd:1: expected a declaration such as $var or $scope, found 'hello'"},
+        {"$var wire 1 ! a $end $enddefinitions $end\n#1\n#x", "bad.vcd:3: expected a time after '#', found '#x'"},
+        {"$var wire 1 ! a $end $enddefinitions $end\n#99999999999999999999", "bad.vcd:2: expected a time after '#', found '#99999999999999999999'"},
+        {"$var wire 4 ! a $end $enddefinitions $end\n\nb10q1 !", "bad.vcd:3: expected binary digits after 'b', found 'b10q1'"},
+        {"$var wire 4 ! a $end $enddefinitions $end\nb101", "bad.vcd:2: expected an identifier code after '101'"},
+        {"$var wire 1 ! a $end $enddefinitions $end\n#0 q!", "bad.vcd:2: expected a time (#...), a value change or a keyword, found 'q!'"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Diagram diagram;
+        diagram.setTitle("kept");
+        std::string error;
+        VcdReader reader("bad.vcd");
+        EXPECT_FALSE(reader.readText(c.text, "bad.vcd", diagram, error)) << c.text;
+        EXPECT_EQ(error, c.message);
+        EXPECT_EQ(diagram.title(), "kept");
+    }
+}
+
+TEST(VcdReader, TokensCutByTheChunkBoundaryAreReadWhole) {
+    // A vector wider than half a chunk and a long run of changes cross the reader's chunks.
+    TemporaryFolder folder;
+    const fs::path path = folder.path() / "long.vcd";
+    const unsigned width = 60000;
+    {
+        std::ofstream out(path);
+        out << "$timescale 1ns $end $var wire " << width << " !! w $end $var wire 1 \" b $end "
+            << "$enddefinitions $end\n";
+        for (int t = 0; t < 100; ++t) {
+            out << "#" << t << "\nb" << (t % 2 ? '1' : '0') << std::string(width - 1, 'x')
+                << " !!\n"
+                << (t % 3 ? '1' : '0') << "\"\n";
+        }
+    }
+    Diagram diagram;
+    std::string error;
+    ASSERT_TRUE(readDiagramFile(path.string(), diagram, error)) << error;
+    const Signal& wide = diagram.signal(diagram.findSignal("w"));
+    const Signal& bit = diagram.signal(diagram.findSignal("b"));
+    ASSERT_EQ(wide.changeCount(), 100u);
+    ASSERT_EQ(bit.changeCount(), 100u);
+    for (int t = 0; t < 100; ++t) {
+        EXPECT_EQ(wide.changeBinary(static_cast<std::size_t>(t)).front(), t % 2 ? '1' : '0');
+        EXPECT_EQ(valueAt(bit, t), t % 3 ? "1" : "0") << t;
+    }
+}
+
+} // namespace

@@ -1,0 +1,187 @@
+// The WaveJSON reader: a table of diagrams (public examples and the project's own, in
+// data/wavejson) read and drawn, with their lanes, slots, labels and values checked, and bad
+// files reported as FILE:LINE.
+#include "io/WaveJsonReader.h"
+#include "io/DiagramFile.h"
+#include "model/Diagram.h"
+#include "render/DiagramExporter.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string valueAt(const Signal& signal, Time time) {
+    if (signal.kind() == SignalKind::Clock)
+        return std::string(1, bitStateChar(signal.clockLevel(time)));
+    const std::size_t index = signal.indexAt(time);
+    if (index == Signal::npos)
+        return "(none)";
+    if (signal.kind() == SignalKind::Bus)
+        return signal.changeBinary(index);
+    return std::string(1, bitStateChar(signal.changeState(index)));
+}
+
+// "name@time=value" probes, as in the dump reader's test.
+void checkProbes(const Diagram& diagram, const std::vector<std::string>& probes,
+                 const std::string& where) {
+    for (const std::string& probe : probes) {
+        const std::size_t at = probe.rfind('@'), equals = probe.rfind('=');
+        const std::string name = probe.substr(0, at);
+        const Time time = std::stoll(probe.substr(at + 1, equals - at - 1));
+        const std::size_t index = diagram.findSignal(name);
+        ASSERT_NE(index, Signal::npos) << name << " in " << where;
+        EXPECT_EQ(valueAt(diagram.signal(index), time), probe.substr(equals + 1))
+            << probe << " in " << where;
+    }
+}
+
+TEST(WaveJsonReader, TableOfDiagramsReadsAndDrawsWithTheseCounts) {
+    // Times in ns: one wave character is 10 ns, times hscale and the lane's period; phase moves
+    // a lane earlier. Notes are the data labels that are not numbers.
+    // clang-format off
+    const struct {
+        const char* file;
+        std::size_t lanes, groups, notes, arrows, gaps;
+        Time spanStart, spanEnd;
+        std::size_t warnings;
+        std::vector<std::string> probes;
+    } cases[] = {
+        {"asciiwave_step6.json", 5, 0, 13, 0, 0, -5, 164, 3,
+         {"CK@5=1", "CK@15=0", "CK@25=1", "CMD@14=xxx", "CMD@16=001", "CMD@26=xxx", "DQ@103=zzz",
+          "DQ@104=001", "DQS@83=z", "DQS@84=0"}},
+        {"asciiwave_test1.json", 3, 0, 0, 0, 0, 0, 80, 1,
+         {"lane 1@5=1", "lane 1@12=1", "lane 1@17=0", "lane 1@33=0", "lane 1@37=1", "lane 1@45=1",
+          "lane 1@57=0", "lane 1@77=1", "lane 2@5=1", "lane 3@45=0"}},
+        {"spi_coo.js", 11, 2, 6, 0, 0, 0, 300, 4,
+         {"d@15=1", "d@25=x", "q@15=1", "d (2)@199=xx", "d (2)@200=01", "a (2)@219=0",
+          "a (2)@220=1", "IO0@35=111", "IO0@45=110", "IO0@105=000", "IO1@265=000", "IO1@275=xxx"}},
+        {"spi_data.js", 11, 0, 4, 0, 0, 0, 200, 4,
+         {"cmdq@15=1", "reqd@80=1", "reqd@100=x", "reqa@85=0", "reqa@90=1", "IO0@115=111",
+          "IO0@185=000", "IO0@195=xxx", "SCK@5=1", "SCK@32=0", "SCK@37=1", "SCK@42=0"}},
+        {"axi4_beats.js", 7, 0, 18, 0, 0, 0, 150, 3,
+         {"ACLK@3=1", "ACLK@7=0", "ARESETn@5=0", "ARESETn@15=1", "R@35=001", "R@45=010", "B@145=10"}},
+        {"ws2813_general.js", 5, 0, 0, 0, 0, 0, 190, 2,
+         {"Data@85=0", "Data@125=1", "Data@165=0", "start@55=1", "CLK@15=0"}},
+        {"features.json5", 7, 2, 4, 3, 4, -10, 390, 8,
+         {"clk@5=1", "clk@15=0", "clk@125=1", "<b>data<sub>in</sub></b>@39=xxx",
+          "<b>data<sub>in</sub></b>@50=001", "<b>data<sub>in</sub></b>@70=010",
+          "<b>data<sub>in</sub></b>@110=xxx", "<b>data<sub>in</sub></b>@150=100",
+          "req@50=1", "req@110=0", "req@150=1", "req@190=0", "count@0=011111", "count@45=100000",
+          "ack@-10=1", "ack@260=1", "ack@280=0", "ack@320=1", "misc@5=z", "misc@25=h",
+          "misc@45=l", "misc@65=0", "misc@85=1", "misc@145=x", "nine@0=1"}},
+    };
+    // clang-format on
+    const fs::path folder = fs::path(TQ_SOURCE_DIR) / "tests/app/data/wavejson";
+    // Named for this process: another build's tests may run beside these.
+    const fs::path output =
+        fs::temp_directory_path() / ("tq_wavejson_" + std::to_string(getpid()) + ".svg");
+    for (const auto& c : cases) {
+        const std::string path = (folder / c.file).string();
+        std::ifstream in(path);
+        std::stringstream text;
+        text << in.rdbuf();
+        Diagram diagram;
+        std::string error;
+        WaveJsonReader reader(c.file);
+        ASSERT_TRUE(reader.readText(text.str(), c.file, diagram, error)) << error;
+        EXPECT_EQ(diagram.signalCount(), c.lanes) << c.file;
+        EXPECT_EQ(diagram.groups().size(), c.groups) << c.file;
+        EXPECT_EQ(diagram.annotations().size(), c.notes) << c.file;
+        EXPECT_EQ(diagram.arrows().size(), c.arrows) << c.file;
+        EXPECT_EQ(diagram.gaps().size(), c.gaps) << c.file;
+        EXPECT_EQ(diagram.spanStart(), c.spanStart) << c.file;
+        EXPECT_EQ(diagram.spanEnd(), c.spanEnd) << c.file;
+        std::string warnings;
+        for (const std::string& w : reader.warnings())
+            warnings += "\n  " + w;
+        EXPECT_EQ(reader.warnings().size(), c.warnings) << c.file << warnings;
+        checkProbes(diagram, c.probes, c.file);
+
+        Diagram drawn;
+        ASSERT_TRUE(readDiagramFile(path, drawn, error)) << error;
+        EXPECT_TRUE(drawn.sameContents(diagram)) << c.file;
+        ASSERT_TRUE(DiagramExporter::exportFile(drawn, RenderOptions(), output.string(),
+                                                OutputFormat::Svg, error))
+            << error;
+        EXPECT_GT(fs::file_size(output), 1000u) << c.file;
+    }
+    fs::remove(output);
+}
+
+TEST(WaveJsonReader, DecorationsGroupsAndMarkupOfTheFeaturesFile) {
+    const fs::path path = fs::path(TQ_SOURCE_DIR) / "tests/app/data/wavejson/features.json5";
+    Diagram diagram;
+    std::string error;
+    ASSERT_TRUE(readDiagramFile(path.string(), diagram, error)) << error;
+    EXPECT_EQ(diagram.title(), "Read cycle");
+    EXPECT_EQ(diagram.grid(), (Grid{true, 40})); // every 2 slots of 20 ns (hscale 2)
+    EXPECT_EQ(diagram.groups(), (std::vector<std::string>{"Bus", "Bus.Inner"}));
+    EXPECT_EQ(diagram.signal(diagram.findSignal("count")).group(), "Bus.Inner");
+    EXPECT_EQ(diagram.signal(diagram.findSignal("count")).busFormat().radix, RadixHexadecimal);
+    EXPECT_EQ(diagram.signal(diagram.findSignal("req")).group(), "Bus");
+    EXPECT_EQ(diagram.signal(diagram.findSignal("clk")).kind(), SignalKind::Clock);
+    EXPECT_EQ(diagram.signal(diagram.findSignal("clk")).clock().period, 20);
+    const std::string data = "<b>data<sub>in</sub></b>";
+    ASSERT_EQ(diagram.arrows().size(), 3u);
+    EXPECT_EQ(diagram.arrows()[0], (Arrow{{"clk", 20}, {data, 40}, "setup"}));
+    EXPECT_EQ(diagram.arrows()[1], (Arrow{{"req", 40}, {"req", 100}, ""}));
+    EXPECT_EQ(diagram.arrows()[2], (Arrow{{data, 40}, {data, 80}, ""}));
+    EXPECT_EQ(diagram.gaps()[0], (Gap{120, "clk"}));
+    EXPECT_EQ(diagram.annotations()[0], (Annotation{40, data, "head"}));
+    EXPECT_EQ(diagram.annotations()[3], (Annotation{140, data, "data"}));
+}
+
+TEST(WaveJsonReader, LooseSyntaxIsReadAndBadFilesGiveFileAndLine) {
+    // clang-format off
+    const struct {
+        std::string text;
+        const char* message; // empty: reads, with the one lane named "A\u00e9\tb"
+    } cases[] = {
+        {"// comment\n{signal: [{name: 'A\\u00e9\\tb', wave: \"01\",},],} /* end */ ;", ""},
+        {"{'signal': [{\"name\": `A\\xc3\\xa9\\tb`, 'wave': '0' + '1'}]}", "x:1: expected ',' or '}', found '+'"},
+        {"{signal: [{name: 'A\\u{e9}\\tb', wave: '01', period: 0x2, phase: +.5e0}]}", ""},
+        {"{signal: [\n  {name: 'a' wave: '01'}\n]}", "x:2: expected ',' or '}', found 'wave'"},
+        {"{signal: [{name: 'a}]}", "x:1: expected ' to end the string, found the end of the file"},
+        {"{signal: [{name: 'a\n'}]}", "x:1: expected ' to end the string, found the end of the line"},
+        {"\n/* open comment\n{signal: []}", "x:2: expected '*/' to end the comment, found the end of the file"},
+        {"{signal: [{wave: 01}]}", "x:1: expected the wave as a string"},
+        {"{reg: [{bits: 8}]}", "x:1: expected a timing diagram, found a register or logic diagram"},
+        {"{signal: 5}", "x:1: expected a 'signal' list of wave lanes"},
+        {"[1, 2]", "x:1: expected an object with a 'signal' list"},
+        {"{signal: []} trailing", "x:1: expected the end of the file after the value, found 'trailing'"},
+        {"{signal: [\n\n{name: 'a', wave: '0', period: -1}]}", "x:3: expected a period above 0"},
+        {"{signal: [3]}", "x:1: expected a wave lane {...} or a group [...]"},
+        {"{signal: [{name: 'a', wave: '0'}], edge: ['a->b'], x: wat}", "x:1: expected a value, found 'wat'"},
+        {"{signal: ['\\x4g']}", "x:1: expected hexadecimal digits after '\\x', found '4g'"},
+        {std::string(300, '['), "x:1: expected lists nested at most 200 deep, found '['"},
+        {"", "x:1: expected a value, found the end of the file"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Diagram diagram;
+        diagram.setTitle("kept");
+        std::string error;
+        WaveJsonReader reader("x");
+        const bool good = reader.readText(c.text, "x", diagram, error);
+        if (*c.message) {
+            EXPECT_FALSE(good) << c.text;
+            EXPECT_EQ(error, c.message) << c.text;
+            EXPECT_EQ(diagram.title(), "kept");
+        } else {
+            ASSERT_TRUE(good) << c.text << ": " << error;
+            ASSERT_EQ(diagram.signalCount(), 1u) << c.text;
+            EXPECT_EQ(diagram.signal(0).name(), "A\xC3\xA9\tb") << c.text;
+            EXPECT_EQ(valueAt(diagram.signal(0), 0), "0") << c.text;
+        }
+    }
+}
+
+} // namespace

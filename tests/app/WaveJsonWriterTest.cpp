@@ -1,0 +1,201 @@
+// The WaveJSON writer: diagrams read from WaveJSON and from a dump, written and read back, show
+// the same values at every slot (one written slot reads back as 10 ns), with their groups,
+// labels and arrows; what the format cannot hold is named.
+#include "io/WaveJsonWriter.h"
+#include "io/DiagramFile.h"
+#include "io/VcdReader.h"
+#include "io/WaveJsonReader.h"
+#include "model/Diagram.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string valueAt(const Signal& signal, Time time) {
+    if (signal.kind() == SignalKind::Clock)
+        return std::string(1, bitStateChar(signal.clockLevel(time)));
+    const std::size_t index = signal.indexAt(time);
+    if (index == Signal::npos)
+        return "x";
+    if (signal.kind() == SignalKind::Bus)
+        return signal.changeBinary(index);
+    return std::string(1, bitStateChar(signal.changeState(index)));
+}
+
+// Writes diagram and reads it back; the slot the writer chose is the span's divisor found
+// from the written text's first lane.
+void roundTrip(const Diagram& diagram, Diagram& again, std::vector<std::string>& warnings,
+               std::string& text) {
+    std::ostringstream out;
+    WaveJsonWriter::write(diagram, out, warnings);
+    text = out.str();
+    std::string error;
+    WaveJsonReader reader("again.json");
+    ASSERT_TRUE(reader.readText(text, "again.json", again, error)) << error << "\n" << text;
+}
+
+// Every slot start of the original, mapped onto the copy, shows the same value.
+void expectSameSlots(const Diagram& original, const Diagram& again, Time slot,
+                     const std::string& where) {
+    ASSERT_EQ(again.signalCount(), original.signalCount()) << where;
+    const Time from = original.spanStart();
+    for (std::size_t i = 0; i < original.signalCount(); ++i) {
+        const Signal& a = original.signal(i);
+        const Signal& b = again.signal(i);
+        EXPECT_EQ(b.group(), a.group()) << where;
+        EXPECT_EQ(b.kind(), a.kind()) << a.name() << " in " << where;
+        if (a.kind() == SignalKind::Bus && a.changeCount() > 0 && b.changeCount() > 0) {
+            EXPECT_EQ(b.width(), a.width()) << a.name() << " in " << where;
+        }
+        int mismatches = 0;
+        for (Time t = from; t < original.spanEnd() && mismatches < 3; t += slot) {
+            const Time mapped = (t - from) / slot * WaveJsonReader::v_slotTime;
+            const std::string expected = valueAt(a, t);
+            std::string found = valueAt(b, mapped);
+            // A bus with no value yet reads back as all x.
+            if (expected == "x" && found.find_first_not_of('x') == std::string::npos)
+                found.assign(1, 'x');
+            if (found != expected) {
+                ++mismatches;
+                ADD_FAILURE() << a.name() << " at " << t << " (" << mapped << "): " << found
+                              << " instead of " << expected << " in " << where;
+            }
+        }
+    }
+}
+
+TEST(WaveJsonWriter, WaveJsonDiagramsComeBackSlotForSlot) {
+    // clang-format off
+    const struct {
+        const char* file;
+        Time slot; // the slot the writer should find: the finest step of the diagram's changes
+    } cases[] = {
+        {"asciiwave_test1.json", 5}, {"axi4_beats.js", 10}, {"ws2813_general.js", 10},
+        {"spi_coo.js", 5}, {"spi_data.js", 5}, {"features.json5", 10}, {"asciiwave_step6.json", 1},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        const fs::path path = fs::path(TQ_SOURCE_DIR) / "tests/app/data/wavejson" / c.file;
+        Diagram diagram;
+        std::string error;
+        ASSERT_TRUE(readDiagramFile(path.string(), diagram, error)) << error;
+        Diagram again;
+        std::vector<std::string> warnings;
+        std::string text;
+        roundTrip(diagram, again, warnings, text);
+        expectSameSlots(diagram, again, c.slot, c.file);
+        EXPECT_EQ(again.title(), diagram.title()) << c.file;
+        EXPECT_EQ(again.groups(), diagram.groups()) << c.file;
+        // Labels that were notes over bus slots are data labels again.
+        EXPECT_EQ(again.annotations().size(), diagram.annotations().size()) << c.file << text;
+        EXPECT_EQ(again.arrows().size(), diagram.arrows().size()) << c.file << text;
+        EXPECT_EQ(again.gaps().size(), diagram.gaps().size()) << c.file << text;
+        for (const std::string& w : warnings)
+            ADD_FAILURE() << c.file << ": " << w;
+    }
+}
+
+TEST(WaveJsonWriter, FeaturesFileKeepsItsDecorationsInPlace) {
+    const fs::path path = fs::path(TQ_SOURCE_DIR) / "tests/app/data/wavejson/features.json5";
+    Diagram diagram;
+    std::string error;
+    ASSERT_TRUE(readDiagramFile(path.string(), diagram, error)) << error;
+    Diagram again;
+    std::vector<std::string> warnings;
+    std::string text;
+    roundTrip(diagram, again, warnings, text);
+    // The copy starts at 0 where the original started at -10, with 10 ns slots as before.
+    ASSERT_EQ(again.arrows().size(), 3u) << text;
+    EXPECT_EQ(again.arrows()[0].from.time, diagram.arrows()[0].from.time + 10);
+    EXPECT_EQ(again.arrows()[0].to.signal, diagram.arrows()[0].to.signal);
+    EXPECT_EQ(again.arrows()[0].label, "setup");
+    EXPECT_EQ(again.gaps()[3], (Gap{240, "ack"}));
+    EXPECT_EQ(again.annotations()[1].text, "body");
+    EXPECT_EQ(again.signal(again.findSignal("count")).busFormat().radix, RadixHexadecimal);
+    EXPECT_EQ(again.grid(), (Grid{true, 40}));
+    EXPECT_NE(text.find("\"data\": [\"0x1F\", \"0x20\", \"0x21\", \"0x22\"]"), std::string::npos)
+        << text;
+}
+
+TEST(WaveJsonWriter, ADumpBecomesNestedGroupsAndNamesWhatIsLeftOut) {
+    const std::string dump = "$timescale 1ns $end\n"
+                             "$scope module tb $end $var wire 1 ! clk $end $var wire 8 # d $end\n"
+                             "$var real 64 % r $end\n"
+                             "$scope module dut $end $var wire 1 $ en $end $upscope $end\n"
+                             "$var wire 1 & last $end $upscope $end $enddefinitions $end\n"
+                             "#0 0! b0 # 0$ 1& r1.5 % #5 1! #10 0! b10100101 # 1$ #15 1! #20 0! "
+                             "bx # #25";
+    Diagram diagram;
+    std::string error;
+    VcdReader reader("dump.vcd");
+    ASSERT_TRUE(reader.readText(dump, "dump.vcd", diagram, error)) << error;
+    diagram.addMarker({10, "m"});
+    Diagram again;
+    std::vector<std::string> warnings;
+    std::string text;
+    roundTrip(diagram, again, warnings, text);
+    expectSameSlots(diagram, again, 5, "dump");
+    EXPECT_NE(text.find("[\"tb\",\n    {\"name\": \"clk\""), std::string::npos) << text;
+    EXPECT_NE(text.find("[\"dut\",\n      {\"name\": \"en\""), std::string::npos) << text;
+    EXPECT_NE(text.find("\"data\": [\"0x00\", \"0xA5\"]"), std::string::npos) << text;
+    EXPECT_EQ(warnings, (std::vector<std::string>{"notes other than bus labels are left out",
+                                                  "markers are left out"}));
+}
+
+TEST(WaveJsonWriter, EveryVerbTakesTheNewFormatsThroughTheProgram) {
+    // Named for this process: another build's tests may run beside these.
+    const fs::path folder =
+        fs::temp_directory_path() / ("tq_wavejson_program_" + std::to_string(getpid()));
+    fs::create_directories(folder);
+    {
+        std::ofstream(folder / "dump.vcd") << "$timescale 1ns $end $scope module top $end\n"
+                                              "$var wire 1 ! a $end $var wire 4 \" b $end\n"
+                                              "$upscope $end $enddefinitions $end\n"
+                                              "#0 0! b0 \" #10 1! b1010 \" #20\n";
+        std::ofstream(folder / "bad.json") << "{signal: [\n  {name: 'a' wave: '01'}\n]}\n";
+    }
+    const std::string features =
+        (fs::path(TQ_SOURCE_DIR) / "tests/app/data/wavejson/features.json5").string();
+    // clang-format off
+    const struct {
+        std::string arguments;
+        int status;
+        const char* output; // a file the command must write, or ""
+        const char* message; // what standard error must hold, or ""
+    } cases[] = {
+        {"convert '" + features + "' -o copy.json", 0, "copy.json", "warning: the foot text is left out"},
+        {"info copy.json", 0, "", ""},
+        {"render copy.json -o copy.svg", 0, "copy.svg", ""},
+        {"convert dump.vcd -o dump.json", 0, "dump.json", ""},
+        {"render dump.vcd --signals top.b -o dump.png", 0, "dump.png", ""},
+        {"info bad.json", 1, "", "bad.json:2: expected ',' or '}', found 'wave'"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        const std::string command = "cd '" + folder.string() + "' && QT_QPA_PLATFORM=offscreen '" +
+                                    TQ_TQDIAGRAM + "' " + c.arguments + " >out.txt 2>err.txt";
+        const int status = std::system(command.c_str());
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == c.status) << c.arguments;
+        if (*c.output) {
+            EXPECT_GT(fs::file_size(folder / c.output), 100u) << c.arguments;
+        }
+        std::ifstream err(folder / "err.txt");
+        const std::string errors((std::istreambuf_iterator<char>(err)),
+                                 std::istreambuf_iterator<char>());
+        EXPECT_NE(errors.find(c.message), std::string::npos) << c.arguments << ": " << errors;
+    }
+    fs::remove_all(folder);
+}
+
+} // namespace
