@@ -1,6 +1,7 @@
 #include "model/Signal.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <memory>
 
@@ -121,28 +122,48 @@ bool Signal::appendChange(Time time, const BigInt& value) {
 bool Signal::appendBinary(Time time, std::string_view digits) {
     if (m_kind == SignalKind::Clock || digits.empty())
         return false;
-    for (char c : digits) {
-        BitState ignored;
-        if (c != '_' &&
-            (!parseBitState(c, ignored) || c == 'l' || c == 'h' || c == 'L' || c == 'H'))
-            return false;
-    }
-    const std::string bits = fitDigits(digits, m_width);
-    if (m_kind == SignalKind::Bit) {
-        BitState state = BitState::Low;
-        (void)parseBitState(bits.back(), state);
-        placeState(time, state);
-        return true;
+    // Bit 0: the value plane, bit 1: the unknown plane, 4: not a digit, 8: '_'.
+    static const auto codes = [] {
+        std::array<std::uint8_t, 256> table{};
+        table.fill(4);
+        table['0'] = 0;
+        table['1'] = 1;
+        table['x'] = table['X'] = 2;
+        table['z'] = table['Z'] = 3;
+        table['_'] = 8;
+        return table;
+    }();
+    std::uint8_t seen = 0;
+    for (const char c : digits)
+        seen |= codes[static_cast<unsigned char>(c)];
+    if (seen & 4)
+        return false;
+    if (seen & 8 || m_kind == SignalKind::Bit) {
+        const std::string bits = fitDigits(digits, m_width);
+        if (m_kind == SignalKind::Bit) {
+            BitState state = BitState::Low;
+            (void)parseBitState(bits.back(), state);
+            placeState(time, state);
+            return true;
+        }
+        return appendBinary(time, bits);
     }
     std::uint64_t* value = placeBusValue(time);
     const std::size_t plane = wordsPerPlane();
-    for (unsigned bit = 0; bit < m_width; ++bit) {
-        const char c = bits[m_width - 1 - bit];
-        const std::uint64_t mask = std::uint64_t(1) << (bit % 64);
-        if (c == '1' || c == 'z' || c == 'Z')
-            value[bit / 64] |= mask;
-        if (c != '0' && c != '1')
-            value[plane + bit / 64] |= mask;
+    const std::size_t count = std::min<std::size_t>(digits.size(), m_width);
+    const char* last = digits.data() + digits.size() - 1;
+    for (std::size_t bit = 0; bit < count; ++bit) {
+        const std::uint64_t code =
+            codes[static_cast<unsigned char>(last[-static_cast<std::ptrdiff_t>(bit)])];
+        value[bit / 64] |= (code & 1) << (bit % 64);
+        value[plane + bit / 64] |= (code >> 1) << (bit % 64);
+    }
+    const std::uint64_t fill = codes[static_cast<unsigned char>(digits.front())];
+    if (count < m_width && fill >= 2) {
+        for (std::size_t bit = count; bit < m_width; ++bit) {
+            value[bit / 64] |= (fill & 1) << (bit % 64);
+            value[plane + bit / 64] |= std::uint64_t(1) << (bit % 64);
+        }
     }
     return true;
 }
