@@ -29,7 +29,7 @@ function(tq_add_subsystem)
 endfunction()
 
 # The subsystems in dependency order: each may depend only on those before it.
-set(TQ_SUBSYSTEMS core hdl text ipc graphics wsi)
+set(TQ_SUBSYSTEMS core hdl text ipc graphics wsi settings)
 
 # Adds the subfolders of the current folder named after a subsystem (then any extra names),
 # in dependency order, for those that exist. A subsystem's folders join the build by existing.

@@ -1,6 +1,7 @@
 #include "graphics/device/WsiFont.h"
 
 #include <QPaintDevice>
+#include <QStringList>
 #include <cmath>
 #include <cstring>
 
@@ -27,6 +28,55 @@ QFont WsiFont::toQFont() const {
     font.setUnderline(m_underline);
     font.setOverline(m_overline);
     return font;
+}
+
+bool WsiFont::readDescription(const char* text) {
+    if (!text)
+        return false;
+    const QStringList fields = QString::fromUtf8(text).split(QLatin1Char(','));
+    if (fields.size() < 2)
+        return false;
+    const QString family = fields[0].trimmed();
+    bool isNumber = false;
+    const double size = fields[1].trimmed().toDouble(&isNumber);
+    if (family.isEmpty() || !isNumber || !(size > 0.0 && size <= 1000.0))
+        return false;
+    WsiFont font;
+    font.m_family = family;
+    font.m_pointSize = size;
+    for (qsizetype i = 2; i < fields.size(); ++i) {
+        const QString style = fields[i].trimmed().toLower();
+        if (style == QLatin1String("bold"))
+            font.m_bold = true;
+        else if (style == QLatin1String("italic"))
+            font.m_italic = true;
+        else if (style == QLatin1String("underline"))
+            font.m_underline = true;
+        else if (style == QLatin1String("overline"))
+            font.m_overline = true;
+        else
+            return false;
+    }
+    *this = font;
+    return true;
+}
+
+std::string WsiFont::description() const {
+    if (m_family.isEmpty())
+        return std::string();
+    std::string text = m_family.toStdString();
+    text.append(",").append(QString::number(m_pointSize).toStdString());
+    const struct {
+        bool on;
+        const char* name;
+    } styles[] = {{m_bold, ",bold"},
+                  {m_italic, ",italic"},
+                  {m_underline, ",underline"},
+                  {m_overline, ",overline"}};
+    for (const auto& style : styles)
+        if (style.on)
+            text.append(style.name);
+    return text;
 }
 
 WsiFontMetric::WsiFontMetric(const WsiFont& font, QPaintDevice* device)

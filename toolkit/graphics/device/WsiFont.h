@@ -8,6 +8,8 @@
 #include <QFontMetricsF>
 #include <QString>
 
+#include <string>
+
 class QPaintDevice;
 
 class TQ_EXPORT WsiFont {
@@ -30,6 +32,18 @@ public:
     void setOverline(bool on) { m_overline = on; }
 
     QFont toQFont() const;
+
+    /// Reads a font description, the text form in which settings keep a font:
+    ///     <family>,<points>[,<style>]...
+    /// The family is any text without a comma (blanks around it are dropped; it may not be
+    /// empty); points is a real number above 0 and at most 1000; each style is one of "bold",
+    /// "italic", "underline" or "overline" (any case, blanks around it ignored) and switches
+    /// that style on. "Courier New,9.5,bold,italic" is a 9.5 point bold italic Courier New.
+    /// False, with the font unchanged, for a null or malformed text.
+    [[nodiscard]] bool readDescription(const char* text);
+    /// The description that readDescription() turns back into this font, by value; "" when
+    /// the family is Qt's default face, which has no description.
+    std::string description() const;
 
 private:
     QString m_family;

@@ -1,0 +1,10 @@
+/// VHDLVersion: the edition of the VHDL language that new VHDL text is read and written in.
+#pragma once
+
+/// The values are stored in settings files and keep their numbers.
+enum VHDLVersion : int {
+    VHDL87 = 0,
+    VHDL93 = 1,
+    VHDL2002 = 2,
+    VHDL2008 = 3,
+};
