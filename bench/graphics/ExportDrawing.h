@@ -3,8 +3,8 @@
 // through a device's public drawing operations, into a stream that only counts its bytes.
 #pragma once
 
-#include "graphics/geometry/DevicePoint.h"
 #include "graphics/device/wsiDevice.h"
+#include "graphics/geometry/DevicePoint.h"
 
 #include <cstdint>
 #include <ostream>

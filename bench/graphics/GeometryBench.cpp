@@ -2,8 +2,8 @@
 // replaced global operator new and must report none; the clipping benchmark measures
 // OutputDevice::clipPoints beside a plain clamp loop over the same points in the same run
 // and reports the ratio (clipPoints speed / clamp speed, at least 0.5 is the target).
-#include "graphics/geometry/DeviceRectangle.h"
 #include "graphics/device/OutputDevice.h"
+#include "graphics/geometry/DeviceRectangle.h"
 #include "graphics/geometry/SheetRectangle.h"
 #include "graphics/geometry/TqMatrix.h"
 #include "graphics/geometry/Transformation.h"

@@ -7,11 +7,11 @@
 //   timing_diagram [folder]      (default: the current folder)
 #include "core/TqObject.h"
 #include "graphics/device/Device.h"
-#include "graphics/export/eps/EPSDevice.h"
-#include "graphics/export/ExportParameters.h"
-#include "graphics/export/mif/MIFDevice.h"
-#include "graphics/export/QtFileDevice.h"
 #include "graphics/device/TqPainter.h"
+#include "graphics/export/ExportParameters.h"
+#include "graphics/export/QtFileDevice.h"
+#include "graphics/export/eps/EPSDevice.h"
+#include "graphics/export/mif/MIFDevice.h"
 
 #include <QGuiApplication>
 #include <QImage>

@@ -4,8 +4,8 @@
 #include "MIFTestSupport.h"
 #include "graphics/device/Device.h"
 #include "graphics/device/QtConversion.h"
-#include "graphics/geometry/SheetPoint.h"
 #include "graphics/device/TqPainter.h"
+#include "graphics/geometry/SheetPoint.h"
 
 #include <QImage>
 #include <QPixmap>

@@ -1,10 +1,10 @@
 #include "graphics/export/eps/EPSEngine.h"
 
-#include "graphics/export/eps/EPSWriter_p.h"
-#include "graphics/export/eps/PostScriptFont.h"
 #include "graphics/device/QtConversion.h"
 #include "graphics/device/WsiFont.h"
 #include "graphics/device/wsiDevice.h"
+#include "graphics/export/eps/EPSWriter_p.h"
+#include "graphics/export/eps/PostScriptFont.h"
 
 #include <QPainterPath>
 #include <QTextItem>

@@ -22,9 +22,9 @@
 #pragma once
 
 #include "core/TqExport.h"
-#include "graphics/geometry/DeviceRectangle.h"
-#include "graphics/export/ExportParameters.h"
 #include "graphics/device/wsiTypes.h"
+#include "graphics/export/ExportParameters.h"
+#include "graphics/geometry/DeviceRectangle.h"
 
 #include <QPaintEngine>
 #include <QTransform>

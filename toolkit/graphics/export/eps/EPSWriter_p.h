@@ -3,10 +3,10 @@
 // same operation writes the same text whichever side it comes from. Internal to the library.
 #pragma once
 
+#include "graphics/device/wsiTypes.h"
+#include "graphics/export/ExportParameters.h"
 #include "graphics/geometry/DevicePoint.h"
 #include "graphics/geometry/DeviceRectangle.h"
-#include "graphics/export/ExportParameters.h"
-#include "graphics/device/wsiTypes.h"
 
 #include <QPaintDevice>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "graphics/export/mif/MIFWriter.h"
 
-#include "graphics/export/mif/MIFFormat.h"
 #include "graphics/device/WsiFont.h"
+#include "graphics/export/mif/MIFFormat.h"
 
 #include <QFont>
 #include <algorithm>

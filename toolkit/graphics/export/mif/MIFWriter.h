@@ -5,12 +5,12 @@
 #pragma once
 
 #include "core/TqExport.h"
-#include "graphics/geometry/DevicePoint.h"
-#include "graphics/geometry/DeviceRectangle.h"
+#include "graphics/device/wsiTypes.h"
 #include "graphics/export/ExportParameters.h"
 #include "graphics/export/mif/MIFObjectBuffer.h"
+#include "graphics/geometry/DevicePoint.h"
+#include "graphics/geometry/DeviceRectangle.h"
 #include "graphics/geometry/TqMatrix.h"
-#include "graphics/device/wsiTypes.h"
 
 #include <QColor>
 #include <deque>
