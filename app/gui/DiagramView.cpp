@@ -196,6 +196,7 @@ bool DiagramView::ensureLayout() {
     if (!m_painter->layout(m_layoutError))
         m_painter.reset();
     m_layoutValid = true;
+    m_pictureValid = false;
     updateScrollBars();
     return m_painter != nullptr;
 }
@@ -251,13 +252,34 @@ void DiagramView::paintEvent(QPaintEvent* event) {
                          QString::fromStdString(m_layoutError));
         return;
     }
-    // Only the exposed rows cost more than a clipped call: the painter's level of detail
-    // draws each row in at most a few primitives per pixel column.
-    painter.fillRect(event->rect(), Qt::white);
-    painter.translate(0, -verticalScrollBar()->value());
+    const int top = verticalScrollBar()->value();
+    if (ensurePicture()) {
+        // Scrolling, the cursor and uncovered parts of the window only copy the exposed part.
+        const QRect exposed = event->rect();
+        painter.drawImage(exposed, m_picture, exposed.translated(0, top));
+    } else {
+        painter.fillRect(event->rect(), Qt::white);
+        painter.translate(0, -top);
+        Device device(painter);
+        m_painter->paint(device, 1);
+        painter.resetTransform();
+    }
+    painter.translate(0, -top);
+    paintCursor(painter);
+}
+
+bool DiagramView::ensurePicture() {
+    if (m_painter->height() > v_maxPictureHeight)
+        return false;
+    if (m_pictureValid)
+        return true;
+    m_picture = QImage(m_painter->width(), m_painter->height(), QImage::Format_RGB32);
+    TqPainter painter(&m_picture);
     Device device(painter);
     m_painter->paint(device, 1);
-    paintCursor(painter);
+    painter.end();
+    m_pictureValid = true;
+    return true;
 }
 
 void DiagramView::paintCursor(QPainter& painter) {

@@ -1,5 +1,7 @@
 /// DiagramView: a diagram on the screen, painted by the renderer over the window of time the
 /// user scrolled and zoomed to, with a cursor line that reads every shown signal's value.
+/// A change of the diagram, the window of time or the width renders the picture again; other
+/// frames copy the exposed part of it.
 #pragma once
 
 #include "model/Diagram.h"
@@ -7,6 +9,7 @@
 #include "render/RenderOptions.h"
 
 #include <QAbstractScrollArea>
+#include <QImage>
 
 #include <functional>
 #include <memory>
@@ -88,6 +91,9 @@ private:
     bool ensureLayout();
     void invalidate();
     void updateScrollBars();
+    /// Renders the whole picture (every row at the view's width) for later frames to copy
+    /// from; false when it would be too tall to keep, and frames are then painted directly.
+    bool ensurePicture();
     void paintCursor(QPainter& painter);
     void notifyStatus();
 
@@ -96,6 +102,11 @@ private:
     RenderOptions m_options;
     std::unique_ptr<DiagramPainter> m_painter;
     std::string m_layoutError;
+    // The picture of the current layout: frames that only scroll vertically, move the cursor
+    // or uncover the window copy from it instead of rendering again.
+    QImage m_picture;
+    bool m_pictureValid = false;
+    static constexpr int v_maxPictureHeight = 32768;
     bool m_layoutValid = false;
     Time m_from = 0;
     Time m_to = 1;
