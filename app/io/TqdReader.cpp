@@ -82,6 +82,8 @@ protected:
     }
 
     FileSection* parseSection() override {
+        // The previous section's elements are gone; their addresses may come back.
+        m_offsets.clear();
         m_changes = nullptr;
         m_changeStep = ChangeStep::Name;
         while (!hasError() && token().type() != ST_END) {

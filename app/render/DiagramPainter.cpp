@@ -4,6 +4,7 @@
 #include "render/Label.h"
 
 #include "graphics/device/Device.h"
+#include "graphics/device/TqPainter.h"
 #include "graphics/geometry/DevicePoint.h"
 #include "graphics/geometry/FloatPoint.h"
 #include "graphics/geometry/SheetRectangle.h"
@@ -152,13 +153,13 @@ double DiagramPainter::rowMiddle(const std::string& signal) const {
 
 // Each change of pen or colour is a state change for every device (a new QPen, a line of
 // PostScript), so the painter makes one only when the value differs.
-void DiagramPainter::setPen(wsiDevice& device, double pixels) {
+void DiagramPainter::setPen(Device& device, double pixels) {
     const long width = std::max(1L, std::lround(pixels * m_unitsPerPixel));
     if (device.penWidth() != width)
         device.setPenWidth(width);
 }
 
-void DiagramPainter::setInk(wsiDevice& device, wsiColor color) {
+void DiagramPainter::setInk(Device& device, wsiColor color) {
     if (device.color() != color)
         device.setColor(color);
 }
@@ -177,7 +178,7 @@ Time DiagramPainter::tickStep() const {
     }
 }
 
-void DiagramPainter::paint(wsiDevice& device, double unitsPerPixel) {
+void DiagramPainter::paint(Device& device, double unitsPerPixel) {
     m_unitsPerPixel = unitsPerPixel;
     device.setPenWidth(std::max(1L, std::lround(unitsPerPixel)));
     device.setDisplayTransformation(
@@ -204,7 +205,7 @@ void DiagramPainter::paint(wsiDevice& device, double unitsPerPixel) {
     paintDecorations(device);
 }
 
-void DiagramPainter::paintAxis(wsiDevice& device, double bottom) {
+void DiagramPainter::paintAxis(Device& device, double bottom) {
     const Time step = tickStep();
     const double line = bottom - 6;
     setInk(device, wsiDarkGray);
@@ -223,7 +224,7 @@ void DiagramPainter::paintAxis(wsiDevice& device, double bottom) {
     }
 }
 
-void DiagramPainter::paintGrid(wsiDevice& device) {
+void DiagramPainter::paintGrid(Device& device) {
     if (!m_diagram.grid().visible)
         return;
     Time step = m_diagram.grid().spacing > 0 ? m_diagram.grid().spacing : tickStep();
@@ -244,7 +245,7 @@ void DiagramPainter::paintGrid(wsiDevice& device) {
     device.setPenStyle(wsiPenSolid);
 }
 
-void DiagramPainter::paintRow(wsiDevice& device, const Row& row) {
+void DiagramPainter::paintRow(Device& device, const Row& row) {
     const double middle = row.top + row.height / 2;
     if (row.signal == Signal::npos) {
         setInk(device, wsiDarkGray);
@@ -267,7 +268,7 @@ void DiagramPainter::paintRow(wsiDevice& device, const Row& row) {
         paintBit(device, signal, high, low);
 }
 
-void DiagramPainter::paintHatch(wsiDevice& device, double x0, double x1, double high, double low) {
+void DiagramPainter::paintHatch(Device& device, double x0, double x1, double high, double low) {
     const double h = low - high;
     setInk(device, wsiGray);
     setPen(device, 1);
@@ -277,6 +278,12 @@ void DiagramPainter::paintHatch(wsiDevice& device, double x0, double x1, double 
     // slot's ends are drawn one by one.
     std::vector<SheetPoint>& zigzag = m_points;
     zigzag.clear();
+    // A hatch is a texture, not a shape: drawn without antialiasing it looks as crisp and
+    // costs a fraction of the time on a painter.
+    TqPainter* painter = device.painter();
+    const bool smooth = painter && painter->testRenderHint(QPainter::Antialiasing);
+    if (smooth)
+        painter->setRenderHint(QPainter::Antialiasing, false);
     auto flush = [&] {
         if (zigzag.size() > 1)
             device.drawPolyline(static_cast<int>(zigzag.size()), zigzag.data());
@@ -296,9 +303,11 @@ void DiagramPainter::paintHatch(wsiDevice& device, double x0, double x1, double 
             device.drawLine(SheetPoint(start, low - (start - a)), SheetPoint(end, low - (end - a)));
     }
     flush();
+    if (smooth)
+        painter->setRenderHint(QPainter::Antialiasing, true);
 }
 
-void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double high, double low) {
+void DiagramPainter::paintBit(Device& device, const Signal& signal, double high, double low) {
     if (signal.kind() == SignalKind::Clock)
         collectClockRuns(signal, m_scale, m_runs);
     else
@@ -389,7 +398,7 @@ void DiagramPainter::paintBit(wsiDevice& device, const Signal& signal, double hi
     flush();
 }
 
-void DiagramPainter::paintBus(wsiDevice& device, const Signal& signal, double high, double low) {
+void DiagramPainter::paintBus(Device& device, const Signal& signal, double high, double low) {
     collectRuns(signal, m_scale, m_runs);
     const double middle = (high + low) / 2;
     const double slope = m_options.slopedEdges ? 3 : 0;
@@ -429,7 +438,7 @@ void DiagramPainter::paintBus(wsiDevice& device, const Signal& signal, double hi
     }
 }
 
-void DiagramPainter::paintBusValue(wsiDevice& device, const Signal& signal, std::size_t change,
+void DiagramPainter::paintBusValue(Device& device, const Signal& signal, std::size_t change,
                                    double x0, double x1, double middle) {
     const double room = (x1 - x0 - 4) * m_unitsPerPixel;
     if (room <= 0)
@@ -459,7 +468,7 @@ void DiagramPainter::paintBusValue(wsiDevice& device, const Signal& signal, std:
               wsiAlignVCenter);
 }
 
-void DiagramPainter::paintGap(wsiDevice& device, double x, double top, double bottom) {
+void DiagramPainter::paintGap(Device& device, double x, double top, double bottom) {
     const double lean = 3;
     const SheetPoint band[] = {
         {x - 3 + lean, top}, {x + 3 + lean, top}, {x + 3 - lean, bottom}, {x - 3 - lean, bottom}};
@@ -470,7 +479,19 @@ void DiagramPainter::paintGap(wsiDevice& device, double x, double top, double bo
     device.drawLine(band[1], band[2]);
 }
 
-void DiagramPainter::paintDecorations(wsiDevice& device) {
+// Clears the box of a label drawn over the waveforms (bottom-aligned at at, centred or from
+// its left end), so that lines do not run through its letters.
+void DiagramPainter::paintLabelBackground(Device& device, const std::string& text,
+                                          const SheetPoint& at, WsiFont& font, bool centred) {
+    const double width = static_cast<double>(labelWidth(device, text, font)) / m_unitsPerPixel;
+    const double height = font.pointSize() * 96 / 72;
+    const double left = centred ? at.x() - width / 2 : at.x();
+    setInk(device, wsiWhite);
+    device.fillRectangle(SheetRectangle(SheetPoint(left - 2, at.y() - height),
+                                        SheetPoint(left + width + 2, at.y() + 1)));
+}
+
+void DiagramPainter::paintDecorations(Device& device) {
     auto visible = [&](Time t) { return t >= m_scale.from() && t <= m_scale.to(); };
     for (const Gap& gap : m_diagram.gaps()) {
         if (!visible(gap.time))
@@ -512,6 +533,8 @@ void DiagramPainter::paintDecorations(wsiDevice& device) {
                                                wsiLineCapArrow, head, 2, points);
         if (!arrow.label.empty()) {
             const SheetPoint at((from.x() + to.x()) / 2, (from.y() + to.y()) / 2 - 2);
+            paintLabelBackground(device, arrow.label, at, smallFont(), true);
+            setInk(device, wsiDarkRed);
             drawLabel(device, arrow.label, at, smallFont(), wsiAlignHCenter, wsiAlignBottom);
         }
     }
@@ -524,8 +547,10 @@ void DiagramPainter::paintDecorations(wsiDevice& device) {
             drawLabel(device, note.text, SheetPoint(x, m_annotationTop + v_labelRowHeight / 2),
                       noteFont(), wsiAlignLeft, wsiAlignVCenter);
         } else if (const double y = rowMiddle(note.signal); y >= 0) {
-            drawLabel(device, note.text, SheetPoint(x + 3, y - v_swing / 2 - 1), noteFont(),
-                      wsiAlignLeft, wsiAlignBottom);
+            const SheetPoint at(x + 3, y - v_swing / 2 - 1);
+            paintLabelBackground(device, note.text, at, noteFont(), false);
+            setInk(device, wsiDarkGreen);
+            drawLabel(device, note.text, at, noteFont(), wsiAlignLeft, wsiAlignBottom);
         }
     }
 }

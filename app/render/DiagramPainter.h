@@ -9,7 +9,7 @@
 #include "render/TimeScale.h"
 #include "render/WaveformRuns.h"
 
-#include "graphics/device/wsiDevice.h"
+#include "graphics/device/Device.h"
 
 #include <string>
 #include <vector>
@@ -40,7 +40,7 @@ public:
     /// Draws the whole picture on device, whose units are unitsPerPixel to a layout pixel
     /// (its display transformation is set here). Stops early, leaving the picture partial,
     /// when Device::checkBreakExecution says the user asked to.
-    void paint(wsiDevice& device, double unitsPerPixel);
+    void paint(Device& device, double unitsPerPixel);
 
     // Layout constants, in layout pixels.
     static constexpr double v_margin = 12;
@@ -52,18 +52,20 @@ public:
     static constexpr double v_labelRowHeight = 18;
 
 private:
-    void paintAxis(wsiDevice& device, double bottom);
-    void paintGrid(wsiDevice& device);
-    void paintRow(wsiDevice& device, const Row& row);
-    void paintBit(wsiDevice& device, const Signal& signal, double high, double low);
-    void paintBus(wsiDevice& device, const Signal& signal, double high, double low);
-    void paintHatch(wsiDevice& device, double x0, double x1, double high, double low);
-    void paintBusValue(wsiDevice& device, const Signal& signal, std::size_t change, double x0,
+    void paintAxis(Device& device, double bottom);
+    void paintGrid(Device& device);
+    void paintRow(Device& device, const Row& row);
+    void paintBit(Device& device, const Signal& signal, double high, double low);
+    void paintBus(Device& device, const Signal& signal, double high, double low);
+    void paintHatch(Device& device, double x0, double x1, double high, double low);
+    void paintBusValue(Device& device, const Signal& signal, std::size_t change, double x0,
                        double x1, double middle);
-    void paintGap(wsiDevice& device, double x, double top, double bottom);
-    void paintDecorations(wsiDevice& device);
-    void setPen(wsiDevice& device, double pixels);
-    void setInk(wsiDevice& device, wsiColor color);
+    void paintGap(Device& device, double x, double top, double bottom);
+    void paintDecorations(Device& device);
+    void paintLabelBackground(Device& device, const std::string& text, const SheetPoint& at,
+                              WsiFont& font, bool centred);
+    void setPen(Device& device, double pixels);
+    void setInk(Device& device, wsiColor color);
     Time tickStep() const;
 
     const Diagram& m_diagram;

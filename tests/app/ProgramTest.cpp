@@ -11,6 +11,7 @@
 #include <fstream>
 #include <sstream>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -32,7 +33,11 @@ std::string slurp(const fs::path& path) {
 class Program : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_folder = fs::temp_directory_path() / "tq_app_program_test";
+        // A folder of the test's own: ctest runs the tests of this file side by side.
+        m_folder = fs::temp_directory_path() /
+                   (std::string("tq_app_") +
+                    ::testing::UnitTest::GetInstance()->current_test_info()->name() + "_" +
+                    std::to_string(getpid()));
         fs::remove_all(m_folder);
         fs::create_directories(m_folder);
         write("good.tqd", "TimingDiagram( title(\"Good\") timeunit(ns) span(0,100) )\n"

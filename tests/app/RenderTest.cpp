@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <unistd.h>
 
 namespace {
 
@@ -125,8 +126,12 @@ void checkSamples(const QImage& image, const DiagramPainter& painter, double sca
         << format << ": bus value text";
 }
 
+// A folder of the test's own: ctest runs the tests of this file side by side.
 std::string temporaryFolder() {
-    const auto folder = std::filesystem::temp_directory_path() / "tq_app_render_test";
+    const auto folder =
+        std::filesystem::temp_directory_path() /
+        (std::string("tq_app_") + ::testing::UnitTest::GetInstance()->current_test_info()->name() +
+         "_" + std::to_string(getpid()));
     std::filesystem::create_directories(folder);
     return folder.string();
 }

@@ -1,6 +1,7 @@
 // The .tqd file: generated diagrams of every kind of item come back the same after a write
 // and a read, unknown sections are written back as they were, and bad files give
 // "FILE:LINE: what was expected" without touching the diagram.
+#include "io/AtomicFile.h"
 #include "io/TqdReader.h"
 #include "io/TqdWriter.h"
 #include "model/Diagram.h"
@@ -10,11 +11,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -186,7 +190,8 @@ TEST(TqdFile, TheDocumentedExampleReadsAndKeepsItsForeignSection) {
 }
 
 TEST(TqdFile, FilesAreReadWithProgressAndWrittenWholeOrNotAtAll) {
-    const auto folder = std::filesystem::temp_directory_path() / "tq_app_tqd_test";
+    const auto folder =
+        std::filesystem::temp_directory_path() / ("tq_app_tqd_test_" + std::to_string(getpid()));
     std::filesystem::create_directories(folder);
     const std::string path = (folder / "d.tqd").string();
     Diagram d;
@@ -219,6 +224,41 @@ TEST(TqdFile, FilesAreReadWithProgressAndWrittenWholeOrNotAtAll) {
     EXPECT_EQ(error, (folder / "missing.tqd").string() + ": cannot open the file");
     EXPECT_FALSE(TqdWriter((folder / "no/such/dir.tqd").string().c_str(), d).save(error));
     EXPECT_FALSE(std::filesystem::exists(folder / "no"));
+    std::filesystem::remove_all(folder);
+}
+
+} // namespace
+
+namespace {
+
+TEST(AtomicFile, AnInterruptedWriteLeavesNoFileBehind) {
+    const auto folder =
+        std::filesystem::temp_directory_path() / ("tq_app_atomic_test_" + std::to_string(getpid()));
+    std::filesystem::create_directories(folder);
+    const std::string path = (folder / "picture.png").string();
+    const pid_t child = fork();
+    if (child == 0) {
+        AtomicFile::installInterruptCleanup();
+        AtomicFile file(path);
+        std::ofstream(file.temporaryPath()) << "half a picture";
+        raise(SIGINT);
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT);
+    EXPECT_TRUE(std::filesystem::is_empty(folder));
+
+    std::string error;
+    {
+        AtomicFile file(path);
+        std::ofstream(file.temporaryPath()) << "a picture";
+        ASSERT_TRUE(file.commit(error)) << error;
+    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder),
+                            std::filesystem::directory_iterator()),
+              1);
+    EXPECT_TRUE(std::filesystem::exists(path));
     std::filesystem::remove_all(folder);
 }
 
