@@ -38,7 +38,12 @@ TEST(IniSettings, Read_TakesHandWrittenLinesAsText) {
                                                 "[ Recent ]\n"
                                                 "File00=/a/b.tqd\n"
                                                 "File00=/second/ignored\n"
-                                                "Umlaut=\xC3\xA4\n");
+                                                "Umlaut=\xC3\xA4\n"
+                                                "[a/ /]\n"
+                                                " b / c =slashes\n"
+                                                "x/;y=comment-like\n"
+                                                "[general]\n"
+                                                "General/z=not kept\n");
     // clang-format off
     const struct { const char* key; const char* value; } expected[] = {
         {"TopKey", "before any section"},
@@ -49,6 +54,7 @@ TEST(IniSettings, Read_TakesHandWrittenLinesAsText) {
         {"Empty", ""},
         {"Recent/File00", "/a/b.tqd"},
         {"Recent/Umlaut", "\xC3\xA4"},
+        {"a/b/c", "slashes"},
     };
     // clang-format on
     EXPECT_EQ(map.size(), std::size(expected));

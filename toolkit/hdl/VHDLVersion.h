@@ -1,7 +1,7 @@
 /// VHDLVersion: the edition of the VHDL language that new VHDL text is read and written in.
 #pragma once
 
-/// The values are stored in settings files and keep their numbers.
+/// The values keep their numbers.
 enum VHDLVersion : int {
     VHDL87 = 0,
     VHDL93 = 1,

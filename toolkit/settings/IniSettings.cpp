@@ -23,6 +23,20 @@ QString valueText(const QVariant& value) {
     return text;
 }
 
+// The key as QSettings asks for it, with no empty parts and no blanks around a part; empty
+// when the last part could not be written as a line of its own (it would read as a comment
+// or a section).
+QString normalisedKey(const QString& key) {
+    QStringList parts;
+    for (const QString& part : key.split(QLatin1Char('/')))
+        if (const QString trimmed = part.trimmed(); !trimmed.isEmpty())
+            parts.append(trimmed);
+    if (parts.isEmpty() || parts.back().startsWith(QLatin1Char(';')) ||
+        parts.back().startsWith(QLatin1Char('#')) || parts.back().startsWith(QLatin1Char('[')))
+        return QString();
+    return parts.join(QLatin1Char('/'));
+}
+
 } // namespace
 
 QSettings::Format IniSettings::format() {
@@ -52,13 +66,13 @@ bool IniSettings::read(QIODevice& device, QSettings::SettingsMap& map) {
         const qsizetype equals = line.indexOf(QLatin1Char('='));
         if (equals <= 0)
             continue;
-        const QString key = line.left(equals).trimmed();
-        if (key.isEmpty())
-            continue;
+        const QString key = line.left(equals);
         QString value = line.mid(equals + 1).trimmed();
         if (isQuoted(value))
             value = value.mid(1, value.size() - 2);
-        const QString fullKey = section.isEmpty() ? key : section + QLatin1Char('/') + key;
+        const QString fullKey = normalisedKey(section + QLatin1Char('/') + key);
+        if (fullKey.isEmpty())
+            continue;
         // "General/x" would be written back as the top-level key x.
         const qsizetype slash = fullKey.lastIndexOf(QLatin1Char('/'));
         if (slash >= 0 && fullKey.left(slash).compare(generalSection, Qt::CaseInsensitive) == 0)

@@ -13,13 +13,15 @@ class QIODevice;
 
 /// The file is lines of "[section]" and "key=value". Keys outside a section, or in the
 /// section "[General]", are the store's top-level keys; a key in "[Recent]" is "Recent/key"
-/// in the store. Blanks around section names, keys and values are dropped; lines that start
-/// with ';' or '#' are comments; other lines without '=' are ignored; of two equal keys in a
-/// section the first counts; keys whose section part is "General" (such as "General/x") are
-/// left out, since the top level is written as that section. A value that starts and ends with a
-/// double quote loses that pair of quotes, so that blanks at its ends can be kept; every other
-/// character of a value is taken as it is (UTF-8). Commas and backslashes have no special meaning,
-/// unlike Qt's own INI form, so "PrintSetup=file,,,portrait" is one text.
+/// in the store (empty parts between slashes and blanks around parts are dropped, as QSettings
+/// drops them from the keys it is asked for; a key whose last part starts with ';', '#' or
+/// '[' is left out, since it could not be written back). Blanks around section names, keys and
+/// values are dropped; lines that start with ';' or '#' are comments; other lines without '=' are
+/// ignored; of two equal keys in a section the first counts; keys whose section part is "General"
+/// (such as "General/x") are left out, since the top level is written as that section. A value that
+/// starts and ends with a double quote loses that pair of quotes, so that blanks at its ends can be
+/// kept; every other character of a value is taken as it is (UTF-8). Commas and backslashes have no
+/// special meaning, unlike Qt's own INI form, so "PrintSetup=file,,,portrait" is one text.
 ///
 /// Written files hold the top-level keys (and any "General/x" as x) under "[General]", then
 /// each section; a value with

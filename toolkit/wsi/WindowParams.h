@@ -33,7 +33,8 @@ public:
     /// "z,-5,2000,10" gives state 4, left 0, top 1000, right 10, bottom 1001.
     void decode(const char* text);
     /// Writes the text form that decode() reads back to the same values (values outside
-    /// 0..1001 are written as they are and limited when read) into buffer, truncated to
+    /// 0..1000 are written as they are and limited when read, so a right or bottom of 1001
+    /// comes back as 1000) into buffer, truncated to
     /// size - 1 characters and always terminated when size > 0. Returns the length of the
     /// whole text, as snprintf does, so a result >= size means it was cut.
     int encode(char* buffer, int size) const;
