@@ -111,6 +111,28 @@ TEST(RichTextMeasure, Extent_IsTheSumOfTheRunsMeasures) {
     }
 }
 
+// Runs measured once are remembered by the identity of their font's measures: an export
+// device, which measures in its own fonts and units, never gets the screen's widths.
+TEST(RichTextMeasure, Extent_UsesEachDevicesOwnMeasures) {
+    std::ostringstream out;
+    EPSDevice eps(nullptr, "label", out, ExportParameters());
+    eps.open(DeviceRectangle(0, 0, 400, 200), DeviceRectangle(0, 0, 1200, 600));
+    Canvas canvas;
+    const char* text = "<b>Bold</b> run";
+    for (Device* device :
+         {static_cast<Device*>(&eps), &canvas.device, static_cast<Device*>(&eps)}) {
+        WsiFont plain("Helvetica", 10), bold = plain;
+        bold.setBold(true);
+        device->selectFont(bold);
+        const int boldWidth = device->newFontMetric().advance("Bold", -1);
+        device->selectFont(plain);
+        const int plainWidth = device->newFontMetric().advance(" run", -1);
+        device->deselectFont();
+        EXPECT_EQ(TextFormatParser::pixelBox(text, *device, plain).x(), boldWidth + plainWidth);
+    }
+    eps.close();
+}
+
 TEST(RichTextMeasure, GetTextExtent_KeepsTheExtentUntilTheFontChanges) {
     Canvas canvas;
     TextFormatParser parser("<b>DATA</b><sub>[7:0]</sub>", canvas.device);

@@ -1,5 +1,6 @@
 #include "graphics/device/WsiFont.h"
 
+#include <QHashFunctions>
 #include <QPaintDevice>
 #include <QStringList>
 #include <cmath>
@@ -80,7 +81,14 @@ std::string WsiFont::description() const {
 }
 
 WsiFontMetric::WsiFontMetric(const WsiFont& font, QPaintDevice* device)
-    : m_metrics(device ? QFontMetricsF(font.toQFont(), device) : QFontMetricsF(font.toQFont())) {}
+    : WsiFontMetric(font.toQFont(), device) {}
+
+WsiFontMetric::WsiFontMetric(const QFont& font, QPaintDevice* device)
+    : m_metrics(device ? QFontMetricsF(font, device) : QFontMetricsF(font)),
+      // From the fields that size glyphs rather than QFont::key(), which builds a string.
+      m_identity(qHashMulti(0, font.family(), font.pointSizeF(), font.weight(), font.italic(),
+                            device ? device->logicalDpiX() : 0,
+                            device ? device->logicalDpiY() : 0)) {}
 
 int WsiFontMetric::ascent() const {
     return static_cast<int>(std::ceil(m_metrics.ascent()));

@@ -8,6 +8,7 @@
 #include <QFontMetricsF>
 #include <QString>
 
+#include <cstddef>
 #include <string>
 
 class QPaintDevice;
@@ -69,10 +70,17 @@ public:
     // never past its NUL); 0 for a null text.
     int advance(const char* text, int length) const;
 
+    // Equal for two metrics of the same resolved font on devices of the same resolution, so
+    // that a caller may keep measures made through one for the other.
+    std::size_t identity() const { return m_identity; }
+
     // The first length bytes of text as a string (all when length < 0; never past its NUL;
     // empty for a null text).
     static QString textOf(const char* text, int length);
 
 private:
+    WsiFontMetric(const QFont& font, QPaintDevice* device);
+
     QFontMetricsF m_metrics;
+    std::size_t m_identity;
 };

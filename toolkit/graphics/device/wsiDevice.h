@@ -114,14 +114,15 @@ public:
                                            wsiAlignH h, wsiAlignV v);
 
     // --- Drawing in device coordinates ------------------------------------------------------
-    // Draws the first length bytes of text (all when length < 0) with the left end of its
-    // baseline at at, in device units; returns its advance (0 for a null text).
-    long drawTextUnTransformed(const char* text, const DevicePoint& at, int length, WsiFont& font);
     // The points are device units already mapped by the caller. In the forms taking "...",
     // the n points follow as n arguments of type const DevicePoint* (at most 65,535 are
     // read); their count is unsigned rather than unsigned short because the last named
     // parameter of a variadic function must be of a type that is not promoted.
 
+    // Draws the first length bytes of text (all when length < 0) with the left end of its
+    // baseline at at; returns the advance the primitive reports (0 for a null text, or where
+    // nothing is drawn).
+    long drawTextUnTransformed(const char* text, const DevicePoint& at, int length, WsiFont& font);
     // The lines joining the points in order; the base draws them with primitiveMoveTo and
     // primitiveLineTo.
     virtual void drawPolylineUnTransformed(unsigned short n, DevicePoint* points);

@@ -312,7 +312,9 @@ void TextString::unformattedText(std::stringstream& out) const {
 
 DevicePoint TextString::calcTextExtent(WsiFont& font) {
     const WsiFontMetric& metric = RichTextMetricScope::metric(target(), font);
-    return DevicePoint(metric.advance(text(), static_cast<int>(m_length)), metric.height());
+    return DevicePoint(
+        static_cast<std::int32_t>(RichTextSurface::advance(metric, text(), m_length)),
+        metric.height());
 }
 
 long TextString::calcAscent(WsiFont& font) {

@@ -8,10 +8,14 @@
 #include <QPen>
 #include <QPointF>
 
+#include <cstdint>
+#include <cstring>
+#include <memory>
+
 namespace {
 
-// The outermost live scope; labels are measured and drawn on the main thread only.
-RichTextMetricScope* v_activeScope = nullptr;
+// The outermost live scope of this thread.
+thread_local RichTextMetricScope* v_activeScope = nullptr;
 
 bool sameFont(const WsiFont& a, const WsiFont& b) {
     return a.pointSize() == b.pointSize() && a.isBold() == b.isBold() &&
@@ -21,18 +25,68 @@ bool sameFont(const WsiFont& a, const WsiFont& b) {
 
 WsiFontMetric measuresOf(const TextTarget& target, const WsiFont& font) {
     if (Device* device = target.device) {
-        // The device's own measures: an export device measures as its format prints.
+        // The device's own measures: an export device measures as its format prints. The
+        // selection is only recorded (wsiDevice's), so that measuring leaves the painter's
+        // font alone; drawing a run selects its font for real.
         WsiFont* previous = device->selectedFont();
         WsiFont selected = font;
-        device->selectFont(selected);
+        device->wsiDevice::selectFont(selected);
         WsiFontMetric metric = device->newFontMetric();
         if (previous)
-            device->selectFont(*previous);
+            device->wsiDevice::selectFont(*previous);
         else
-            device->deselectFont();
+            device->wsiDevice::deselectFont();
         return metric;
     }
     return WsiFontMetric(font, target.painter ? target.painter->device() : nullptr);
+}
+
+// A direct-mapped table of run advances; a new run takes the place of the one it collides
+// with. Fixed in size, allocated once per thread that measures.
+class RunAdvanceTable {
+public:
+    static constexpr unsigned v_maxRun = 40;
+
+    bool find(std::size_t identity, const char* text, unsigned length, long& advance) {
+        const Entry& e = m_entries[slotOf(identity, text, length)];
+        if (e.length != length || e.identity != identity || std::memcmp(e.text, text, length) != 0)
+            return false;
+        advance = e.advance;
+        return true;
+    }
+
+    void keep(std::size_t identity, const char* text, unsigned length, long advance) {
+        Entry& e = m_entries[slotOf(identity, text, length)];
+        e.identity = identity;
+        e.length = length;
+        e.advance = advance;
+        std::memcpy(e.text, text, length);
+    }
+
+private:
+    static constexpr unsigned v_entries = 4096;
+    struct Entry {
+        std::size_t identity = 0;
+        unsigned length = v_maxRun + 1; // matches no run
+        long advance = 0;
+        char text[v_maxRun];
+    };
+
+    static unsigned slotOf(std::size_t identity, const char* text, unsigned length) {
+        std::uint64_t hash = 14695981039346656037ull ^ identity;
+        for (unsigned i = 0; i < length; ++i)
+            hash = (hash ^ static_cast<unsigned char>(text[i])) * 1099511628211ull;
+        return static_cast<unsigned>((hash ^ (hash >> 29)) % v_entries);
+    }
+
+    Entry m_entries[v_entries];
+};
+
+RunAdvanceTable& runAdvances() {
+    thread_local std::unique_ptr<RunAdvanceTable> table;
+    if (!table)
+        table = std::make_unique<RunAdvanceTable>();
+    return *table;
 }
 
 } // namespace
@@ -50,7 +104,7 @@ RichTextMetricScope::~RichTextMetricScope() {
 const WsiFontMetric& RichTextMetricScope::metric(const TextTarget& target, const WsiFont& font) {
     if (v_activeScope)
         return v_activeScope->lookUp(target, font);
-    static std::optional<WsiFontMetric> loose;
+    thread_local std::optional<WsiFontMetric> loose;
     loose.emplace(measuresOf(target, font));
     return *loose;
 }
@@ -67,10 +121,22 @@ const WsiFontMetric& RichTextMetricScope::lookUp(const TextTarget& target, const
 
 namespace RichTextSurface {
 
+long advance(const WsiFontMetric& metric, const char* text, unsigned length) {
+    if (length > RunAdvanceTable::v_maxRun)
+        return metric.advance(text, static_cast<int>(length));
+    RunAdvanceTable& table = runAdvances();
+    long width = 0;
+    if (!table.find(metric.identity(), text, length, width)) {
+        width = metric.advance(text, static_cast<int>(length));
+        table.keep(metric.identity(), text, length, width);
+    }
+    return width;
+}
+
 long drawRun(const TextTarget& target, const char* text, unsigned length, const DevicePoint& at,
              WsiFont& font) {
     const long advance =
-        RichTextMetricScope::metric(target, font).advance(text, static_cast<int>(length));
+        RichTextSurface::advance(RichTextMetricScope::metric(target, font), text, length);
     if (target.device) {
         target.device->drawTextUnTransformed(text, at, static_cast<int>(length), font);
     } else if (target.painter && target.painter->isActive()) {

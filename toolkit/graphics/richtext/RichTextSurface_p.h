@@ -11,7 +11,7 @@
 /// Keeps the measures of the fonts used while it lives, so that one measuring or drawing
 /// pass asks the device once per font rather than once per run. Scopes nest: only the
 /// outermost one keeps measures, so a device whose state changes between passes is asked
-/// again on the next pass. Main thread only, like the devices.
+/// again on the next pass. Scopes are per thread.
 class RichTextMetricScope {
 public:
     RichTextMetricScope();
@@ -38,6 +38,10 @@ private:
 };
 
 namespace RichTextSurface {
+/// The advance of the first length bytes of text in metric. Short runs are kept in a
+/// per-thread table keyed by the metric's identity and the bytes, so a label measured again
+/// (every repaint of a diagram) is not shaped again.
+long advance(const WsiFontMetric& metric, const char* text, unsigned length);
 /// Draws the first length bytes of text with the left end of its baseline at at; returns
 /// the advance (measured even when there is nothing to draw on).
 long drawRun(const TextTarget& target, const char* text, unsigned length, const DevicePoint& at,

@@ -9,7 +9,9 @@
 #include <iterator>
 
 #include <cstring>
+#include <istream>
 #include <sstream>
+#include <streambuf>
 #include <strings.h>
 
 namespace {
@@ -50,6 +52,17 @@ void addLiteral(MetaString& parent, const char* word, unsigned length, const cha
     parent.addString(TextString::create(parent.target(), buffer, 1 + length, closing,
                                         static_cast<unsigned>(std::strlen(closing))));
 }
+
+// Reads the caller's text in place: scanning a label needs no copy of it.
+class TextViewBuffer : public std::streambuf {
+public:
+    explicit TextViewBuffer(const char* text) {
+        // Never written through: a put-back that would change a byte is refused by the
+        // default pbackfail, and the scanner keeps such a character itself.
+        char* begin = const_cast<char*>(text);
+        setg(begin, begin, begin + std::strlen(text));
+    }
+};
 
 int depthOf(const MetaString& node) {
     int depth = 0;
@@ -170,7 +183,9 @@ MetaString& TextFormatParser::parse() {
     auto* line = new LineString(m_target);
     m_root->addString(line);
     MetaString* current = line;
-    Scanner scanner(m_text ? m_text : "", typeTable());
+    TextViewBuffer buffer(m_text ? m_text : "");
+    std::istream input(&buffer);
+    Scanner scanner(input, typeTable());
     Token* token = &scanner.scanToken();
     while (token->type() != ST_END) {
         Token* next = nullptr;

@@ -10,6 +10,9 @@
 /// Styles left open run to the end of the text. A run of text is cut at the scanner's longest
 /// token (Scanner::v_maxTokenLength bytes), far beyond any label.
 ///
+/// The family lives in graphics/richtext, above the device layer, since every node measures
+/// and draws on its device (see TextFormatTag.h); it scans with the text layer's Scanner.
+///
 /// A label for the application:
 ///   TextFormatParser parser(name, device);
 ///   MetaString& label = parser.parse();
