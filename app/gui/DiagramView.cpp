@@ -261,6 +261,7 @@ void DiagramView::paintEvent(QPaintEvent* event) {
         painter.fillRect(event->rect(), Qt::white);
         painter.translate(0, -top);
         Device device(painter);
+        ++m_renderCount;
         m_painter->paint(device, 1);
         painter.resetTransform();
     }
@@ -273,6 +274,7 @@ bool DiagramView::ensurePicture() {
         return false;
     if (m_pictureValid)
         return true;
+    ++m_renderCount;
     m_picture = QImage(m_painter->width(), m_painter->height(), QImage::Format_RGB32);
     TqPainter painter(&m_picture);
     Device device(painter);

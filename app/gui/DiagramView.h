@@ -74,6 +74,8 @@ public:
     const std::string& layoutError() const { return m_layoutError; }
     /// Paints so far, for tests that wait for the repaint a change causes.
     int paintCount() const { return m_paintCount; }
+    /// How often the renderer has drawn the picture so far.
+    int renderCount() const { return m_renderCount; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -113,5 +115,6 @@ private:
     std::optional<Time> m_cursor;
     std::function<void()> m_statusListener;
     int m_paintCount = 0;
+    int m_renderCount = 0;
     bool m_updatingScrollBars = false;
 };

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QScrollBar>
 #include <QTest>
 #include <QWheelEvent>
 #include <gtest/gtest.h>
@@ -118,6 +119,36 @@ TEST_F(DiagramViewTest, CursorShowsEverySignalsValueAtItsTime) {
     EXPECT_EQ(view->cursorTime(), view->timeAt(x));
     key(Qt::Key_Escape);
     EXPECT_FALSE(view->cursorTime());
+}
+
+TEST_F(DiagramViewTest, OnlyChangesOfTheWindowOfTimeOrTheDiagramRenderAgain) {
+    for (int s = 0; s < 40; ++s)
+        diagram.addSignal("extra" + std::to_string(s), SignalKind::Bit);
+    view->zoom(4);
+    QApplication::processEvents();
+    view->viewport()->repaint();
+    struct Step {
+        const char* what;
+        std::function<void(DiagramView&)> act;
+        int renders;
+    };
+    // clang-format off
+    const Step steps[] = {
+        {"vertical scroll", [](DiagramView& v) { v.verticalScrollBar()->setValue(60); }, 0},
+        {"cursor",          [](DiagramView& v) { v.setCursorTime(30); },                0},
+        {"zoom",            [](DiagramView& v) { v.zoom(2); },                          1},
+        {"horizontal",      [](DiagramView& v) { v.scrollTime(0.5); },                  1},
+        {"diagram change",  [](DiagramView& v) { (void)v; },                            1},
+    };
+    // clang-format on
+    for (const Step& step : steps) {
+        const int before = view->renderCount();
+        if (std::string(step.what) == "diagram change")
+            diagram.changed(aspectContents);
+        step.act(*view);
+        view->viewport()->repaint();
+        EXPECT_EQ(view->renderCount() - before, step.renders) << step.what;
+    }
 }
 
 TEST_F(DiagramViewTest, DiagramChangeRepaintsAndPatternsChooseTheSignals) {
