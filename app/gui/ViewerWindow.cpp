@@ -35,6 +35,8 @@ ViewerWindow::ViewerWindow(Viewer& viewer)
 }
 
 ViewerWindow::~ViewerWindow() {
+    // The view watches the session's diagram, which goes before Qt deletes the children.
+    delete takeCentralWidget();
     Tcl_DeleteInterp(m_interp);
 }
 

@@ -136,10 +136,8 @@ void BM_ViewerFrame_MillionVsThousandChanges(benchmark::State& state) {
     state.counters["changes_M"] = static_cast<double>(big->totalChanges()) / 1e6;
 }
 BENCHMARK(BM_ViewerFrame_MillionVsThousandChanges)
-    ->ArgName("window")
-    ->Arg(v_span)        // fit
-    ->Arg(v_span / 1000) // mid
-    ->Arg(2000)          // deep
+    ->ArgNames({"window", "scrolling"})
+    ->ArgsProduct({{v_span, v_span / 1000, 2000}, {0, 1}}) // fit, mid, deep
     ->UseManualTime()
     ->Iterations(20)
     ->Unit(benchmark::kMillisecond);
