@@ -5,7 +5,6 @@
 
 #include "core/SToolkitClient.h"
 #include "core/TarqToolkit.h"
-#include "core/TqObject.h"
 #include "core/appiApplication.h"
 #include "ipc/IPCPortFile.h"
 #include "wsi/WindowParams.h"

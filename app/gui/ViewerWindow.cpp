@@ -9,7 +9,6 @@
 #include "settings/RecentFileManager.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QCloseEvent>
 #include <QFileDialog>
 #include <QInputDialog>
