@@ -29,6 +29,7 @@ const char* const v_mainHelp =
     "  convert INPUT -o OUTPUT.tqd|.json  write a diagram as a .tqd or WaveJSON file\n"
     "  info INPUT                         list signals, widths, time span and changes\n"
     "  script FILE.tcl [ARG...]           run a Tcl script with the diagram commands\n"
+    "  view [FILE...] [--serve]           open diagrams in windows, driven live from Tcl\n"
     "\n"
     "'tqdiagram VERB --help' tells more. Exit status: 0 success, 1 bad input, 2 usage error.\n";
 

@@ -1,0 +1,156 @@
+// The viewer's frames on a 1920 x 1080 window onto a diagram of 200 signals with 1,000,000
+// changes each, at the whole span (fit), a thousandth of it (mid) and 2,000 time units (deep:
+// a unit or so a pixel):
+//
+// - a rendering frame, after the window of time changed (zoom, horizontal scroll): the
+//   renderer draws the picture again;
+// - a scrolling frame (vertical scroll, cursor, uncovered parts): the exposed area is copied
+//   from the picture.
+//
+// The figure is each frame's thread CPU time (the target is 16 ms); the baseline, timed in the
+// same iterations, is the same frame on 200 signals of 1,000 changes, so the ratio shows what
+// the million changes cost beyond a light diagram's frame.
+//
+// The million-change diagram takes about 2 GB: bit signals keep 9 bytes a change.
+#include "gui/DiagramView.h"
+
+#include "core/TqObject.h"
+#include "hdl/BigInt.h"
+
+#include <QApplication>
+#include <QImage>
+#include <QScrollBar>
+#include <benchmark/benchmark.h>
+
+#include <ctime>
+#include <memory>
+#include <random>
+
+namespace {
+
+constexpr Time v_span = 100000000;
+
+double threadSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+// 200 signals over the span, every tenth an 8-bit bus, changes in bursts and pauses.
+std::unique_ptr<Diagram> makeDiagram(std::size_t changes) {
+    auto d = std::make_unique<Diagram>();
+    d->setSpan(0, v_span);
+    std::mt19937_64 random(7);
+    const auto meanGap = static_cast<std::uint64_t>(v_span / static_cast<Time>(changes));
+    for (int s = 0; s < 200; ++s) {
+        const bool bus = s % 10 == 9;
+        std::string name = "top.block";
+        name.append(std::to_string(s / 10)).append(".sig").append(std::to_string(s));
+        Signal& signal = d->addSignal(name, bus ? SignalKind::Bus : SignalKind::Bit, bus ? 8 : 1);
+        signal.reserve(changes);
+        Time t = 0;
+        for (std::size_t c = 0; c < changes && t < v_span; ++c) {
+            if (bus)
+                (void)signal.appendChange(t, BigInt(static_cast<long>(random() % 256)));
+            else
+                (void)signal.appendChange(t, static_cast<BitState>(random() % 4 == 0 ? 2 : c % 2));
+            t += random() % 16 == 0 ? static_cast<Time>(4 * meanGap)
+                                    : 1 + static_cast<Time>(random() % meanGap);
+        }
+    }
+    return d;
+}
+
+// A 1920 x 1080 view of diagram and the image its frames are painted into.
+struct Frame {
+    explicit Frame(Diagram& diagram) : view(diagram), image(1920, 1080, QImage::Format_RGB32) {
+        view.resize(1920, 1080);
+        view.setAttribute(Qt::WA_DontShowOnScreen);
+        view.show();
+    }
+
+    // Shows the window of time around the middle of the span, scrolled halfway down, and
+    // paints the visible area once.
+    double paint(Time width) {
+        // Alternately a little left and right of the middle, so that every frame renders.
+        m_shift = m_shift > 0 ? -1 : 1;
+        const Time middle = v_span / 2 + m_shift * (width / 100 + 1);
+        view.setTimeWindow(middle - width / 2, middle + width / 2);
+        (void)view.pixelsPerTime(); // lays out outside the timed frame, as a scroll step does
+        view.verticalScrollBar()->setValue(view.verticalScrollBar()->maximum() / 2);
+        const double start = threadSeconds();
+        view.viewport()->render(&image);
+        return threadSeconds() - start;
+    }
+
+    // Scrolls down one row (up again at the end) and paints the visible area once.
+    double scroll() {
+        QScrollBar* bar = view.verticalScrollBar();
+        const int step = static_cast<int>(DiagramPainter::v_rowHeight);
+        bar->setValue(bar->value() + step > bar->maximum() ? 0 : bar->value() + step);
+        const double start = threadSeconds();
+        view.viewport()->render(&image);
+        return threadSeconds() - start;
+    }
+
+    DiagramView view;
+    QImage image;
+    Time m_shift = 1;
+};
+
+std::unique_ptr<Diagram>& bigDiagram() {
+    static auto diagram = makeDiagram(1000000);
+    return diagram;
+}
+
+std::unique_ptr<Diagram>& smallDiagram() {
+    static auto diagram = makeDiagram(1000);
+    return diagram;
+}
+
+// range(0): the window of time; range(1): 1 for scrolling frames, 0 for rendering ones.
+void BM_ViewerFrame_MillionVsThousandChanges(benchmark::State& state) {
+    const auto& big = bigDiagram();
+    static Frame bigFrame(*big);
+    static Frame smallFrame(*smallDiagram());
+    const Time width = state.range(0);
+    const bool scrolling = state.range(1) != 0;
+    if (scrolling) {
+        (void)bigFrame.paint(width);
+        (void)smallFrame.paint(width);
+    }
+    double bigSeconds = 0, smallSeconds = 0, worst = 0;
+    for (auto _ : state) {
+        const double a = scrolling ? bigFrame.scroll() : bigFrame.paint(width);
+        const double b = scrolling ? smallFrame.scroll() : smallFrame.paint(width);
+        bigSeconds += a;
+        smallSeconds += b;
+        worst = std::max(worst, a);
+        state.SetIterationTime(a);
+    }
+    const double n = static_cast<double>(state.iterations());
+    state.counters["frame_ms"] = bigSeconds / n * 1e3;
+    state.counters["worst_ms"] = worst * 1e3;
+    state.counters["baseline_ms"] = smallSeconds / n * 1e3;
+    state.counters["ratio"] = bigSeconds / smallSeconds;
+    state.counters["changes_M"] = static_cast<double>(big->totalChanges()) / 1e6;
+}
+BENCHMARK(BM_ViewerFrame_MillionVsThousandChanges)
+    ->ArgNames({"window", "scrolling"})
+    ->ArgsProduct({{v_span, v_span / 1000, 2000}, {0, 1}}) // fit, mid, deep
+    ->UseManualTime()
+    ->Iterations(20)
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    QApplication application(argc, argv);
+    TqObject::startUp();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    TqObject::shutDown();
+    return 0;
+}

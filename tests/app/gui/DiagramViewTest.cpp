@@ -1,0 +1,173 @@
+// The diagram view: its window of time under zoom, fit, scroll and keys, the cursor's values,
+// and the repaint that follows a change of the diagram.
+#include "gui/DiagramView.h"
+
+#include "hdl/BigInt.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QScrollBar>
+#include <QTest>
+#include <QWheelEvent>
+#include <gtest/gtest.h>
+
+void PrintTo(const DiagramView::CursorValue& value, std::ostream* out) {
+    *out << value.signal << "=" << value.value;
+}
+
+namespace {
+
+// clk: period 10, rising at 0; rst: 1 then 0 at 15; data[7:0]: x, then A5 at 20 and 3C at 60.
+void buildDiagram(Diagram& diagram) {
+    diagram.setTimeUnit(TimeUnit::ns);
+    Signal& clk = diagram.addSignal("clk", SignalKind::Clock);
+    ASSERT_TRUE(clk.setClock({.period = 10}));
+    Signal& rst = diagram.addSignal("rst", SignalKind::Bit);
+    ASSERT_TRUE(rst.appendChange(0, BitState::High));
+    ASSERT_TRUE(rst.appendChange(15, BitState::Low));
+    Signal& data = diagram.addSignal("data", SignalKind::Bus, 8);
+    ASSERT_TRUE(data.appendBinary(0, "xxxxxxxx"));
+    ASSERT_TRUE(data.appendChange(20, BigInt(0xA5)));
+    ASSERT_TRUE(data.appendChange(60, BigInt(0x3C)));
+    diagram.setSpan(0, 100);
+}
+
+class DiagramViewTest : public ::testing::Test {
+public:
+    void SetUp() override {
+        buildDiagram(diagram);
+        view = std::make_unique<DiagramView>(diagram);
+        view->resize(800, 400);
+        view->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(view.get()));
+    }
+
+    void key(int code) {
+        QKeyEvent press(QEvent::KeyPress, code, Qt::NoModifier);
+        QApplication::sendEvent(view.get(), &press);
+    }
+
+    Diagram diagram;
+    std::unique_ptr<DiagramView> view;
+};
+
+TEST_F(DiagramViewTest, ZoomFitScrollAndKeys_MoveTheWindowOfTime) {
+    struct Step {
+        const char* what;
+        std::function<void(DiagramViewTest&)> act;
+        Time from, to;
+    };
+    // clang-format off
+    const Step steps[] = {
+        {"starts fitted",          [](auto&) {},                                  0, 100},
+        {"zoom in at the middle",  [](auto& t) { t.view->zoom(2); },              25, 75},
+        {"zoom in around 30",      [](auto& t) { t.view->zoom(5, Time{30}); },    29, 39},
+        {"scroll a page on",       [](auto& t) { t.view->scrollTime(1); },        39, 49},
+        {"minus key widens",       [](auto& t) { t.key(Qt::Key_Minus); },         34, 54},
+        {"plus key narrows",       [](auto& t) { t.key(Qt::Key_Plus); },          39, 49},
+        {"right key scrolls",      [](auto& t) { t.key(Qt::Key_Right); },         40, 50},
+        {"F fits",                 [](auto& t) { t.key(Qt::Key_F); },             0, 100},
+        {"never below one unit",   [](auto& t) { t.view->zoom(1e6, Time{50}); },  50, 51},
+    };
+    // clang-format on
+    for (const Step& step : steps) {
+        step.act(*this);
+        EXPECT_EQ(view->from(), step.from) << step.what;
+        EXPECT_EQ(view->to(), step.to) << step.what;
+    }
+}
+
+TEST_F(DiagramViewTest, CtrlWheelZoomsAtThePointerAndStatusShowsZoomAndSpan) {
+    const std::optional<Time> under = view->timeAt(400);
+    ASSERT_TRUE(under);
+    const double before = view->pixelsPerTime();
+    QWheelEvent wheel(QPointF(400, 100), view->mapToGlobal(QPoint(400, 100)), QPoint(),
+                      QPoint(0, 120), Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(view->viewport(), &wheel);
+    EXPECT_NEAR(view->pixelsPerTime(), before * 1.25, before * 0.02);
+    // The time under the pointer stays under it, to the pixel.
+    EXPECT_NEAR(static_cast<double>(*view->timeAt(400)), static_cast<double>(*under), 1.0);
+    const std::string status = view->statusText();
+    EXPECT_NE(status.find("px/ns"), std::string::npos) << status;
+    EXPECT_NE(status.find(" - "), std::string::npos) << status;
+}
+
+TEST_F(DiagramViewTest, CursorShowsEverySignalsValueAtItsTime) {
+    using Values = std::vector<DiagramView::CursorValue>;
+    struct Case {
+        Time time;
+        Values values;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {0,  {{"clk", "1"}, {"rst", "1"}, {"data", "XX"}}},
+        {5,  {{"clk", "0"}, {"rst", "1"}, {"data", "XX"}}},
+        {20, {{"clk", "1"}, {"rst", "0"}, {"data", "A5"}}},
+        {99, {{"clk", "0"}, {"rst", "0"}, {"data", "3C"}}},
+    };
+    // clang-format on
+    EXPECT_TRUE(view->cursorValues().empty());
+    for (const Case& c : cases) {
+        view->setCursorTime(c.time);
+        EXPECT_EQ(view->cursorValues(), c.values) << "at " << c.time;
+        EXPECT_NE(view->statusText().find("Cursor " + formatTime(c.time, TimeUnit::ns)),
+                  std::string::npos);
+    }
+    // A click sets the cursor at the time under the pointer; Escape takes it away.
+    const int x = 500;
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(x, 100));
+    EXPECT_EQ(view->cursorTime(), view->timeAt(x));
+    key(Qt::Key_Escape);
+    EXPECT_FALSE(view->cursorTime());
+}
+
+TEST_F(DiagramViewTest, OnlyChangesOfTheWindowOfTimeOrTheDiagramRenderAgain) {
+    for (int s = 0; s < 40; ++s)
+        diagram.addSignal("extra" + std::to_string(s), SignalKind::Bit);
+    view->zoom(4);
+    QApplication::processEvents();
+    view->viewport()->repaint();
+    struct Step {
+        const char* what;
+        std::function<void(DiagramView&)> act;
+        int renders;
+    };
+    // clang-format off
+    const Step steps[] = {
+        {"vertical scroll", [](DiagramView& v) { v.verticalScrollBar()->setValue(60); }, 0},
+        {"cursor",          [](DiagramView& v) { v.setCursorTime(30); },                0},
+        {"zoom",            [](DiagramView& v) { v.zoom(2); },                          1},
+        {"horizontal",      [](DiagramView& v) { v.scrollTime(0.5); },                  1},
+        {"diagram change",  [](DiagramView& v) { (void)v; },                            1},
+    };
+    // clang-format on
+    for (const Step& step : steps) {
+        const int before = view->renderCount();
+        if (std::string(step.what) == "diagram change")
+            diagram.changed(aspectContents);
+        step.act(*view);
+        view->viewport()->repaint();
+        EXPECT_EQ(view->renderCount() - before, step.renders) << step.what;
+    }
+}
+
+TEST_F(DiagramViewTest, DiagramChangeRepaintsAndPatternsChooseTheSignals) {
+    QApplication::processEvents();
+    const int paints = view->paintCount();
+    ASSERT_TRUE(diagram.signal(1).appendChange(80, BitState::High));
+    diagram.changed(aspectContents);
+    QApplication::processEvents();
+    EXPECT_GT(view->paintCount(), paints);
+    view->setCursorTime(90);
+    EXPECT_EQ(view->cursorValues()[1].value, "1");
+
+    view->setPatterns({"d*"});
+    ASSERT_EQ(view->cursorValues().size(), 1u);
+    EXPECT_EQ(view->cursorValues()[0].signal, "data");
+    view->setPatterns({"nothing"});
+    EXPECT_TRUE(view->cursorValues().empty());
+    EXPECT_FALSE(view->layoutError().empty());
+    QApplication::processEvents(); // paints the message instead of the picture
+}
+
+} // namespace
