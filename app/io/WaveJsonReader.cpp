@@ -306,11 +306,11 @@ private:
         if (clockOnly) {
             const Time clockPeriod = std::max<Time>(2, static_cast<Time>(std::llround(slotLength)));
             const Time first = slotTime(0);
-            ClockSpec spec;
-            spec.period = clockPeriod;
-            spec.startLevel = wave[0] == 'p' || wave[0] == 'P' ? BitState::Low : BitState::High;
-            spec.phase = (first % clockPeriod + clockPeriod) % clockPeriod;
-            (void)signal.setClock(spec);
+            ClockSpec clock;
+            clock.period = clockPeriod;
+            clock.startLevel = wave[0] == 'p' || wave[0] == 'P' ? BitState::Low : BitState::High;
+            clock.phase = (first % clockPeriod + clockPeriod) % clockPeriod;
+            (void)signal.setClock(clock);
             if (wave[0] == 'P' || wave[0] == 'N')
                 warn("edge arrow marks (P N H L) are drawn as plain edges");
         }
