@@ -119,11 +119,13 @@ bool DiagramPainter::layout(std::string& error) {
             continue;
         if (signal.group() != group) {
             group = signal.group();
-            if (!group.empty()) {
-                m_rows.push_back({Signal::npos, group, y, v_groupHeight});
-                y += v_groupHeight;
+            // Signals outside any group that follow a group get a bare rule, so they are not
+            // read as members of the group above them.
+            const double height = group.empty() ? v_groupHeight / 2 : v_groupHeight;
+            m_rows.push_back({Signal::npos, group, y, height});
+            y += height;
+            if (!group.empty())
                 nameWidth = std::max(nameWidth, measure(group, groupFont()));
-            }
         }
         m_rows.push_back({i, group, y, v_rowHeight});
         y += v_rowHeight;
@@ -249,8 +251,9 @@ void DiagramPainter::paintRow(Device& device, const Row& row) {
     const double middle = row.top + row.height / 2;
     if (row.signal == Signal::npos) {
         setInk(device, wsiDarkGray);
-        drawLabel(device, row.group, SheetPoint(v_margin, middle), groupFont(), wsiAlignLeft,
-                  wsiAlignVCenter);
+        if (!row.group.empty())
+            drawLabel(device, row.group, SheetPoint(v_margin, middle), groupFont(), wsiAlignLeft,
+                      wsiAlignVCenter);
         setPen(device, 1);
         setInk(device, wsiPaleGray);
         device.drawLine(SheetPoint(v_margin, row.top + row.height - 2),

@@ -272,6 +272,42 @@ TEST(WaveformRuns, AMillionChangesCostTheOutputsWidth) {
         << "a dense block fills the row";
 }
 
+TEST(DiagramLayout, GroupsGetHeadingsAndUngroupedSignalsAfterAGroupARule) {
+    struct Case {
+        std::vector<std::pair<const char*, const char*>> lanes; // name, group
+        const char* rows; // "[group]" a heading, "[]" a bare rule, a name a signal's row
+    };
+    // clang-format off
+    const Case cases[] = {
+        {{{"a", ""}, {"b", ""}}, "a b"},
+        {{{"a", "G"}, {"b", "G"}}, "[G] a b"},
+        {{{"a", ""}, {"b", "G"}}, "a [G] b"},
+        {{{"a", "G"}, {"b", ""}, {"c", ""}}, "[G] a [] b c"},
+        {{{"a", "G"}, {"b", "H"}, {"c", ""}}, "[G] a [H] b [] c"},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        Diagram d;
+        d.setSpan(0, 100);
+        for (const auto& [name, group] : c.lanes)
+            d.addSignal(name, SignalKind::Bit, 1, group);
+        RenderOptions options;
+        DiagramPainter painter(d, options);
+        std::string error;
+        ASSERT_TRUE(painter.layout(error)) << error;
+        std::string shown;
+        double bottom = painter.rows().front().top;
+        for (const DiagramPainter::Row& row : painter.rows()) {
+            shown.append(shown.empty() ? "" : " ");
+            shown.append(row.signal == Signal::npos ? "[" + row.group + "]"
+                                                    : d.signal(row.signal).name());
+            EXPECT_DOUBLE_EQ(row.top, bottom) << c.rows << ": rows follow without gaps";
+            bottom = row.top + row.height;
+        }
+        EXPECT_EQ(shown, c.rows);
+    }
+}
+
 TEST(BusValueText, RadixAndNotationAsDesignersWriteThem) {
     // clang-format off
     const struct { Radix radix; HDLanguage notation; const char* bits; const char* text; } cases[] = {
