@@ -189,6 +189,8 @@ bool ViewerWindow::exportTo(const std::string& path, OutputFormat format, std::s
 bool ViewerWindow::evaluate(const std::string& script, std::string& result) {
     const int code = Tcl_EvalEx(m_interp, script.c_str(), static_cast<int>(script.size()), 0);
     result = Tcl_GetStringResult(m_interp);
+    // "diagram open", "new" and "save" change the file the window shows.
+    updateTitle();
     return code == TCL_OK;
 }
 

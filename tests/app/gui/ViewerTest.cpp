@@ -88,6 +88,9 @@ TEST_F(ViewerTest, OpenShowsTheDiagramAndAFailedOpenLeavesNoWindow) {
     EXPECT_EQ(window->view().from(), window->diagram().spanStart());
     EXPECT_EQ(window->view().to(), window->diagram().spanEnd());
     EXPECT_NE(window->statusText().find("0ns - 320ns"), std::string::npos) << window->statusText();
+    std::string result;
+    EXPECT_TRUE(window->evaluate("diagram new", result)) << result;
+    EXPECT_EQ(window->windowTitleText(), "tqdiagram - untitled") << "a script's new diagram";
 
     std::string error;
     EXPECT_EQ(viewer->openFile(file("missing.tqd"), error), nullptr);
