@@ -8,6 +8,7 @@
 //
 // With "--import FILE [PATTERN...]" the program instead reads one dump file and prints its wall
 // time and peak resident memory, for bench/app/peer-bench to compare with other programs.
+#include "ThreadClock.h"
 #include "io/VcdReader.h"
 #include "io/WaveJsonReader.h"
 #include "model/Diagram.h"
@@ -20,18 +21,11 @@
 
 #include <chrono>
 #include <cstring>
-#include <ctime>
 #include <iostream>
 #include <random>
 #include <sstream>
 
 namespace {
-
-double threadSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
 
 std::string identifier(int index) {
     std::string code;

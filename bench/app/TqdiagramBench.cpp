@@ -10,6 +10,7 @@
 //   the same bytes.
 //
 // The million-change diagram takes about 2 GB: bit signals keep 9 bytes a change.
+#include "ThreadClock.h"
 #include "io/TqdReader.h"
 #include "io/TqdSyntax.h"
 #include "io/TqdWriter.h"
@@ -22,7 +23,6 @@
 #include <QImage>
 #include <benchmark/benchmark.h>
 
-#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <random>
@@ -30,12 +30,6 @@
 #include <streambuf>
 
 namespace {
-
-double threadSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
 
 // rows signals over span: every tenth an 8-bit bus, the others bits, changes spread in bursts
 // and pauses.

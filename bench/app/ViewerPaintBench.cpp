@@ -12,6 +12,7 @@
 // the million changes cost beyond a light diagram's frame.
 //
 // The million-change diagram takes about 2 GB: bit signals keep 9 bytes a change.
+#include "ThreadClock.h"
 #include "gui/DiagramView.h"
 
 #include "core/TqObject.h"
@@ -22,19 +23,12 @@
 #include <QScrollBar>
 #include <benchmark/benchmark.h>
 
-#include <ctime>
 #include <memory>
 #include <random>
 
 namespace {
 
 constexpr Time v_span = 100000000;
-
-double threadSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
 
 // 200 signals over the span, every tenth an 8-bit bus, changes in bursts and pauses.
 std::unique_ptr<Diagram> makeDiagram(std::size_t changes) {

@@ -3,6 +3,7 @@
 // idealWidth, size), interleaved in chunks and timed in the thread's CPU time so that the
 // ratio holds on a busy machine. Target: speed_ratio (Qt time / ours) of at least 10.
 // Allocations are counted on our side per label, beside the tree's nodes per label.
+#include "ThreadClock.h"
 #include "graphics/device/Device.h"
 #include "graphics/device/TqPainter.h"
 #include "graphics/device/WsiFont.h"
@@ -18,7 +19,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <string>
 #include <vector>
 
@@ -26,12 +26,6 @@ namespace {
 
 constexpr int v_labels = 100'000;
 constexpr int v_chunk = 500;
-
-double threadSeconds() {
-    timespec ts{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
-    return static_cast<double>(ts.tv_sec) + 1e-9 * static_cast<double>(ts.tv_nsec);
-}
 
 // Typical signal names: one or two tags, a bus range in a subscript, an active-low overline;
 // distinct of them, repeated in turn to fill v_labels (a diagram draws its names again on

@@ -7,6 +7,7 @@
 // sbumpc loop is reported as well.
 #include "FlexTokens.h"
 #include "SectionedFile.h"
+#include "ThreadClock.h"
 
 #include "text/FileParser.h"
 #include "text/Scanner.h"
@@ -14,21 +15,12 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <ctime>
 #include <fstream>
 #include <string>
 
 namespace {
 
 constexpr std::size_t fileBytes = 50u << 20;
-
-// The passes are timed in this thread's CPU time (kernel time of the reads included): other
-// jobs on the machine then stretch neither side of the ratio.
-double threadSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
 
 const std::string& benchFile() {
     static const std::string path = sectionedFilePath(fileBytes);
