@@ -1,5 +1,7 @@
 #include "io/AtomicFile.h"
 
+#include "text/FileReader.h"
+
 #include <array>
 #include <csignal>
 #include <cstdio>
@@ -69,4 +71,17 @@ void AtomicFile::installInterruptCleanup() {
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
     sigaction(SIGHUP, &action, nullptr);
+}
+
+bool saveAtomically(FileWritingAgent& writer, std::string& error) {
+    AtomicFile file(writer.filename());
+    const std::string target = writer.filename();
+    writer.setFilename(file.temporaryPath().c_str());
+    const bool written = writer.render();
+    writer.setFilename(target.c_str());
+    if (!written) {
+        error = "cannot write " + target;
+        return false;
+    }
+    return file.commit(error);
 }

@@ -5,6 +5,8 @@
 
 #include <string>
 
+class FileWritingAgent;
+
 class AtomicFile {
 public:
     /// Reserves a temporary name beside path ("path.tmp-PID").
@@ -30,3 +32,8 @@ private:
     bool m_committed = false;
     int m_slot = -1;
 };
+
+/// Renders writer into its file through an AtomicFile: false (error set) when the file cannot
+/// be written, and then no file of that name was created or changed. The writer's file name
+/// is the same afterwards.
+[[nodiscard]] bool saveAtomically(FileWritingAgent& writer, std::string& error);

@@ -149,16 +149,7 @@ void TqdWriter::writeContents(std::ostream& out) {
 }
 
 bool TqdWriter::save(std::string& error) {
-    AtomicFile file(filename());
-    const std::string target = filename();
-    setFilename(file.temporaryPath().c_str());
-    const bool written = render();
-    setFilename(target.c_str());
-    if (!written) {
-        error = "cannot write " + target;
-        return false;
-    }
-    return file.commit(error);
+    return saveAtomically(*this, error);
 }
 
 void TqdWriter::write(const Diagram& diagram, std::ostream& out) {

@@ -355,16 +355,7 @@ WaveJsonWriter::WaveJsonWriter(const char* filename, const Diagram& diagram)
     : FileWritingAgent(filename), m_diagram(diagram) {}
 
 bool WaveJsonWriter::save(std::string& error) {
-    AtomicFile file(filename());
-    const std::string target = filename();
-    setFilename(file.temporaryPath().c_str());
-    const bool written = render();
-    setFilename(target.c_str());
-    if (!written) {
-        error = "cannot write " + target;
-        return false;
-    }
-    return file.commit(error);
+    return saveAtomically(*this, error);
 }
 
 void WaveJsonWriter::writeContents(std::ostream& out) {
