@@ -19,6 +19,10 @@ struct Call {
     bool ok = false;
     bool done = false;
 };
+
+// True on a connection's thread while it evaluates a script its client sent; each
+// connection has a thread of its own, so no other connection can see it.
+thread_local bool t_evaluatingClientScript = false;
 } // namespace
 
 ViewerServer::ViewerServer(Evaluator evaluate) : m_forwarding(std::make_shared<Forwarding>()) {
@@ -33,9 +37,26 @@ ViewerServer::~ViewerServer() {
 void ViewerServer::addCommands(TclConnectionWithClient* connection) {
     TclCommandServer::addCommands(connection);
     const auto forward = static_cast<TclServerHandler>(&ViewerServer::forwardCmd);
-    // "quit" replaces the built-in one, which only ends the client's connection.
-    for (const char* name : {"diagram", "signal", "arrow", "marker", "view", "window", "quit"})
+    for (const char* name : {"diagram", "signal", "arrow", "marker", "view", "window"})
         connection->addCommand(name, forward, true);
+    // Replaces the built-in "quit", which only ends the client's connection.
+    connection->addCommand("quit", static_cast<TclServerHandler>(&ViewerServer::quitCmd), true);
+}
+
+bool ViewerServer::admitScript(TclConnectionWithClient* connection, const char* script) {
+    t_evaluatingClientScript = TclCommandServer::admitScript(connection, script);
+    return t_evaluatingClientScript;
+}
+
+void ViewerServer::scriptEvaluated(TclConnectionWithClient* connection, int code) {
+    t_evaluatingClientScript = false;
+    TclCommandServer::scriptEvaluated(connection, code);
+}
+
+int ViewerServer::quitCmd(TclServerCommand* command) {
+    if (t_evaluatingClientScript)
+        return forwardCmd(command);
+    return exitCmd(command);
 }
 
 void ViewerServer::serverIsListening(int port) {

@@ -27,6 +27,8 @@ public:
     void scriptFailed(TclConnectionWithClient* connection, const char* script,
                       const char* errorText) override;
     int connectionTimeoutMilliseconds() override { return 0; }
+    bool admitScript(TclConnectionWithClient* connection, const char* script) override;
+    void scriptEvaluated(TclConnectionWithClient* connection, int code) override;
 
     /// Answers every command still waiting for the GUI thread with an error and every later
     /// one at once: called when the event loop has ended, before the server is removed.
@@ -36,6 +38,9 @@ private:
     // Runs on the client's own thread (the command is registered async): it reads its words
     // in its own interpreter and waits for the GUI thread's answer.
     int forwardCmd(TclServerCommand* command);
+    // "quit" in a client's script ends the viewer; the "quit" a connection evaluates itself
+    // when its client hangs up or idles out ends only that connection.
+    int quitCmd(TclServerCommand* command);
 
     // Shared with the calls queued for the GUI thread, which may run after the server is
     // gone: they then find it stopped and evaluate nothing.

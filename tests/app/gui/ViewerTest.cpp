@@ -280,6 +280,16 @@ TEST_F(ViewerTest, TqsendChangesTheActiveDiagramAndTheNextPaintShowsIt) {
     }
     EXPECT_EQ(viewer->activeWindow(), other);
 
+    // Each client above hung up when done, which its connection takes as its own "quit":
+    // that ends the connection and frees its slot, but not the viewer. More clients than
+    // the server has slots are served one after another.
+    for (int client = 0; client < 20; ++client) {
+        run(TQ_TQSEND, {"--port-file", portFile, "--wait-ms", "5000", "window list"}, &status);
+        ASSERT_EQ(status, 0) << "client " << client;
+    }
+    QTest::qWait(50);
+    EXPECT_FALSE(viewer->quitRequested()) << "a client hanging up leaves the viewer running";
+
     run(TQ_TQSEND, {"--port-file", portFile, "quit"}, &status);
     EXPECT_TRUE(viewer->quitRequested());
     viewer->stopServer();
