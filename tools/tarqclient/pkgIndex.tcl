@@ -1,1 +1,1 @@
-package ifneeded tarqclient 1.1 [list source [file join $dir tarqclient.tcl]]
+package ifneeded tarqclient 1.2 [list source [file join $dir tarqclient.tcl]]

@@ -16,7 +16,7 @@
 # script sends none, raises "Bad command" for a failed script and refuses long scripts.
 
 package require Tcl 8.6
-package provide tarqclient 1.1
+package provide tarqclient 1.2
 
 namespace eval ::tarqclient {
     namespace export connect send receive close
@@ -147,12 +147,13 @@ proc ::tarqclient::receive {chan {waitMs 2000}} {
     return [encoding convertfrom utf-8 [readBytes $chan $length $waitMs]]
 }
 
-# Sends "quit" and closes the channel.
+# Ends this connection with "disconnect" and closes the channel. Not "quit": in the viewer
+# that ends the whole program, while "disconnect" ends only the connection on every server.
 proc ::tarqclient::close {chan} {
     variable session
     unset -nocomplain session($chan)
     catch {
-        writeScript $chan quit
+        writeScript $chan disconnect
         flush $chan
     }
     ::close $chan

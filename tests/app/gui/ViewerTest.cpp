@@ -287,8 +287,23 @@ TEST_F(ViewerTest, TqsendChangesTheActiveDiagramAndTheNextPaintShowsIt) {
         run(TQ_TQSEND, {"--port-file", portFile, "--wait-ms", "5000", "window list"}, &status);
         ASSERT_EQ(status, 0) << "client " << client;
     }
+    // The Tcl client package ends its connection the same way.
+    const QString tcl = path("client.tcl");
+    QFile client(tcl);
+    ASSERT_TRUE(client.open(QIODevice::WriteOnly));
+    client.write("package require tarqclient\n"
+                 "set chan [tarqclient::connect [lindex $argv 0]]\n"
+                 "puts [tarqclient::send $chan {signal list mem.c*}]\n"
+                 "tarqclient::close $chan\n");
+    client.close();
+    EXPECT_EQ(run(QStringLiteral("env"),
+                  {QStringLiteral("TCLLIBPATH=" TQ_TCL_PACKAGE_DIR), QStringLiteral(TQ_TCLSH),
+                   tcl, portFile},
+                  &status),
+              QStringLiteral("mem.count"));
+    EXPECT_EQ(status, 0);
     QTest::qWait(50);
-    EXPECT_FALSE(viewer->quitRequested()) << "a client hanging up leaves the viewer running";
+    EXPECT_FALSE(viewer->quitRequested()) << "a client leaving leaves the viewer running";
 
     run(TQ_TQSEND, {"--port-file", portFile, "quit"}, &status);
     EXPECT_TRUE(viewer->quitRequested());
