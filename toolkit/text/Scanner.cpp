@@ -819,16 +819,25 @@ inline const char* passWhile(const char* at, const char* end, std::uint8_t bits,
     return at;
 }
 
+// Out of line: carriage returns inside a token are rare.
+[[gnu::noinline]] std::size_t copyWithoutCR(char* out, const char* text, std::size_t length,
+                                            std::size_t limit) {
+    std::size_t stored = 0;
+    for (const char* c = text; c != text + length && stored != limit; ++c)
+        if (*c != '\r')
+            out[stored++] = *c;
+    return stored;
+}
+
 } // namespace
 
-void Scanner::storeToken(const char* text, std::size_t length, std::size_t readable, bool dropCR,
-                         ScanType type) {
+[[gnu::always_inline]] inline void Scanner::storeToken(const char* text, std::size_t length,
+                                                       std::size_t readable, bool dropCR,
+                                                       ScanType type) {
     char* out = m_buffer.get();
     std::size_t stored = 0;
-    if (dropCR) {
-        for (const char* c = text; c != text + length && stored != v_maxTokenLength; ++c)
-            if (*c != '\r')
-                out[stored++] = *c;
+    if (dropCR) [[unlikely]] {
+        stored = copyWithoutCR(out, text, length, v_maxTokenLength);
     } else {
         stored = std::min<std::size_t>(length, v_maxTokenLength);
         // Most tokens are short: one fixed-size copy is cheaper than a call that works out
@@ -854,21 +863,28 @@ void Scanner::storeToken(const char* text, std::size_t length, std::size_t reada
     const char* const end = GetArea::end(m_buf);
     std::uint8_t seen = 0;
     // No override watches the rescans of white space here, so whole runs are passed. Mostly
-    // one blank stands between tokens: it is passed without a branch that would mispredict.
+    // one blank stands between tokens: the first two characters are classed side by side and
+    // one blank is passed without a branch. The last character of the get area is left to the
+    // general path.
     const char* at = start;
     auto giveUp = [&] {
         m_numRead += static_cast<unsigned long>(at - start);
         GetArea::moveTo(m_buf, const_cast<char*>(at));
         return Scanned::GaveUp;
     };
-    if (at == end)
+    if (end - at < 2)
         return giveUp();
-    at += defaultClass(at) & v_blank;
-    at = passWhile(at, end, v_blank, seen);
-    if (at == end)
-        return giveUp();
+    const std::uint8_t class0 = defaultClass(at);
+    const std::uint8_t class1 = defaultClass(at + 1);
+    std::uint8_t firstClass = (class0 & v_blank) ? class1 : class0;
+    at += class0 & v_blank;
+    if (firstClass & v_blank) [[unlikely]] {
+        at = passWhile(at, end, v_blank, seen);
+        if (at == end)
+            return giveUp();
+        firstClass = defaultClass(at);
+    }
     const char* const first = at;
-    const std::uint8_t firstClass = defaultClass(first);
     const char* next = first + 1;
     const std::size_t readable = static_cast<std::size_t>(end - first);
     seen = 0;
