@@ -768,7 +768,7 @@ namespace {
 enum DefaultClass : std::uint8_t {
     v_blank = 1,  // space class and carriage return: passed over before a token
     v_cr = 2,     // read and dropped inside words and numbers
-    v_digit = 4,  //
+    v_digit = 4,  // '0' to '9'
     v_letter = 8, // letters, '$', '_' and every byte of 128 and above
     v_single = 16 // a one-character token whatever follows
 };
