@@ -118,6 +118,11 @@ TEST(ScannerPaths, DefaultTableGivesWhatItsCopyGivesOnTrickyTexts) {
     unsigned seed = 1;
     for (const std::string& text : texts)
         expectSamePaths(text, seed++);
+    // Every byte at the start of a token and after a word, a number and a point.
+    for (int byte = 0; byte < 256; ++byte) {
+        const char c = static_cast<char>(byte);
+        expectSamePaths(std::string{c, 'x', c, '1', c, '.', c, '"', c, '"', c, ' '}, seed++);
+    }
 }
 
 // Texts made of the pieces where the token rules turn, with now and then any byte at all.
