@@ -1,7 +1,8 @@
 // Scans arbitrary input with the default table, or with a character table, keyword set and
 // word flags taken from the input itself. The same text is scanned from a string stream and
 // through a stream buffer refilled every few characters: the tokens and the count of
-// characters read must agree, whichever way the characters arrive.
+// characters read must agree, whichever way the characters arrive. With the default table the
+// text is also scanned through a copy of it, which takes the general path.
 #include "text/BasicParser.h"
 #include "text/ChunkedBuffer.h"
 #include "text/Scanner.h"
@@ -101,10 +102,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::istream chunked(&buffer);
         Scanner chunkedScanner(chunked, table.get());
         unsigned long wholeRead = 0, chunkedRead = 0;
-        if (scanAll(wholeScanner, flags, wholeRead) !=
-                scanAll(chunkedScanner, flags, chunkedRead) ||
-            wholeRead != chunkedRead || wholeRead != text.size() + 1)
+        Scanned tokens = scanAll(wholeScanner, flags, wholeRead);
+        if (tokens != scanAll(chunkedScanner, flags, chunkedRead) || wholeRead != chunkedRead ||
+            wholeRead != text.size() + 1)
             __builtin_trap();
+        if (!table) {
+            // The shared default table has a path of its own; a copy of it takes the general
+            // one.
+            std::unique_ptr<ScanType[]> copy(Scanner::newTypeTable());
+            std::istringstream again(text);
+            Scanner general(again, copy.get());
+            unsigned long generalRead = 0;
+            if (tokens != scanAll(general, flags, generalRead) || generalRead != wholeRead)
+                __builtin_trap();
+        }
     }
     keywords.deleteContents();
     return 0;

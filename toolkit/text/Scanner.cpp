@@ -8,6 +8,7 @@
 #include "text/ModelParser.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cstring>
 #include <iostream>
@@ -760,6 +761,222 @@ template <class Reader>
     return scanWith(stream);
 }
 
+namespace {
+
+// What the default table's scan needs to know of a byte, as bits: one load per character
+// answers every question the loops below ask.
+enum DefaultClass : std::uint8_t {
+    v_blank = 1,  // space class and carriage return: passed over before a token
+    v_cr = 2,     // read and dropped inside words and numbers
+    v_digit = 4,  // '0' to '9'
+    v_letter = 8, // letters, '$', '_' and every byte of 128 and above
+    v_single = 16 // a one-character token whatever follows
+};
+
+// Must give the classes newTypeTable gives; the tests scan through a copy of the default
+// table, which takes the general path, and require the same tokens.
+constexpr std::array<std::uint8_t, 256> defaultClasses() {
+    std::array<std::uint8_t, 256> classes{};
+    for (int c = 0; c < 256; ++c) {
+        std::uint8_t bits = v_single;
+        if (c >= 128 || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '$' || c == '_')
+            bits = v_letter;
+        else if (c >= '0' && c <= '9')
+            bits = v_digit;
+        else if (c == ' ' || c == '\n' || c == '\t')
+            bits = v_blank;
+        else if (c == '\r')
+            bits = v_blank | v_cr;
+        else if (c == '.' || c == '\'' || c == '"' || c == '@')
+            bits = 0;
+        classes[static_cast<std::size_t>(c)] = bits;
+    }
+    return classes;
+}
+
+constexpr std::array<std::uint8_t, 256> v_defaultClasses = defaultClasses();
+static_assert(v_blank == 1, "one blank is passed by adding its class bit");
+
+inline std::uint8_t defaultClass(const char* at) {
+    return v_defaultClasses[static_cast<unsigned char>(*at)];
+}
+
+// The word mask of a scanner whose flags are both off.
+constexpr std::uint64_t v_plainWordMask = classBit(ST_LETTER) | classBit(ST_NUMBER) |
+                                          classBit(ST_BASE_HEX) | classBit(ST_BASE_DEC) |
+                                          classBit(ST_BASE_BIN) | classBit(ST_BASE_OCT);
+
+// Passes characters while one of bits is set in their class; seen collects the classes passed.
+inline const char* passWhile(const char* at, const char* end, std::uint8_t bits,
+                             std::uint8_t& seen) {
+    while (at != end) {
+        std::uint8_t type = defaultClass(at);
+        if (!(type & bits))
+            break;
+        seen |= type;
+        ++at;
+    }
+    return at;
+}
+
+// Out of line: carriage returns inside a token are rare.
+[[gnu::noinline]] std::size_t copyWithoutCR(char* out, const char* text, std::size_t length,
+                                            std::size_t limit) {
+    std::size_t stored = 0;
+    for (const char* c = text; c != text + length && stored != limit; ++c)
+        if (*c != '\r')
+            out[stored++] = *c;
+    return stored;
+}
+
+} // namespace
+
+[[gnu::always_inline]] inline void Scanner::storeToken(const char* text, std::size_t length,
+                                                       std::size_t readable, bool dropCR,
+                                                       ScanType type) {
+    char* out = m_buffer.get();
+    std::size_t stored = 0;
+    if (dropCR) [[unlikely]] {
+        stored = copyWithoutCR(out, text, length, v_maxTokenLength);
+    } else {
+        stored = std::min<std::size_t>(length, v_maxTokenLength);
+        // Most tokens are short: one fixed-size copy is cheaper than a call that works out
+        // the size.
+        constexpr std::size_t v_shortCopy = 16;
+        if (stored <= v_shortCopy && readable >= v_shortCopy)
+            std::memcpy(out, text, v_shortCopy);
+        else
+            std::memcpy(out, text, stored);
+    }
+    out[stored] = '\0';
+    m_token->m_length = static_cast<unsigned>(stored);
+    m_token->m_type = type;
+}
+
+// The default table's token rules written out for its classes, over the get area without
+// a call per character: the same tokens, the same count and the same stream position as the
+// general path. Wherever that path would read past the get area (a refill, or the end of
+// input, which sets the stream's end-of-file state) this one gives up, so that the general
+// path reads the token through the stream buffer's calls instead.
+[[gnu::always_inline]] inline Scanner::Scanned Scanner::scanDefaultTable() {
+    const char* const start = GetArea::next(m_buf);
+    const char* const end = GetArea::end(m_buf);
+    std::uint8_t seen = 0;
+    // No override watches the rescans of white space here, so whole runs are passed. Mostly
+    // one blank stands between tokens: the first two characters are classed side by side and
+    // one blank is passed without a branch. The last character of the get area is left to the
+    // general path.
+    const char* at = start;
+    auto giveUp = [&] {
+        m_numRead += static_cast<unsigned long>(at - start);
+        GetArea::moveTo(m_buf, const_cast<char*>(at));
+        return Scanned::GaveUp;
+    };
+    if (end - at < 2)
+        return giveUp();
+    const std::uint8_t class0 = defaultClass(at);
+    const std::uint8_t class1 = defaultClass(at + 1);
+    std::uint8_t firstClass = (class0 & v_blank) ? class1 : class0;
+    at += class0 & v_blank;
+    if (firstClass & v_blank) [[unlikely]] {
+        at = passWhile(at, end, v_blank, seen);
+        if (at == end)
+            return giveUp();
+        firstClass = defaultClass(at);
+    }
+    const char* const first = at;
+    const char* next = first + 1;
+    const std::size_t readable = static_cast<std::size_t>(end - first);
+    seen = 0;
+    if (firstClass & v_single) {
+        storeToken(first, 1, readable, false, m_table[static_cast<unsigned char>(*first)]);
+    } else if (firstClass & v_letter) {
+        next = passWhile(next, end, v_letter | v_digit | v_cr, seen);
+        if (next == end)
+            return giveUp();
+        storeToken(first, static_cast<std::size_t>(next - first), readable, seen & v_cr, ST_WORD);
+        if (m_keywords && checkKeyword())
+            m_token->m_type = ST_KEYWORD;
+    } else if (*first == '"') {
+        // The text between the quotes, escapes kept as written.
+        while (next != end && *next != '"') {
+            if (*next == '\\' && ++next == end)
+                break;
+            ++next;
+        }
+        if (next == end)
+            return giveUp();
+        storeToken(first + 1, static_cast<std::size_t>(next - first - 1), readable - 1, false,
+                   ST_STRING);
+        ++next;
+    } else {
+        // The quote, the at sign and the point look at the character after them.
+        if (next == end)
+            return giveUp();
+        if (*first == '\'') {
+            storeToken(first, 1, readable, false, ST_QUOTE);
+        } else if (*first == '@') {
+            ScanType type = *next == '-' ? ST_AT_MINUS : *next == '/' ? ST_AT_SLASH : ST_AT;
+            if (type != ST_AT)
+                ++next;
+            storeToken(first, static_cast<std::size_t>(next - first), readable, false, type);
+        } else if (*first == '.' && *next == '.') {
+            ++next;
+            storeToken(first, 2, readable, false, ST_DOTDOT);
+        } else {
+            // A number, from a digit or a point: digits, one point that is not the first of
+            // two, an exponent letter with an optional sign; a letter anywhere else makes it
+            // a word, which runs on over letters and digits.
+            bool pointSeen = *first == '.';
+            bool exponentSeen = false;
+            bool isWord = false;
+            for (;;) {
+                next = passWhile(next, end, v_digit | v_cr, seen);
+                if (next == end)
+                    return giveUp();
+                std::uint8_t type = defaultClass(next);
+                if (*next == '.') {
+                    if (pointSeen || exponentSeen)
+                        break;
+                    if (next + 1 == end)
+                        return giveUp();
+                    if (next[1] == '.')
+                        break;
+                    pointSeen = true;
+                    ++next;
+                    continue;
+                }
+                if (!(type & v_letter))
+                    break;
+                ++next;
+                if (!exponentSeen && (next[-1] == 'e' || next[-1] == 'E')) {
+                    exponentSeen = true;
+                    next = passWhile(next, end, v_cr, seen);
+                    if (next == end)
+                        return giveUp();
+                    if (*next == '+' || *next == '-' || (defaultClass(next) & v_digit)) {
+                        ++next;
+                        continue;
+                    }
+                    if (!(defaultClass(next) & v_letter))
+                        break;
+                    ++next;
+                }
+                isWord = true;
+                next = passWhile(next, end, v_letter | v_digit | v_cr, seen);
+                if (next == end)
+                    return giveUp();
+                break;
+            }
+            storeToken(first, static_cast<std::size_t>(next - first), readable, seen & v_cr,
+                       isWord ? ST_WORD : ST_NUMBER);
+        }
+    }
+    m_numRead += static_cast<unsigned long>(next - start);
+    GetArea::moveTo(m_buf, const_cast<char*>(next));
+    return Scanned::Token;
+}
+
 // Derived classes of this library that do not override scanToken are listed by their exact
 // type: a class derived from them may override it.
 bool Scanner::scanTokenIsOwn() const {
@@ -769,6 +986,16 @@ bool Scanner::scanTokenIsOwn() const {
 }
 
 Token& Scanner::scanToken() {
+    // The path of nearly every token, with nothing around it that the rest would need.
+    if (m_ownScanToken == 1 && m_fast && !m_task && m_table == p_defaultTable &&
+        m_wordMask == v_plainWordMask && !m_negativeNumber && m_token->text() == m_buffer.get() &&
+        scanDefaultTable() == Scanned::Token)
+        return *m_token;
+    return scanGeneral();
+}
+
+// Out of line, so that scanToken saves no registers for it.
+[[gnu::noinline]] Token& Scanner::scanGeneral() {
     if (m_token->text() != m_buffer.get())
         m_token->layOver(m_buffer.get(), v_bufferSize);
     if (m_ownScanToken < 0)

@@ -184,6 +184,16 @@ private:
     template <class Reader>
     Scanned scanOne(Reader& in);
     Scanned scanThroughStream();
+    /// Every case scanToken's fast path leaves: put-back, other tables, overrides, the task.
+    Token& scanGeneral();
+    /// The whole scan for the shared default table, straight over the get area, for a scanner
+    /// no override watches; gives up (keeping only the white space it passed) wherever the
+    /// general path would look past the get area.
+    Scanned scanDefaultTable();
+    /// Lays text over the token buffer, cut to the longest token and terminated; dropCR leaves
+    /// carriage returns out. readable: how many bytes from text may be read at all.
+    void storeToken(const char* text, std::size_t length, std::size_t readable, bool dropCR,
+                    ScanType type);
     /// Whether scanToken is this class's own in the object's type, so that no override can
     /// tell the rescans of white space apart from a loop that passes whole runs.
     bool scanTokenIsOwn() const;
