@@ -9,6 +9,8 @@
 #include "core/TqExport.h"
 #include "core/TqObject.h"
 
+#include <memory>
+
 /// What changed. The values belong to the model classes that send them; they are passed
 /// through unchanged. An application's own aspects start at aspectUser.
 enum Aspect : int {
@@ -72,13 +74,13 @@ public:
 
     bool hasDependents() const { return m_dependents != nullptr; }
     /// The dependents in the order added, or null while there are none.
-    const OC_<Dependent>* dependents() const { return m_dependents; }
+    const OC_<Dependent>* dependents() const { return m_dependents.get(); }
 
 private:
     template <class F>
     void forEachDependent(F f);
 
-    OC_<Dependent>* m_dependents = nullptr;
+    std::unique_ptr<OC_<Dependent>> m_dependents;
     /// Counts removals, so that a round of updates in which nobody left needs no look-ups.
     unsigned m_removals = 0;
 };
@@ -113,7 +115,9 @@ public:
     void removeAllDependencies();
 
     bool isDependent() const { return m_models != nullptr; }
-    const OC_<iModel>* models() const { return m_models; }
+    /// The models this dependent is listed by, in the order added, or null while there are
+    /// none. The list belongs to the dependent.
+    const OC_<iModel>* models() const { return m_models.get(); }
     /// True if this dependent displays object; false here.
     virtual bool isImageFor(const TqObject& object) const;
 
@@ -141,7 +145,7 @@ public:
     ///@}
 
 private:
-    OC_<iModel>* m_models = nullptr;
+    std::unique_ptr<OC_<iModel>> m_models;
 };
 
 /// The notification side of the model classes whose update overloads forward to a more

@@ -7,6 +7,8 @@
 #include "core/TqExport.h"
 #include "hdl/HDLConstant.h"
 
+#include <memory>
+
 /// The answer of a comparison: false, true or unknown (an X or Z bit decided it).
 enum BIGINTBOOLEAN : int {
     BIGINT_FALSE = 0,
@@ -74,7 +76,7 @@ public:
     /// True if some bit is neither '0' nor '1'.
     bool hasNonNumericBit() const;
     /// In place: the representation string (sign character and bits), null when there is none.
-    const char* bsl() const { return m_bsl; }
+    const char* bsl() const { return m_bsl.get(); }
 
     // --- Text -------------------------------------------------------------------------------
     /// The converters return null for a value of width 0; otherwise the text is on the heap and
@@ -299,7 +301,7 @@ private:
     char signCharacter() const { return m_bsl != nullptr ? m_bsl[0] : '0'; }
     ///@}
     /// The bit characters, or an empty string for a value without one.
-    const char* bitChars() const { return m_bsl != nullptr ? m_bsl + 1 : ""; }
+    const char* bitChars() const { return m_bsl != nullptr ? m_bsl.get() + 1 : ""; }
     /// The common step of the five bitwise operators; table is a FourStateTable.
     static BigInt& bitWise(int table, const BigInt& left, const BigInt& right);
     /// The character the text converters fill extra high positions with.
@@ -315,5 +317,5 @@ private:
     static bool v_shutDownRegistered;
 
     unsigned m_width = 0;
-    char* m_bsl = nullptr;
+    std::unique_ptr<char[]> m_bsl;
 };

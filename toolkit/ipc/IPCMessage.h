@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
 
 // The frame header: five 32-bit integers in network byte order, then the payload text.
 struct TQ_EXPORT IPCHeader {
@@ -59,15 +60,15 @@ public:
 
     int code() const { return m_code; }
     int value() const { return m_value; }
-    // The text, owned by the message; null when it has none.
-    const char* text() const { return m_text; }
-    // Replaces the text with a copy of text (null clears it).
+    /// The text, owned by the message; null when it has none.
+    const char* text() const { return m_text.get(); }
+    /// Replaces the text with a copy of text (null clears it).
     void setText(const char* text);
 
 private:
     int m_code = 0;
     int m_value = 0;
-    char* m_text = nullptr;
+    std::unique_ptr<char[]> m_text;
 };
 
 // A command for the peer. Its text is written as a command-server request: a 4-byte
@@ -99,8 +100,9 @@ public:
     IPCErrorMessage() = default;
     // The text is copied.
     explicit IPCErrorMessage(char* errMessage) : IPCMessage(0, 0, errMessage) {}
-    IPCMessageKind isa() const override { return IPC_ERROR_MESSAGE; }
     void setErrMessage(char* errMessage) { setText(errMessage); }
-    // Prints "Dumping IPCErrorMessage:" followed by the text ("NULL" without one).
+    /// IPC_ERROR_MESSAGE.
+    IPCMessageKind isa() const override { return IPC_ERROR_MESSAGE; }
+    /// Prints "Dumping IPCErrorMessage:" followed by the text ("NULL" without one).
     void dump() const override;
 };

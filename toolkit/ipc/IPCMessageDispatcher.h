@@ -4,13 +4,13 @@
 #pragma once
 
 #include "core/TqExport.h"
+#include "ipc/IPCMessage.h"
 
+#include <memory>
 #include <mutex>
 #include <vector>
 
-class IPCCommand;
-class IPCMessage;
-
+/// Receives the messages of the channel; the application implements it.
 class TQ_EXPORT IPCMessageHandler {
 public:
     virtual ~IPCMessageHandler();
@@ -42,6 +42,6 @@ public:
 private:
     mutable std::mutex m_mutex;
     IPCMessageHandler* m_handler;
-    std::vector<IPCCommand*> m_commands;
-    std::vector<IPCMessage*> m_messages;
+    std::vector<std::unique_ptr<IPCCommand>> m_commands;
+    std::vector<std::unique_ptr<IPCMessage>> m_messages;
 };

@@ -4,6 +4,8 @@
 
 #include "core/TqExport.h"
 
+#include <memory>
+
 class IPCByteSource;
 class IPCMessage;
 
@@ -22,9 +24,9 @@ public:
 
     void setSeparater(char separater) { m_separater = separater; }
     char separater() const { return m_separater; }
-    // The text of the last message read, owned by the parser; null when it had none.
-    const char* record() const { return m_record; }
-    // Keeps a copy of text (null clears the record).
+    /// The text of the last message read, owned by the parser; null when it had none.
+    const char* record() const { return m_record.get(); }
+    /// Keeps a copy of text (null clears the record).
     void setRecord(const char* text);
     // The header bytes the last getMessage read: 20, fewer when the stream ended, -1 when
     // it failed.
@@ -39,7 +41,7 @@ protected:
 
 private:
     char m_separater = '\n';
-    char* m_record = nullptr;
+    std::unique_ptr<char[]> m_record;
     bool m_done = false;
     long m_lastHeaderBytes = 0;
 };

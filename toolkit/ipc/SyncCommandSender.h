@@ -47,7 +47,7 @@ public:
 
     // The last reply read (owned by the sender until taken); set under commandMutex().
     void setIPCMessage(IPCMessage* message);
-    IPCMessage* getIPCMessage() const { return m_message; }
+    IPCMessage* getIPCMessage() const { return m_message.get(); }
 
     void setContinueFlag(bool proceed) { m_continue = proceed; }
     bool getContinueFlag() const { return m_continue.load(); }
@@ -78,8 +78,8 @@ private:
     long m_replyTimeout = 2000;
     std::unique_ptr<SocketOStream> m_ostrm;
     std::deque<std::pair<IPCCommand*, int>> m_queue;
-    IPCMessage* m_message = nullptr;
-    IPCCommand* m_answered = nullptr; // the synchronous command whose reply awaits its waiter
+    std::unique_ptr<IPCMessage> m_message;
+    IPCCommand* m_answered = nullptr; ///< the synchronous command whose reply awaits its waiter
     std::atomic<bool> m_continue{true};
     ProtectedResource m_commandMutex{"SyncCommandSender"};
     SyncSignal m_cmdSignal{m_commandMutex};

@@ -12,6 +12,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -198,8 +199,8 @@ private:
     void assertNotInHandler(const char* operation) const;
     SyncSignal& finishedSignalOf(TclServerCommand* command);
 
-    TclServerConnectionAcceptor* m_acceptor = nullptr;
-    TclConnectionTimer* m_timer = nullptr;
+    std::unique_ptr<TclServerConnectionAcceptor> m_acceptor;
+    std::unique_ptr<TclConnectionTimer> m_timer;
     IPCPortFile* m_portFile = nullptr;
 
     mutable std::mutex m_connectionsMutex; // slots, count and reap list

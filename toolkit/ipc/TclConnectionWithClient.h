@@ -10,6 +10,7 @@
 #include "ipc/ThreadMainObject.h"
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -116,7 +117,7 @@ private:
     TclCommandServer* m_server;
     unsigned int m_socket;
     Tcl_Interp* m_interp = nullptr;
-    char* m_buffer = nullptr;
+    std::unique_ptr<char[]> m_buffer;
     std::atomic<bool> m_evaluating{false};
     std::atomic<bool> m_handingOver{false}; // waiting for the servicing thread
     std::atomic<long long> m_lastActivity;  // steady clock, milliseconds
@@ -129,5 +130,5 @@ private:
     SyncSignal m_commandDone;
     /// Guards writes and the handle's end: broadcasts and replies come from different threads.
     std::mutex m_sendMutex;
-    std::vector<TclServerCommand*> m_commands;
+    std::vector<std::unique_ptr<TclServerCommand>> m_commands;
 };

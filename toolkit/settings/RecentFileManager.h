@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <memory>
+
 class Menu;
 class QSettings;
 class TqActionTable;
@@ -37,7 +39,7 @@ public:
     int numberOfFiles() const;
     unsigned short maxNumberOfFiles() const { return m_maxFiles; }
     /// The settings group, owned by the list; "" for the top level.
-    const char* group() const { return m_group; }
+    const char* group() const { return m_group.get(); }
 
     /// Empties the list and fills it from the group of the settings file at settingsFile (in
     /// the IniSettings form): every slot key that exists with a non-empty value goes into the
@@ -76,7 +78,7 @@ private:
     void initMenuItems(TqActionTable& items, int previousCount) const;
     void clearMenuItems(TqActionTable& items) const;
 
-    char** m_files;
-    char* m_group;
+    std::unique_ptr<std::unique_ptr<char[]>[]> m_files;
+    std::unique_ptr<char[]> m_group;
     unsigned short m_maxFiles;
 };

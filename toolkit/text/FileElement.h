@@ -9,6 +9,7 @@
 #include "text/Token.h"
 
 #include <cstddef>
+#include <memory>
 #include <new>
 
 /// A keyword or bracket a parser knows; tables of them end with a record whose name is null.
@@ -136,17 +137,18 @@ public:
 
 private:
     const FileElement* child(short index) const;
-    void adopt(FileElement* element);
+    void adopt(std::unique_ptr<FileElement> element);
 
     const KeywordDescriptor* m_descriptor;
     ///@{
     /// Most lists hold a keyword's few arguments, so the first children live in the element
     /// itself and only longer lists take an array from the heap.
     static constexpr std::size_t v_inlineChildren = 4;
-    FileElement** m_children = m_inline;
+    std::unique_ptr<FileElement> m_inline[v_inlineChildren];
+    std::unique_ptr<std::unique_ptr<FileElement>[]> m_grown;
+    std::unique_ptr<FileElement>* m_children = m_inline;
     std::size_t m_count = 0;
     std::size_t m_capacity = v_inlineChildren;
-    FileElement* m_inline[v_inlineChildren];
     ///@}
 };
 

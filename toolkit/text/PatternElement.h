@@ -3,6 +3,7 @@
 #include "core/TqExport.h"
 #include "core/TqObject.h"
 
+#include <memory>
 #include <span>
 #include <string_view>
 
@@ -35,9 +36,9 @@ public:
     [[nodiscard]] virtual PatternElement* copy() const = 0;
 
     /// The rest of the chain (owned by this element), or null at the end.
-    const PatternElement* next() const { return m_next; }
+    const PatternElement* next() const { return m_next.get(); }
     /// The element's argument, in place (owned by the element); null when it has none.
-    const char* string() const { return m_string; }
+    const char* string() const { return m_string.get(); }
     /// Replaces the argument with a heap copy of text (null clears it).
     void setString(const char* text);
 
@@ -54,8 +55,8 @@ protected:
 
 private:
     friend class Pattern;
-    PatternElement* m_next = nullptr;
-    char* m_string = nullptr;
+    std::unique_ptr<PatternElement> m_next;
+    std::unique_ptr<char[]> m_string;
 };
 
 /// Consumes exactly its literal text (case-sensitive).
