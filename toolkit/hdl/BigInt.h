@@ -104,10 +104,10 @@ public:
     char* BSLToDecimal(unsigned width, unsigned group, bool isSigned) const;
 
     // --- Bitwise ----------------------------------------------------------------------------
+    ///@{
     /// Intermediate: the larger width, sign character '0', each bit from the operator's
     /// four-state table (X and Z behave alike; no result bit is ever Z). Two operands of width
     /// 0 give width 0 with the string "0".
-
     BigInt& operator&(const BigInt& other) const;
     BigInt& operator&(long other) const;
     BigInt& operator|(const BigInt& other) const;
@@ -118,6 +118,7 @@ public:
     BigInt& nor(long other) const;
     BigInt& nand(const BigInt& other) const;
     BigInt& nand(long other) const;
+    ///@}
     /// Intermediate: the same width, sign character '0', 0 and 1 swapped, X and Z give X.
     BigInt& operator~() const;
     ///@{
@@ -131,13 +132,14 @@ public:
     ///@}
 
     // --- Reductions -------------------------------------------------------------------------
+    ///@{
     /// Intermediate: width 1, the result bit both as sign character and as the bit. An X or Z
     /// that decides the answer writes a lower-case "x"; a width-0 value leaves a blank.
     /// reductionAnd of "1X1" is x and of "1X0" is 0.
-
     BigInt& reductionAnd() const;
     BigInt& reductionOr() const;
     BigInt& reductionXor() const;
+    ///@}
     ///@{
     /// The negations of the three above: 0 and 1 swap, "x" and a blank stay.
     BigInt& reductionNand() const;
@@ -284,6 +286,7 @@ public:
     static bool shutDown();
 
 private:
+    /// Takes bsl (from newBSL) as its own.
     BigInt(unsigned width, char* bsl) : m_width(width), m_bsl(bsl) {}
     void assignFromLong(long value);
     /// In place: the two's complement of the whole string, or all X bits with sign character

@@ -1,6 +1,3 @@
-// IPCMessageDispatcher and IPCMessageHandler: how messages read by the channel's threads
-// reach the application. The handler is called on those threads and passes each message
-// on to the main thread.
 #pragma once
 
 #include "core/TqExport.h"
@@ -14,29 +11,39 @@
 class TQ_EXPORT IPCMessageHandler {
 public:
     virtual ~IPCMessageHandler();
-    // Takes ownership of message; command is the command it answers (not owned), or null
-    // for an unsolicited message. Called on the channel's threads.
+    /// Takes ownership of message; command is the command it answers (not owned), or null
+    /// for an unsolicited message. Called on the channel's threads.
     virtual void handleMessage(IPCMessage* message, IPCCommand* command) = 0;
 };
 
+/// IPCMessageDispatcher and IPCMessageHandler: how messages read by the channel's threads
+/// reach the application. The handler is called on those threads and passes each message
+/// on to the main thread.
 class TQ_EXPORT IPCMessageDispatcher {
 public:
+    /// Hands messages to handler (not owned; null drops them).
     explicit IPCMessageDispatcher(IPCMessageHandler* handler = nullptr) : m_handler(handler) {}
-    // Deletes the commands and messages it keeps.
+    ///@{
+    /// Deletes the commands and messages it keeps.
     ~IPCMessageDispatcher();
     IPCMessageDispatcher(const IPCMessageDispatcher&) = delete;
     IPCMessageDispatcher& operator=(const IPCMessageDispatcher&) = delete;
+    ///@}
 
-    // The handler is not owned.
+    ///@{
+    /// The handler is not owned.
     void setHandler(IPCMessageHandler* handler);
     IPCMessageHandler* handler() const;
-    // Keeps command or message (taking ownership) until the dispatcher is destroyed.
+    ///@}
+    ///@{
+    /// Keeps command or message (taking ownership) until the dispatcher is destroyed.
     void addCommand(IPCCommand* command);
     void addMessage(IPCMessage* message);
     int numCommands() const;
     int numMessages() const;
-    // Hands message (ownership included) with the command it answers to the handler; with
-    // no handler the dispatcher keeps the message. Safe from any thread.
+    ///@}
+    /// Hands message (ownership included) with the command it answers to the handler; with
+    /// no handler the dispatcher keeps the message. Safe from any thread.
     void sendMessage(IPCMessage* message, IPCCommand* command);
 
 private:

@@ -67,5 +67,6 @@ private:
 /// Orders NUL-terminated strings by their characters (strcmp), for ordered containers keyed by
 /// const char*; a null string sorts before every other.
 struct TQ_EXPORT CharCompare {
+    /// True when a sorts before b.
     bool operator()(const char* a, const char* b) const;
 };

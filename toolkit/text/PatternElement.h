@@ -43,6 +43,7 @@ public:
     void setString(const char* text);
 
 protected:
+    /// An element with a heap copy of argument (null: none) and no next element.
     explicit PatternElement(const char* argument = nullptr);
 
     /// One element's step of match(), for every start position at once. text runs from the
@@ -62,6 +63,7 @@ private:
 /// Consumes exactly its literal text (case-sensitive).
 class TQ_EXPORT StringPatternElement : public PatternElement {
 public:
+    /// Matches exactly the characters of literal (copied).
     explicit StringPatternElement(const char* literal);
     PatternElement* copy() const override;
 
@@ -98,6 +100,7 @@ protected:
 /// end of the string included), so the stop character itself is left for the rest.
 class TQ_EXPORT NCharsNotInStrPatternElement : public PatternElement {
 public:
+    /// Stops before any character of set (copied).
     explicit NCharsNotInStrPatternElement(const char* set);
     PatternElement* copy() const override;
 
@@ -110,6 +113,7 @@ protected:
 /// up to the end; an empty or null argument never stops before the end).
 class TQ_EXPORT NCharsNotCharPatternElement : public PatternElement {
 public:
+    /// Stops before the first character of stop (copied).
     explicit NCharsNotCharPatternElement(const char* stop);
     PatternElement* copy() const override;
 
@@ -122,6 +126,7 @@ protected:
 /// nothing at the end of the string. An empty or null argument matches only at the end.
 class TQ_EXPORT SeparatorOrEndStrPatternElement : public PatternElement {
 public:
+    /// Matches a run of the first character of separator (copied), or the end.
     explicit SeparatorOrEndStrPatternElement(const char* separator);
     PatternElement* copy() const override;
 
