@@ -60,7 +60,7 @@ protected:
 };
 } // namespace
 
-TEST(IPCMessageDispatcher, SendMessage_GoesToTheHandlerOrIsKept) {
+TEST(IPCMessageDispatcher, SendMessageGoesToTheHandlerOrIsKept) {
     Collector collector;
     IPCMessageDispatcher dispatcher;
     dispatcher.sendMessage(new IPCMessage(1, 2, "kept"), nullptr);
@@ -77,7 +77,7 @@ TEST(IPCMessageDispatcher, SendMessage_GoesToTheHandlerOrIsKept) {
 // Sync and async commands go out in order; a reply goes back to its waiter, or to the
 // handler it names; an unanswered one gives null after the reply time. A command that cannot
 // be written tells the dispatcher DISCONNECTED_FROM_SE and ends the thread.
-TEST_F(ChannelTest, SyncCommandSender_WritesInOrderAndHandsRepliesBack) {
+TEST_F(ChannelTest, SyncCommandSenderWritesInOrderAndHandsRepliesBack) {
     LogCapture log;
     sender.setReplyTimeout(100);
     startSender();
@@ -109,7 +109,7 @@ TEST_F(ChannelTest, SyncCommandSender_WritesInOrderAndHandsRepliesBack) {
 }
 
 // Threads that send at once each get the reply to their own command.
-TEST_F(ChannelTest, SyncCommandSender_GivesConcurrentSendersTheirOwnReplies) {
+TEST_F(ChannelTest, SyncCommandSenderGivesConcurrentSendersTheirOwnReplies) {
     startSender();
     constexpr int senders = 4, rounds = 50;
     std::thread echo([&] {
@@ -137,7 +137,7 @@ TEST_F(ChannelTest, SyncCommandSender_GivesConcurrentSendersTheirOwnReplies) {
     EXPECT_EQ(right.load(), senders * rounds);
 }
 
-TEST_F(ChannelTest, AsyncEventReceiver_DispatchesPeerMessagesUntilTheStreamEndsOrItStops) {
+TEST_F(ChannelTest, AsyncEventReceiverDispatchesPeerMessagesUntilTheStreamEndsOrItStops) {
     AsyncEventReceiver receiver(&parser, &dispatcher, nullptr), idle(&parser, &dispatcher, nullptr);
     receiver.setSocket(pair.ours);
     IPCCommand hello("hello"), context("context");
@@ -165,7 +165,7 @@ TEST_F(ChannelTest, AsyncEventReceiver_DispatchesPeerMessagesUntilTheStreamEndsO
     EXPECT_TRUE(idle.threadFinished()) << "stop ends a receiver that waits for data";
 }
 
-TEST(AutoConnectPoller, PortFileThatAppears_IsReportedOnceAndStopPollingEndsQuietly) {
+TEST(AutoConnectPoller, PortFileThatAppearsIsReportedOnceAndStopPollingEndsQuietly) {
     const std::string path = ::testing::TempDir() + "tq_poller.port";
     std::remove(path.c_str());
     IPCPortFile portFile(path.c_str());

@@ -22,7 +22,7 @@ const std::uint32_t magic = IPCHeader::magic;
 } // namespace
 
 // A claimed length beyond the bytes that arrive costs only those bytes.
-TEST(IPCMessageParser, GetMessage_GivesEachOutcomeWithItsLogLines) {
+TEST(IPCMessageParser, GetMessageGivesEachOutcomeWithItsLogLines) {
     struct Case {
         std::string bytes;
         bool failAtEnd, message, readError;
@@ -74,7 +74,7 @@ TEST(IPCMessageParser, GetMessage_GivesEachOutcomeWithItsLogLines) {
 }
 
 // A status code past the named ones prints no name.
-TEST(IPCMessage, Dumps_PrintTheirExactTexts) {
+TEST(IPCMessage, DumpsPrintTheirExactTexts) {
     char errorText[] = "disk full";
     std::vector<std::tuple<std::shared_ptr<IPCMessage>, IPCMessageKind, std::string>> cases = {
         {std::make_shared<IPCMessage>(), IPC_MESSAGE, "Dumping IPCMessage.\n"},
@@ -98,7 +98,7 @@ TEST(IPCMessage, Dumps_PrintTheirExactTexts) {
 
 // Replies are read one message at a time; an unread payload is skipped, a bad magic ends the
 // stream. A write fails without a signal once the peer is gone.
-TEST(SocketStreams, OStreamAndIStream_CarryRequestsAndFramedReplies) {
+TEST(SocketStreams, OStreamAndIStreamCarryRequestsAndFramedReplies) {
     SocketPair pair;
     ASSERT_TRUE(sendAll(pair.peer, replyFrame("first") + replyFrame("") + replyFrame("second") +
                                        replyFrame("skip") + frameBytes(0xBAD, 0, 0, 0, "")));

@@ -7,7 +7,7 @@
 
 #include <sys/stat.h>
 
-TEST(IPCPortFile, Write_GivesExactlyTwoLinesReadableByTheOwnerOnly) {
+TEST(IPCPortFile, WriteGivesExactlyTwoLinesReadableByTheOwnerOnly) {
     const std::string path = ::testing::TempDir() + "tq_write.port";
     writeText(path, "stale text that is longer than the new file\n");
     ::chmod(path.c_str(), 0644);
@@ -28,7 +28,7 @@ TEST(IPCPortFile, Write_GivesExactlyTwoLinesReadableByTheOwnerOnly) {
 // Both keys in any order and nothing less; the blanks around "=" are part of the form, but
 // any white space will do; the last value counts, read by atoi rules; overlong lines are
 // skipped.
-TEST(IPCPortFile, Read_AcceptsBothKeysInAnyOrderAndNothingLess) {
+TEST(IPCPortFile, ReadAcceptsBothKeysInAnyOrderAndNothingLess) {
     const std::string longLine = std::string(500, 'k') + " = " + std::string(300, '7') + "\n";
     const std::tuple<std::string, bool, int, int> cases[] = {
         {"owner = 1\nport = 5000\n", true, 1, 5000},
@@ -63,7 +63,7 @@ TEST(IPCPortFile, Read_AcceptsBothKeysInAnyOrderAndNothingLess) {
 
 // The token is a third line after the two that readers of the plain form know, so they still
 // accept the file; the reader takes it when present and clears it when absent.
-TEST(IPCPortFile, Token_IsAThirdLineThatPlainReadersSkip) {
+TEST(IPCPortFile, TokenIsAThirdLineThatPlainReadersSkip) {
     const std::string path = ::testing::TempDir() + "tq_token.port";
     IPCPortFile written(path.c_str());
     written.setOwner(2);

@@ -11,7 +11,7 @@ using TclCommandServerTest = ServerTest;
 
 // A null or empty text is a bare header; the next reply follows it at once. Each reply is
 // logged with its text, its type, its byte count and a dump.
-TEST_F(TclCommandServerTest, Replies_AreTheExactHeaderAndTextInOrderAndLogged) {
+TEST_F(TclCommandServerTest, RepliesAreTheExactHeaderAndTextInOrderAndLogged) {
     LogCapture log;
     RawClient client(server.port());
     ASSERT_TRUE(client.sendScript("say; say {}; beep"));
@@ -33,7 +33,7 @@ TEST_F(TclCommandServerTest, Replies_AreTheExactHeaderAndTextInOrderAndLogged) {
     EXPECT_TRUE(eventually([&] { return log.missing(lines).empty(); })) << log.missing(lines);
 }
 
-TEST_F(TclCommandServerTest, Scripts_AnswerAsTheProtocolSays) {
+TEST_F(TclCommandServerTest, ScriptsAnswerAsTheProtocolSays) {
     const std::pair<const char*, std::vector<std::string>> cases[] = {
         {"no_such_command", {"Bad command"}},
         {"set x 1", {}}, // a script whose commands send nothing gets no reply
@@ -52,7 +52,7 @@ TEST_F(TclCommandServerTest, Scripts_AnswerAsTheProtocolSays) {
 
 // Up to 1023 bytes of script are read whole; of a longer one the first 1023 bytes run and the
 // surplus is read as the start of the next header.
-TEST_F(TclCommandServerTest, ScriptOver1023Bytes_IsCutAndItsSurplusReadAsTheNextHeader) {
+TEST_F(TclCommandServerTest, ScriptOver1023BytesIsCutAndItsSurplusReadAsTheNextHeader) {
     const std::string next = RawClient::frame("beep");
     std::string script = "beep ;#";
     script.resize(1023, 'x');
@@ -70,7 +70,7 @@ TEST_F(TclCommandServerTest, ScriptOver1023Bytes_IsCutAndItsSurplusReadAsTheNext
 
 // A quit command, an empty script and a client that stops short (which the server takes as
 // quit) each end the connection and free its slot, with their log lines.
-TEST_F(TclCommandServerTest, QuitAndBrokenClients_EndTheConnectionWithTheirLogLines) {
+TEST_F(TclCommandServerTest, QuitAndBrokenClientsEndTheConnectionWithTheirLogLines) {
     const std::tuple<std::string, const char*, bool> cases[] = {
         // bytes, log line, server closes
         {RawClient::frame("quit"), "received 'quit'\n", true},
@@ -101,7 +101,7 @@ TEST_F(TclCommandServerTest, QuitAndBrokenClients_EndTheConnectionWithTheirLogLi
 
 // Sync commands run on the one servicing thread; async ones on their connection's own thread,
 // where sendResp still answers their own client.
-TEST_F(TclCommandServerTest, HandOver_RunsSyncCommandsOnTheServicingThreadAndAsyncOnesOnTheirOwn) {
+TEST_F(TclCommandServerTest, HandOverRunsSyncCommandsOnTheServicingThreadAndAsyncOnesOnTheirOwn) {
     RawClient first(server.port()), second(server.port());
     const std::string servicer = first.request("where"), ownOfFirst = first.request("here");
     EXPECT_EQ(second.request("where"), servicer);
@@ -109,7 +109,7 @@ TEST_F(TclCommandServerTest, HandOver_RunsSyncCommandsOnTheServicingThreadAndAsy
     EXPECT_NE(ownOfFirst, servicer);
 }
 
-TEST_F(TclCommandServerTest, Broadcast_ReachesOnlySubscribedClients) {
+TEST_F(TclCommandServerTest, BroadcastReachesOnlySubscribedClients) {
     RawClient listener(server.port()), bystander(server.port()), speaker(server.port());
     ASSERT_EQ(listener.request("subscribe"), "subscribed");
     ASSERT_TRUE(speaker.sendScript("announce hello"));
@@ -118,7 +118,7 @@ TEST_F(TclCommandServerTest, Broadcast_ReachesOnlySubscribedClients) {
     EXPECT_EQ(speaker.replyText(100), "<no reply>");
 }
 
-TEST_F(TclCommandServerTest, RequestStop_ReleasesAWaitingSenderWithAnError) {
+TEST_F(TclCommandServerTest, RequestStopReleasesAWaitingSenderWithAnError) {
     TestServer idle(false); // no servicing thread: a handed-over command waits
     ASSERT_TRUE(idle.start());
     RawClient client(idle.port());
@@ -135,7 +135,7 @@ TEST_F(TclCommandServerTest, RequestStop_ReleasesAWaitingSenderWithAnError) {
     EXPECT_EQ(idle.numConnections(), 0);
 }
 
-TEST(TclCommandServerNoThreads, PollingMode_ServesClientsOnTheCallersThread) {
+TEST(TclCommandServerNoThreads, PollingModeServesClientsOnTheCallersThread) {
     QuietSystem system;
     appiApplication application;
     application.setDisableThreads(1);
@@ -168,7 +168,7 @@ TEST(TclCommandServerNoThreads, PollingMode_ServesClientsOnTheCallersThread) {
 // A port file with owner 1 orders the port: the server listens there and leaves the file, or
 // fails with the bind message while the port is taken. Any other file, or none, is replaced by
 // one with owner 2, which goes when the server stops.
-TEST_F(TclCommandServerTest, PortFile_OfOwnerOneOrdersThePortAndAnyOtherIsReplaced) {
+TEST_F(TclCommandServerTest, PortFileOfOwnerOneOrdersThePortAndAnyOtherIsReplaced) {
     const std::string path = ::testing::TempDir() + "tq_server.port";
     const int taken = server.port();
     const std::string ordered = "port = " + std::to_string(taken) + "\nowner = 1\n";
@@ -212,7 +212,7 @@ TEST_F(TclCommandServerTest, PortFile_OfOwnerOneOrdersThePortAndAnyOtherIsReplac
     std::remove(path.c_str());
 }
 
-TEST(TclConnectionWithClientStatic, EncodeRespAndWriteInt_GiveTheMarkersAndBigEndianBytes) {
+TEST(TclConnectionWithClientStatic, EncodeRespAndWriteIntGiveTheMarkersAndBigEndianBytes) {
     // TCS_NONE to TCS_DISCONNECT, then a value that is no type
     // clang-format off
     const char* const markers[] = {"", "__TCS__ERROR__", "__TCS__RESULT__",

@@ -20,7 +20,7 @@ int threads() {
 }
 } // namespace
 
-TEST_F(TclServerReliability, SixteenClients_AreServedAtOnceAndASeventeenthIsRefused) {
+TEST_F(TclServerReliability, SixteenClientsAreServedAtOnceAndASeventeenthIsRefused) {
     std::vector<std::unique_ptr<RawClient>> clients;
     for (int i = 0; i < TclCommandServer::maxConnections; ++i) {
         clients.push_back(std::make_unique<RawClient>(server.port()));
@@ -43,7 +43,7 @@ TEST_F(TclServerReliability, SixteenClients_AreServedAtOnceAndASeventeenthIsRefu
     EXPECT_EQ(RawClient(server.port()).request("beep"), beeped) << "a freed slot is used again";
 }
 
-TEST_F(TclServerReliability, TwoThousandConnectQuitCycles_LeaveDescriptorsAndThreadsAsTheyWere) {
+TEST_F(TclServerReliability, TwoThousandConnectQuitCyclesLeaveDescriptorsAndThreadsAsTheyWere) {
     {
         RawClient warmUp(server.port());
         ASSERT_EQ(warmUp.request("beep"), beeped);
@@ -76,7 +76,7 @@ TEST_F(TclServerReliability, TwoThousandConnectQuitCycles_LeaveDescriptorsAndThr
         << threads() << " threads, " << threadsBefore << " before";
 }
 
-TEST_F(TclServerReliability, ClientThatNeverReads_IsDroppedAndOthersAreStillServed) {
+TEST_F(TclServerReliability, ClientThatNeverReadsIsDroppedAndOthersAreStillServed) {
     server.setSendTimeout(200); // taken by the connections accepted from now on
     RawClient stubborn(server.port());
     // Far more reply bytes than the socket buffers hold; the client reads none of them.
@@ -124,7 +124,7 @@ INSTANTIATE_TEST_SUITE_P(TclServerReliability, ShortConnections, ::testing::Valu
 
 // Sixteen clients that connect and send nothing, one of them half a script, are let go after
 // the idle limit, and the slots serve new clients again.
-TEST_F(TclServerReliability, IdleClients_AreClosedAfterTheIdleLimitAndNewClientsServed) {
+TEST_F(TclServerReliability, IdleClientsAreClosedAfterTheIdleLimitAndNewClientsServed) {
     server.setIdleTimeout(300);
     std::vector<std::unique_ptr<RawClient>> idle;
     for (int i = 0; i < TclCommandServer::maxConnections; ++i) {
@@ -143,7 +143,7 @@ TEST_F(TclServerReliability, IdleClients_AreClosedAfterTheIdleLimitAndNewClients
 
 // A script over the time limit fails (catch cannot hold it up) and the next script gets a fresh
 // limit.
-TEST_F(TclServerReliability, RunawayScript_IsStoppedByTheTimeLimit) {
+TEST_F(TclServerReliability, RunawayScriptIsStoppedByTheTimeLimit) {
     server.setScriptTimeLimit(200);
     RawClient client(server.port());
     for (const char* script : {"while 1 {}", "catch {while 1 {}}; beep", "after 5000"}) {
@@ -158,7 +158,7 @@ TEST_F(TclServerReliability, RunawayScript_IsStoppedByTheTimeLimit) {
 // Stopping the server cancels the scripts that are running, even those that catch errors, and
 // returns within a second; a stop requested from another thread (one that watches signals)
 // cancels them too, and they are answered as failed.
-TEST_F(TclServerReliability, Stop_CancelsRunningScripts) {
+TEST_F(TclServerReliability, StopCancelsRunningScripts) {
     RawClient spinning(server.port()), catching(server.port()), waiting(server.port());
     ASSERT_TRUE(spinning.sendScript("while 1 {}"));
     ASSERT_TRUE(catching.sendScript("while 1 {catch {while 1 {}}}"));

@@ -51,7 +51,7 @@ protected:
 
 // A send before the wait is kept for it; a timed wait that gets none returns false after its
 // limit, holding the mutex again.
-TEST_F(SyncSignalTest, SendIsKeptForOneWait_AndAWaitWithoutOneEndsAtItsLimit) {
+TEST_F(SyncSignalTest, SendIsKeptForOneWaitAndAWaitWithoutOneEndsAtItsLimit) {
     EXPECT_STREQ(resource.name(), "");
     resource.vAquire();
     signal.vSend();
@@ -66,7 +66,7 @@ TEST_F(SyncSignalTest, SendIsKeptForOneWait_AndAWaitWithoutOneEndsAtItsLimit) {
     resource.vRelease();
 }
 
-TEST_F(SyncSignalTest, SendWakesExactlyOneWaiter_SendAllWakesEveryOneAndLeavesNothing) {
+TEST_F(SyncSignalTest, SendWakesExactlyOneWaiterSendAllWakesEveryOneAndLeavesNothing) {
     EXPECT_EQ(wakeWaiters(3, 300, &SyncSignal::vSend), 1);
     EXPECT_EQ(wakeWaiters(4, 5000, &SyncSignal::vSendAll), 4);
     resource.vAquire();
@@ -74,7 +74,7 @@ TEST_F(SyncSignalTest, SendWakesExactlyOneWaiter_SendAllWakesEveryOneAndLeavesNo
     resource.vRelease();
 }
 
-TEST(ThreadMainObject, Activate_RunsTheThreadOnceAndAPseudoObjectRunsNone) {
+TEST(ThreadMainObject, ActivateRunsTheThreadOnceAndAPseudoObjectRunsNone) {
     Counter counter(false), pseudo(true);
     EXPECT_TRUE(counter.threadFinished()) << "nothing runs before activate";
     ASSERT_TRUE(counter.activate());

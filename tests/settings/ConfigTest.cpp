@@ -72,7 +72,7 @@ protected:
     void finishWriting() override { steps.push_back("finish"); }
 };
 
-TEST_F(ConfigFile, MissingFile_GivesEveryDefault) {
+TEST_F(ConfigFile, MissingFileGivesEveryDefault) {
     Config config;
     config.readConfig();
     EXPECT_EQ(Config::undoLevels(), 5);
@@ -94,7 +94,7 @@ TEST_F(ConfigFile, MissingFile_GivesEveryDefault) {
               static_cast<unsigned long>(QApplication::doubleClickInterval()));
 }
 
-TEST_F(ConfigFile, HandWrittenKeys_ConvertAsTheTableSays) {
+TEST_F(ConfigFile, HandWrittenKeysConvertAsTheTableSays) {
     // clang-format off
     const struct { const char* line; std::function<bool()> holds; } rows[] = {
         {"UndoLevels=25", [] { return Config::undoLevels() == 10; }},
@@ -145,7 +145,7 @@ TEST_F(ConfigFile, HandWrittenKeys_ConvertAsTheTableSays) {
     }
 }
 
-TEST_F(ConfigFile, ReadConfig_HooksSeeTheSettingsReadBeforeThem) {
+TEST_F(ConfigFile, ReadConfigHooksSeeTheSettingsReadBeforeThem) {
     RecordingConfig config;
     Config::setSaveOnExit(0);
     readFrom("[General]\nPrintInColor=y\nUndoLevels=7\nUseCtl3D=false\nSaveOnExit=true\n"
@@ -158,7 +158,7 @@ TEST_F(ConfigFile, ReadConfig_HooksSeeTheSettingsReadBeforeThem) {
     EXPECT_TRUE(WsdWindow::cacheScreenBits());
 }
 
-TEST_F(ConfigFile, SetDefaults_ResetsItsSettingsAndLeavesTheOthers) {
+TEST_F(ConfigFile, SetDefaultsResetsItsSettingsAndLeavesTheOthers) {
     Config config;
     readFrom("[General]\nUndoLevels=2\nPrintInColor=n\nDialogFont=Serif,12\nPrintSetup=x\n"
              "ExportMifAsAFrame=1\nSaveOnExit=0\nSaveWindowPos=0\nUseCtl3D=0\n"
@@ -190,7 +190,7 @@ const char* const handFile = "[General]\n"
                              "[Recent]\n"
                              "File00=/a.tqd\n";
 
-TEST_F(ConfigFile, WriteConfigFalse_ChangesOnlySaveOnExit) {
+TEST_F(ConfigFile, WriteConfigFalseChangesOnlySaveOnExit) {
     RecordingConfig config;
     readFrom(handFile, config);
     const Keys before = rawKeys(m_path);
@@ -202,7 +202,7 @@ TEST_F(ConfigFile, WriteConfigFalse_ChangesOnlySaveOnExit) {
     EXPECT_EQ(config.steps, std::vector<std::string>{"finish"});
 }
 
-TEST_F(ConfigFile, WriteConfigTrue_StoresItsKeysAndKeepsTheRest) {
+TEST_F(ConfigFile, WriteConfigTrueStoresItsKeysAndKeepsTheRest) {
     for (const bool simpleButtons : {true, false}) {
         RecordingConfig config;
         std::string text = handFile;
@@ -237,7 +237,7 @@ TEST_F(ConfigFile, WriteConfigTrue_StoresItsKeysAndKeepsTheRest) {
     }
 }
 
-TEST_F(ConfigFile, WrittenFile_ReadsInAnotherIniReader) {
+TEST_F(ConfigFile, WrittenFileReadsInAnotherIniReader) {
     if (std::system("python3 -c 'import configparser' >/dev/null 2>&1") != 0)
         GTEST_SKIP() << "python3 with configparser is not available";
     Config config;
@@ -268,7 +268,7 @@ public:
     using Config::scanFont;
 };
 
-TEST(ConfigFont, ScanFont_ReadsTheDescriptionSyntax) {
+TEST(ConfigFont, ScanFontReadsTheDescriptionSyntax) {
     // clang-format off
     const struct { const char* text; const char* description; } rows[] = {
         {"Courier New,9.5,bold,italic",      "Courier New,9.5,bold,italic"},
@@ -304,7 +304,7 @@ TEST(ConfigFont, ScanFont_ReadsTheDescriptionSyntax) {
     EXPECT_EQ(unchanged.description(), "Kept,8");
 }
 
-TEST_F(ConfigFile, SerialNumberAndPrintSetup_AreWrittenOnTheirOwn) {
+TEST_F(ConfigFile, SerialNumberAndPrintSetupAreWrittenOnTheirOwn) {
     Config config;
     readFrom("[General]\nSerialNumber=TQ-1\n", config);
     Config::setSerialNumber("TQ-2");
@@ -324,7 +324,7 @@ TEST_F(ConfigFile, SerialNumberAndPrintSetup_AreWrittenOnTheirOwn) {
     EXPECT_EQ(Config::serialNumber(), nullptr);
 }
 
-TEST_F(ConfigFile, ApplicationResource_CopiesWithinTheBuffer) {
+TEST_F(ConfigFile, ApplicationResourceCopiesWithinTheBuffer) {
     Config config;
     readFrom("[General]\nHelpUrl=http://example.invalid/help\n", config);
     char buffer[12] = "xxxxxxxxxxx";
@@ -336,7 +336,7 @@ TEST_F(ConfigFile, ApplicationResource_CopiesWithinTheBuffer) {
     EXPECT_STREQ(buffer, "");
 }
 
-TEST_F(ConfigFile, SettingsFile_ComesFromTheApplicationUnlessSet) {
+TEST_F(ConfigFile, SettingsFileComesFromTheApplicationUnlessSet) {
     class App : public appiApplication {
     public:
         App() { setIniFile("tarq-config-test.ini"); }
@@ -353,7 +353,7 @@ TEST_F(ConfigFile, SettingsFile_ComesFromTheApplicationUnlessSet) {
 }
 
 // The toolkit's shutdown releases the settings while the window system runs.
-TEST_F(ConfigFile, ToolkitShutdown_ReleasesTheSettings) {
+TEST_F(ConfigFile, ToolkitShutdownReleasesTheSettings) {
     class App : public appiApplication {};
     App app;
     app.setWindowSystemRunning(1);

@@ -23,7 +23,7 @@ QByteArray writeMap(const QSettings::SettingsMap& map) {
     return bytes;
 }
 
-TEST(IniSettings, Read_TakesHandWrittenLinesAsText) {
+TEST(IniSettings, ReadTakesHandWrittenLinesAsText) {
     const QSettings::SettingsMap map = readText("TopKey = before any section\n"
                                                 "; a comment\n"
                                                 "# another comment\n"
@@ -63,7 +63,7 @@ TEST(IniSettings, Read_TakesHandWrittenLinesAsText) {
             << row.key;
 }
 
-TEST(IniSettings, WriteThenRead_GivesBackEveryValue) {
+TEST(IniSettings, WriteThenReadGivesBackEveryValue) {
     QSettings::SettingsMap map;
     map.insert("Commas", QString("a,b,,c"));
     map.insert("Quotes", QString("\"%FILE%\""));
@@ -88,14 +88,14 @@ TEST(IniSettings, WriteThenRead_GivesBackEveryValue) {
             << entry.key().toStdString();
 }
 
-TEST(IniSettings, Write_KeepsOneLinePerKeyAndOneTopSection) {
+TEST(IniSettings, WriteKeepsOneLinePerKeyAndOneTopSection) {
     QSettings::SettingsMap map;
     map.insert("Text", QString("one\r\ntwo\nthree"));
     map.insert("General/Moved", QString("to the top level"));
     EXPECT_EQ(writeMap(map), QByteArray("[General]\nMoved=to the top level\nText=one two three\n"));
 }
 
-TEST(IniSettings, BooleanOf_ReadsTheWordsPeopleWrite) {
+TEST(IniSettings, BooleanOfReadsTheWordsPeopleWrite) {
     // clang-format off
     const struct { const char* text; bool defaultValue; bool expected; } rows[] = {
         {"true", false, true}, {"YES", false, true}, {"on", false, true}, {"1", false, true},

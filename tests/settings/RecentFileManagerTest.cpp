@@ -25,14 +25,14 @@ std::vector<std::string> namesOf(const RecentFileManager& files) {
     return names;
 }
 
-TEST(RecentFileManager, KeyNames_WidenAtTheTenthSlot) {
+TEST(RecentFileManager, KeyNamesWidenAtTheTenthSlot) {
     const char* expected[] = {"File00", "File01", "File07", "File08", "File9", "File10", "File11"};
     const int indexes[] = {0, 1, 7, 8, 9, 10, 11};
     for (int i = 0; i < 7; ++i)
         EXPECT_EQ(RecentFileManager::keyOf(indexes[i]), QString(expected[i]));
 }
 
-TEST(RecentFileManager, AddFileName_MovesToTopAndDropsTheOldest) {
+TEST(RecentFileManager, AddFileNameMovesToTopAndDropsTheOldest) {
     RecentFileManager files("Recent", 3);
     EXPECT_EQ(files.numberOfFiles(), 0);
     files.addFileName("/d/a.tqd");
@@ -55,14 +55,14 @@ TEST(RecentFileManager, AddFileName_MovesToTopAndDropsTheOldest) {
     EXPECT_EQ(files.numberOfFiles(), 0);
 }
 
-TEST(RecentFileManager, RelativeNames_BecomeAbsolute) {
+TEST(RecentFileManager, RelativeNamesBecomeAbsolute) {
     RecentFileManager files("Recent", 2);
     files.addFileName("plain.tqd");
     EXPECT_EQ(std::string(files.fileName(0)),
               QDir::cleanPath(QDir::current().absoluteFilePath("plain.tqd")).toStdString());
 }
 
-TEST(RecentFileManager, WriteThenRead_KeepsTheList) {
+TEST(RecentFileManager, WriteThenReadKeepsTheList) {
     QTemporaryDir dir;
     const QString path = dir.filePath("recent.ini");
     RecentFileManager files("Recent", 11);
@@ -96,7 +96,7 @@ TEST(RecentFileManager, WriteThenRead_KeepsTheList) {
     EXPECT_EQ(namesOf(twoBack), (std::vector<std::string>{"/g/1.tqd", "-", "-", "-"}));
 }
 
-TEST(RecentFileManager, HandWrittenGroups_CloseTheirGaps) {
+TEST(RecentFileManager, HandWrittenGroupsCloseTheirGaps) {
     QTemporaryDir dir;
     const QString path = dir.filePath("recent.ini");
     // clang-format off
@@ -142,7 +142,7 @@ void expectState(const TqActionTable& items, bool anchor, std::vector<std::strin
     EXPECT_EQ(state.items, texts);
 }
 
-TEST(RecentFileManager, WindowMenu_ShowsTheListWithMnemonics) {
+TEST(RecentFileManager, WindowMenuShowsTheListWithMnemonics) {
     WsdTopWindow window;
     Menu* fileMenu = window.addMenu("&File");
     RecentFileManager files("Recent", 3);
@@ -178,7 +178,7 @@ TEST(RecentFileManager, WindowMenu_ShowsTheListWithMnemonics) {
     files.clearRecentFileMenu(nullptr);
 }
 
-TEST(RecentFileManager, PopupMenu_ShowsTheListInItsOwnItems) {
+TEST(RecentFileManager, PopupMenuShowsTheListInItsOwnItems) {
     Menu popup("Recent");
     RecentFileManager files("Recent", 10);
     files.appendRecentFileItems(popup, "Recent");

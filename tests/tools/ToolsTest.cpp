@@ -99,8 +99,9 @@ protected:
     // Per test and process, since ctest runs the tests side by side.
     std::string portFile = ::testing::TempDir() + "tq_tools_" +
                            ::testing::UnitTest::GetInstance()->current_test_info()->name() + "_" +
-                           std::to_string(::getpid()) + ".port",
-                serverOutput = portFile + ".out", clientOutput = portFile + ".client";
+                           std::to_string(::getpid()) + ".port";
+    std::string serverOutput = portFile + ".out";
+    std::string clientOutput = portFile + ".client";
     pid_t pid = -1;
     int port = 0;
 };
@@ -151,7 +152,7 @@ void writePortFile(const std::string& path, int port, const std::string& token) 
 
 // Every exit status of tqsend, each with its message: the replies and errors of a session, and
 // the ways a send goes wrong before or after it reaches a server.
-TEST_F(ToolsTest, Tqsend_ExitsWithADistinctStatusForEachOutcome) {
+TEST_F(ToolsTest, TqsendExitsWithADistinctStatusForEachOutcome) {
     EXPECT_EQ(send({"beep"}), std::pair(3, "tqsend: cannot read the port file " + portFile + "\n"));
     writePortFile(portFile, 1, ""); // nothing listens on port 1 of this machine's loopback
     EXPECT_EQ(send({"beep"}), std::pair(3, std::string("tqsend: cannot connect to 127.0.0.1:1\n")));
@@ -235,7 +236,7 @@ constexpr std::size_t longest = std::size_t(1) << 20; // sanitized builds are fa
 constexpr std::size_t longest = std::size_t(16) << 20;
 #endif
 
-TEST_F(ToolsTest, LongScripts_GoThroughBothClientsInPieces) {
+TEST_F(ToolsTest, LongScriptsGoThroughBothClientsInPieces) {
     startServer();
     const auto measuring = [](std::size_t length) {
         const std::string head = "result {string length {", tail = "}}";
@@ -273,7 +274,7 @@ TEST_F(ToolsTest, LongScripts_GoThroughBothClientsInPieces) {
 // present the token after another command, is answered "Bad command" and the connection
 // closed, with nothing run. --no-auth serves the bare protocol, and tqsend still opens a
 // session there.
-TEST_F(ToolsTest, OwnerOnlyDoor_TokenAcceptedRefusedAndAbsent) {
+TEST_F(ToolsTest, OwnerOnlyDoorTokenAcceptedRefusedAndAbsent) {
     startServer();
     IPCPortFile file(portFile.c_str());
     ASSERT_TRUE(file.readPortFile());
@@ -308,7 +309,7 @@ TEST_F(ToolsTest, OwnerOnlyDoor_TokenAcceptedRefusedAndAbsent) {
                                       "\"nonsense\"\n"));
 }
 
-TEST_F(ToolsTest, TclClient_RaisesScriptErrorsFromARealTclsh) {
+TEST_F(ToolsTest, TclClientRaisesScriptErrorsFromARealTclsh) {
     startServer();
     const std::string script = portFile + ".tcl",
                       connect = "tarqclient::connect {" + portFile + "}";
@@ -340,7 +341,7 @@ TEST_F(ToolsTest, TclClient_RaisesScriptErrorsFromARealTclsh) {
 // Every way the server stops, with threads and without: "shutdown", SIGTERM, and the timer,
 // which spares a server once a client came, even one that left. --safe takes file access
 // from "result".
-TEST_F(ToolsTest, ShutdownSigtermAndTimer_StopTheServerAndRemoveThePortFile) {
+TEST_F(ToolsTest, ShutdownSigtermAndTimerStopTheServerAndRemoveThePortFile) {
     enum Stop { Shutdown, Sigterm, Timer, TimerAfterAClientLeft };
     const std::pair<std::vector<std::string>, Stop> cases[] = {
         {{}, Shutdown},
@@ -383,7 +384,7 @@ TEST_F(ToolsTest, ShutdownSigtermAndTimer_StopTheServerAndRemoveThePortFile) {
 
 // A script that never ends neither keeps the server from stopping (by "shutdown" or any of
 // the stop signals, within a second) nor runs past the script limit.
-TEST_F(ToolsTest, RunawayScript_IsStoppedByTheLimitShutdownAndSignals) {
+TEST_F(ToolsTest, RunawayScriptIsStoppedByTheLimitShutdownAndSignals) {
     startServer({"--script-limit-ms", "300"});
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(send({"while 1 {}", "beep"}, "5000"),
@@ -416,7 +417,7 @@ TEST_F(ToolsTest, RunawayScript_IsStoppedByTheLimitShutdownAndSignals) {
 
 // The server refuses to serve where no client could find it, or where a server still answers,
 // and takes only well-formed options.
-TEST_F(ToolsTest, Lifecycle_PortFileProblemsAndWrongOptionsAreRefused) {
+TEST_F(ToolsTest, LifecyclePortFileProblemsAndWrongOptionsAreRefused) {
     const std::string unwritable = "/nonexistent-directory/tq.port";
     EXPECT_EQ(run({TQ_TQSERVER, "--port-file", unwritable}).first, 1);
     EXPECT_NE(readText(clientOutput).find("cannot write the port file " + unwritable),
@@ -449,7 +450,7 @@ TEST_F(ToolsTest, Lifecycle_PortFileProblemsAndWrongOptionsAreRefused) {
 
 // The signal goes on to the disposition the server replaced: the default action, or a
 // sanitizer's report (which ends the process with its own status) in sanitized builds.
-TEST_F(ToolsTest, FatalSignal_RemovesThePortFileAndStillEndsTheServer) {
+TEST_F(ToolsTest, FatalSignalRemovesThePortFileAndStillEndsTheServer) {
     for (const int signal : {SIGABRT, SIGSEGV}) {
         startServer();
         ::kill(pid, signal);

@@ -36,7 +36,7 @@ std::vector<wsiTopWindow*> registered() {
     return windows;
 }
 
-TEST_F(TopWindows, Registry_KeepsTheTopmostLast) {
+TEST_F(TopWindows, RegistryKeepsTheTopmostLast) {
     EXPECT_EQ(wsiTopWindow::topmostTopWindow(), nullptr);
     WsdTopWindow a, b, c;
     EXPECT_EQ(registered(), (std::vector<wsiTopWindow*>{&a, &b, &c}));
@@ -61,7 +61,7 @@ TEST_F(TopWindows, Registry_KeepsTheTopmostLast) {
     EXPECT_FALSE(wsiTopWindow::isTopWindow(a));
 }
 
-TEST_F(TopWindows, Disable_NestsAndTouchesOnlyOpenWindows) {
+TEST_F(TopWindows, DisableNestsAndTouchesOnlyOpenWindows) {
     WsdTopWindow shown, other, hidden;
     shown.showWindow();
     other.showWindow();
@@ -98,7 +98,7 @@ std::vector<std::vector<int>> edgesOf(const DeviceRectangle* rectangles, int cou
     return edges;
 }
 
-TEST_F(TopWindows, Cascade_StepsFromTopLeftToTheFirstWindow) {
+TEST_F(TopWindows, CascadeStepsFromTopLeftToTheFirstWindow) {
     DeviceRectangle r[3];
     wsiTopWindow::calculateCascade(DeviceRectangle(0, 0, 1024, 768), 3, r);
     EXPECT_EQ(edgesOf(r, 3), (std::vector<std::vector<int>>{
@@ -123,7 +123,7 @@ TEST_F(TopWindows, Cascade_StepsFromTopLeftToTheFirstWindow) {
     EXPECT_EQ(edgesOf(fromScreen, 2), edgesOf(fromArea, 2));
 }
 
-TEST_F(TopWindows, Tile_FillsTheAreaWithoutOverlap) {
+TEST_F(TopWindows, TileFillsTheAreaWithoutOverlap) {
     // clang-format off
     const struct { int count; double aspect; bool byColumns; int columns; int rows; } rows[] = {
         {1, 1.0, false, 1, 1}, {2, 1.0, false, 2, 1}, {3, 1.0, false, 2, 2},
@@ -173,7 +173,7 @@ TEST_F(TopWindows, Tile_FillsTheAreaWithoutOverlap) {
                                  {10, 20, 510, 420}, {10, 420, 510, 820}, {510, 20, 1010, 820}}));
 }
 
-TEST_F(TopWindows, ToolbarMetrics_FollowTheBaseSizes) {
+TEST_F(TopWindows, ToolbarMetricsFollowTheBaseSizes) {
     const char flags[] = {1, 0};
     EXPECT_EQ(wsiTopWindow::toolbarHeight(2, flags), 70);
     EXPECT_EQ(wsiTopWindow::toolbarHeight(2, nullptr), 3 * 4 + 34 + 34);
@@ -192,7 +192,7 @@ TEST_F(TopWindows, ToolbarMetrics_FollowTheBaseSizes) {
     EXPECT_EQ(p, DevicePoint(14, 24));
 }
 
-TEST_F(TopWindows, Toolbar_BuildsOneBarPerRowFromTheActions) {
+TEST_F(TopWindows, ToolbarBuildsOneBarPerRowFromTheActions) {
     WsdTopWindow window;
     window.addAction(1, "Open");
     Menu* edit = window.addMenu("&Edit");
@@ -224,7 +224,7 @@ TEST_F(TopWindows, Toolbar_BuildsOneBarPerRowFromTheActions) {
     EXPECT_TRUE(window.toolBarBreak(rebuilt[1]));
 }
 
-TEST_F(TopWindows, Actions_KeyedByIdentifierAcrossMenus) {
+TEST_F(TopWindows, ActionsKeyedByIdentifierAcrossMenus) {
     WsdTopWindow window;
     Menu* file = window.addMenu("&File");
     EXPECT_NE(file->addItem(10, "&Open"), nullptr);
@@ -254,7 +254,7 @@ TEST_F(TopWindows, Actions_KeyedByIdentifierAcrossMenus) {
     EXPECT_EQ(own.itemText(3), nullptr);
 }
 
-TEST_F(TopWindows, Titles_JoinTheirParts) {
+TEST_F(TopWindows, TitlesJoinTheirParts) {
     WsdTopWindow window;
     window.setWindowTitle("Viewer");
     EXPECT_EQ(window.windowTitle(), QString("Viewer"));
@@ -268,7 +268,7 @@ TEST_F(TopWindows, Titles_JoinTheirParts) {
     EXPECT_EQ(window.windowTitle(), QString("Qt's own"));
 }
 
-TEST_F(TopWindows, Hourglass_NestsOverThePointer) {
+TEST_F(TopWindows, HourglassNestsOverThePointer) {
     WsdTopWindow window;
     window.setPointer(wsiCrossCursor);
     EXPECT_EQ(window.cursor().shape(), Qt::CrossCursor);
@@ -285,7 +285,7 @@ TEST_F(TopWindows, Hourglass_NestsOverThePointer) {
     EXPECT_EQ(window.cursor().shape(), Qt::IBeamCursor);
 }
 
-TEST_F(TopWindows, ShowOperations_ReachTheWidget) {
+TEST_F(TopWindows, ShowOperationsReachTheWidget) {
     WsdTopWindow window;
     EXPECT_FALSE(window.isOpen());
     window.showWindow();
@@ -306,7 +306,7 @@ TEST_F(TopWindows, ShowOperations_ReachTheWidget) {
     EXPECT_FALSE(window.isOpen());
 }
 
-TEST_F(TopWindows, Parameters_PutTheWindowBackWhereItWas) {
+TEST_F(TopWindows, ParametersPutTheWindowBackWhereItWas) {
     const QRect area = WsdWindow::displayArea(nullptr);
     WsdTopWindow window;
     window.showWindow();
@@ -344,7 +344,7 @@ TEST_F(TopWindows, Parameters_PutTheWindowBackWhereItWas) {
     EXPECT_EQ(hidden.showState(), WindowParams::Hidden);
 }
 
-TEST_F(TopWindows, CacheScreenBits_ReachesNewWindows) {
+TEST_F(TopWindows, CacheScreenBitsReachesNewWindows) {
     WsdWindow::setCacheScreenBits(true);
     WsdTopWindow caching;
     WsdWindow::setCacheScreenBits(false);
@@ -356,7 +356,7 @@ TEST_F(TopWindows, CacheScreenBits_ReachesNewWindows) {
     EXPECT_FALSE(WsdWindow::cacheScreenBits());
 }
 
-TEST_F(TopWindows, FirstTopWindow_MarksTheWindowSystemRunning) {
+TEST_F(TopWindows, FirstTopWindowMarksTheWindowSystemRunning) {
     class Application : public appiApplication {};
     Application application;
     EXPECT_FALSE(application.isWindowSystemRunning());

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(WindowParams, Decode_ReadsStateAndLimitsTheEdges) {
+TEST(WindowParams, DecodeReadsStateAndLimitsTheEdges) {
     // clang-format off
     const struct { const char* text; WindowParams expected; } rows[] = {
         {"z,-5,2000,10",        {0, 1000, 10, 1001, 4}},
@@ -34,7 +34,7 @@ TEST(WindowParams, Decode_ReadsStateAndLimitsTheEdges) {
     EXPECT_EQ(params, WindowParams());
 }
 
-TEST(WindowParams, Encode_WritesWhatDecodeReadsBack) {
+TEST(WindowParams, EncodeWritesWhatDecodeReadsBack) {
     for (int state = 0; state <= 6; ++state) {
         const WindowParams params(12, 34, 560, 789, state);
         char text[32];
@@ -49,7 +49,7 @@ TEST(WindowParams, Encode_WritesWhatDecodeReadsBack) {
     EXPECT_STREQ(text, "Z,1,2,3,4");
 }
 
-TEST(WindowParams, Encode_CutsToTheBufferAndReportsTheWholeLength) {
+TEST(WindowParams, EncodeCutsToTheBufferAndReportsTheWholeLength) {
     const WindowParams params(100, 200, 300, 400, WindowParams::Normal);
     char text[8] = "#######";
     EXPECT_EQ(params.encode(text, 6), 17);

@@ -14,10 +14,12 @@
 template <class T>
 class OC_ {
 public:
-    using iterator = typename std::vector<T*>::iterator;
-    using const_iterator = typename std::vector<T*>::const_iterator;
+    using iterator = typename std::vector<T*>::iterator;             ///< Over T* in order.
+    using const_iterator = typename std::vector<T*>::const_iterator; ///< Over T* in order.
 
+    /// Appends item (not owned); an item may be added more than once.
     void add(T* item) { m_items.push_back(item); }
+    /// Inserts item before position index (0 to size()).
     void insertAt(int index, T* item) {
         assert(index >= 0 && index <= size() && "OC_::insertAt: index out of range");
         m_items.insert(m_items.begin() + index, item);
@@ -47,13 +49,19 @@ public:
     bool contains(const T* item) const { return indexOf(item) >= 0; }
     ///@}
 
+    ///@{
+    /// The number of elements, and whether there are none.
     int size() const { return static_cast<int>(m_items.size()); }
     bool isEmpty() const { return m_items.empty(); }
+    ///@}
+    ///@{
+    /// The element at index (0 to size() - 1).
     T* at(int index) const {
         assert(index >= 0 && index < size() && "OC_::at: index out of range");
         return m_items[index];
     }
     T* operator[](int index) const { return at(index); }
+    ///@}
 
     /// Forgets every element without deleting it.
     void clear() { m_items.clear(); }
@@ -64,10 +72,13 @@ public:
         m_items.clear();
     }
 
+    ///@{
+    /// The elements in order, for range-for; adding or removing invalidates the iterators.
     iterator begin() { return m_items.begin(); }
     iterator end() { return m_items.end(); }
     const_iterator begin() const { return m_items.begin(); }
     const_iterator end() const { return m_items.end(); }
+    ///@}
 
 private:
     std::vector<T*> m_items;
@@ -79,8 +90,10 @@ private:
 template <class T>
 class HC_ {
 public:
+    /// Gives an element's key (a NUL-terminated string, copied when the element is added).
     using KeyExtractor = const char* (*)(const T&);
 
+    /// An empty collection whose keys keyOf reads.
     explicit HC_(KeyExtractor keyOf) : m_keyOf(keyOf) {}
 
     /// Adds the element under its key. False, and nothing changes, if the key is taken.
@@ -92,7 +105,6 @@ public:
         auto found = m_items.find(key);
         return found == m_items.end() ? nullptr : found->second;
     }
-    ///@{
     /// Removes and returns the element stored under the key, or null.
     T* remove(const char* key) {
         auto found = m_items.find(key);
@@ -102,6 +114,8 @@ public:
         m_items.erase(found);
         return item;
     }
+    ///@{
+    /// The number of elements, and whether there are none.
     int size() const { return static_cast<int>(m_items.size()); }
     bool isEmpty() const { return m_items.empty(); }
     ///@}
@@ -112,7 +126,9 @@ public:
         for (const auto& [key, item] : m_items)
             f(*item);
     }
+    /// Forgets every element without deleting it.
     void clear() { m_items.clear(); }
+    /// Deletes every element, then empties the collection.
     void deleteContents() {
         for (auto& [key, item] : m_items)
             delete item;

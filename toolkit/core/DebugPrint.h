@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <string>
 
+/// The levels of the debug print: a print is written when its level is at or below the
+/// current level (debugPrintLevel()).
 enum DebugPrintLevel {
     DBG_ERRORS = 1, ///< failures worth a line even in production diagnostics
     DBG_INFO = 2,   ///< one line per request or connection
@@ -34,11 +36,13 @@ TQ_EXPORT void setDebugPrintLevel(int level);
 /// Where the prints go: standard error by default. A sink receives each formatted piece of
 /// text; null restores standard error. Returns the previous sink (null for standard error).
 using DebugPrintSink = void (*)(const char* text);
+/// Installs sink (null: standard error) and returns the previous one.
 TQ_EXPORT DebugPrintSink setDebugPrintSink(DebugPrintSink sink);
 
 /// A formatted diagnostic message, shown on standard error by display().
 class TQ_EXPORT DebugMessage {
 public:
+    /// Formats the message now, printf-style; the text is kept by value.
     explicit DebugMessage(const char* format, ...) __attribute__((format(printf, 2, 3)));
     /// The formatted text, owned by the message ("" if the format failed).
     const char* text() const { return m_text.c_str(); }

@@ -62,15 +62,13 @@ ErrorMessage::ErrorMessage(int formatId, ...) {
 }
 
 ErrorMessage::ErrorMessage(const ErrorMessage& other)
-    : TqObject(other), m_text(mem_strdup(other.m_text)), m_userWord(other.m_userWord),
+    : TqObject(other), m_text(mem_strdup(other.m_text.get())), m_userWord(other.m_userWord),
       m_severity(other.m_severity), m_objectType(other.m_objectType), m_object(other.m_object),
       m_number(other.m_number) {}
 
 ErrorMessage& ErrorMessage::operator=(const ErrorMessage& other) {
     if (this != &other) {
-        char* text = mem_strdup(other.m_text);
-        delete[] m_text;
-        m_text = text;
+        m_text.reset(mem_strdup(other.m_text.get()));
         m_userWord = other.m_userWord;
         m_severity = other.m_severity;
         m_objectType = other.m_objectType;
@@ -80,9 +78,7 @@ ErrorMessage& ErrorMessage::operator=(const ErrorMessage& other) {
     return *this;
 }
 
-ErrorMessage::~ErrorMessage() {
-    delete[] m_text;
-}
+ErrorMessage::~ErrorMessage() = default;
 
 void ErrorMessage::setMessage(int formatId, ...) {
     va_list arguments;
@@ -92,11 +88,9 @@ void ErrorMessage::setMessage(int formatId, ...) {
 }
 
 void ErrorMessage::format(const char* format, va_list arguments) {
-    char* area = new char[v_formatAreaSize];
-    std::vsnprintf(area, v_formatAreaSize, format ? format : "", arguments);
-    delete[] m_text;
-    m_text = mem_strdup(area);
-    delete[] area;
+    char area[v_formatAreaSize];
+    std::vsnprintf(area, sizeof area, format ? format : "", arguments);
+    m_text.reset(mem_strdup(area));
 }
 
 void ErrorMessage::formatFromTable(int formatId, va_list arguments) {

@@ -5,6 +5,7 @@
 #include "core/TqObject.h"
 
 #include <cstdarg>
+#include <memory>
 
 enum MessageSeverity {
     SEVERITY_FATAL = 0,
@@ -47,7 +48,7 @@ public:
 
     ///@{
     /// The text, owned by the message ("" before any was set).
-    const char* message() const { return m_text ? m_text : ""; }
+    const char* message() const { return m_text ? m_text.get() : ""; }
     MessageSeverity severity() const { return m_severity; }
     MessageObjectType objectType() const { return m_objectType; }
     void* object() const { return m_object; }
@@ -78,7 +79,7 @@ private:
     void format(const char* format, va_list arguments);
     void formatFromTable(int formatId, va_list arguments);
 
-    char* m_text = nullptr;
+    std::unique_ptr<char[]> m_text;
     long m_userWord = 0;
     MessageSeverity m_severity = SEVERITY_ERROR;
     MessageObjectType m_objectType = MESSAGE_OBJECT_NONE;

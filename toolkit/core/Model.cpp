@@ -6,16 +6,14 @@
 iModel::~iModel() {
     if (!m_dependents)
         return;
-    OC_<Dependent>* dependents = m_dependents;
-    m_dependents = nullptr;
+    const std::unique_ptr<OC_<Dependent>> dependents = std::move(m_dependents);
     for (Dependent* d : *dependents)
         d->primitiveRemoveModel(*this);
-    delete dependents;
 }
 
 void iModel::addDependent(Dependent& d) {
     if (!m_dependents)
-        m_dependents = new OC_<Dependent>;
+        m_dependents = std::make_unique<OC_<Dependent>>();
     if (m_dependents->contains(&d))
         return;
     m_dependents->add(&d);
@@ -34,10 +32,8 @@ void iModel::primitiveRemoveDependent(Dependent& d) {
         return;
     if (m_dependents->remove(&d))
         ++m_removals;
-    if (m_dependents->isEmpty()) {
-        delete m_dependents;
-        m_dependents = nullptr;
-    }
+    if (m_dependents->isEmpty())
+        m_dependents.reset();
 }
 
 // Runs f on a snapshot of the dependents, skipping any that left the list meanwhile. Lists
@@ -94,7 +90,7 @@ Dependent::~Dependent() {
 
 void Dependent::primitiveAddModel(iModel& model) {
     if (!m_models)
-        m_models = new OC_<iModel>;
+        m_models = std::make_unique<OC_<iModel>>();
     if (!m_models->contains(&model))
         m_models->add(&model);
 }
@@ -103,20 +99,16 @@ void Dependent::primitiveRemoveModel(iModel& model) {
     if (!m_models)
         return;
     m_models->remove(&model);
-    if (m_models->isEmpty()) {
-        delete m_models;
-        m_models = nullptr;
-    }
+    if (m_models->isEmpty())
+        m_models.reset();
 }
 
 void Dependent::removeAllDependencies() {
     if (!m_models)
         return;
-    OC_<iModel>* models = m_models;
-    m_models = nullptr;
+    const std::unique_ptr<OC_<iModel>> models = std::move(m_models);
     for (iModel* model : *models)
         model->primitiveRemoveDependent(*this);
-    delete models;
 }
 
 bool Dependent::isImageFor(const TqObject&) const {

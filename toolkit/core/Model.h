@@ -9,6 +9,8 @@
 #include "core/TqExport.h"
 #include "core/TqObject.h"
 
+#include <memory>
+
 /// What changed. The values belong to the model classes that send them; they are passed
 /// through unchanged. An application's own aspects start at aspectUser.
 enum Aspect : int {
@@ -70,15 +72,16 @@ public:
     /// nothing; every model class that sends updates overrides it.
     virtual void sendUpdateTo(Dependent& d, Aspect a);
 
+    /// True while at least one dependent is listed (the list exists only then).
     bool hasDependents() const { return m_dependents != nullptr; }
     /// The dependents in the order added, or null while there are none.
-    const OC_<Dependent>* dependents() const { return m_dependents; }
+    const OC_<Dependent>* dependents() const { return m_dependents.get(); }
 
 private:
     template <class F>
     void forEachDependent(F f);
 
-    OC_<Dependent>* m_dependents = nullptr;
+    std::unique_ptr<OC_<Dependent>> m_dependents;
     /// Counts removals, so that a round of updates in which nobody left needs no look-ups.
     unsigned m_removals = 0;
 };
@@ -99,8 +102,11 @@ public:
 class TQ_EXPORT Dependent : public iModel {
 public:
     Dependent() = default;
+    ///@{
+    /// Copies share no links: a copy starts without models or dependents.
     Dependent(const Dependent& other) : iModel(other) {}
     Dependent& operator=(const Dependent&) { return *this; }
+    ///@}
     /// Leaves every model first, then the iModel destructor unlinks its own dependents.
     ~Dependent() override;
 
@@ -112,8 +118,11 @@ public:
     /// Leaves every model (each model's list loses this dependent), then drops the list.
     void removeAllDependencies();
 
+    /// True while this dependent is listed by at least one model.
     bool isDependent() const { return m_models != nullptr; }
-    const OC_<iModel>* models() const { return m_models; }
+    /// The models this dependent is listed by, in the order added, or null while there are
+    /// none. The list belongs to the dependent.
+    const OC_<iModel>* models() const { return m_models.get(); }
     /// True if this dependent displays object; false here.
     virtual bool isImageFor(const TqObject& object) const;
 
@@ -141,7 +150,7 @@ public:
     ///@}
 
 private:
-    OC_<iModel>* m_models = nullptr;
+    std::unique_ptr<OC_<iModel>> m_models;
 };
 
 /// The notification side of the model classes whose update overloads forward to a more
@@ -153,26 +162,31 @@ public:
     void sendUpdateTo(Dependent& d, Aspect a) override;
 };
 
+/// A vertical scroll bar's model: its dependents get update(VerticalScrollBar&).
 class TQ_EXPORT VerticalScrollBar : public ScrollBar {
 public:
     void sendUpdateTo(Dependent& d, Aspect a) override;
 };
 
+/// A horizontal scroll bar's model: its dependents get update(HorizontalScrollBar&).
 class TQ_EXPORT HorizontalScrollBar : public ScrollBar {
 public:
     void sendUpdateTo(Dependent& d, Aspect a) override;
 };
 
+/// The model of a control of resizable columns: its dependents get update(ColumnControl&).
 class TQ_EXPORT ColumnControl : public Model {
 public:
     void sendUpdateTo(Dependent& d, Aspect a) override;
 };
 
+/// The model of a node of a tree view: its dependents get update(TreeNode&).
 class TQ_EXPORT TreeNode : public Model {
 public:
     void sendUpdateTo(Dependent& d, Aspect a) override;
 };
 
+/// The model of a file shown in a viewer: its dependents get update(ViewedFile&).
 class TQ_EXPORT ViewedFile : public Model {
 public:
     void sendUpdateTo(Dependent& d, Aspect a) override;

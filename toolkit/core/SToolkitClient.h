@@ -10,7 +10,9 @@ class appiApplication;
 /// returned, entry k is the string with id firstStringId + k - 1, and a pair of null pointers
 /// closes the array.
 struct PdStringEntry {
+    /// The symbolic id, a static string; null in the closing entry.
     const char* name;
+    /// The text, a static string; null in the closing entry.
     const char* text;
 };
 
@@ -20,9 +22,14 @@ struct PdStringEntry {
 struct SToolkitClient {
     char isApplication; ///< non-zero for the one client that is the application
     char reservedFlag;  ///< written as 0 by the toolkit's own record, never read
+    /// Run at shutdown in registration order; null for none. Taken from every client.
     void (*shutDownFunc)();
+    /// Creates the application object, which the toolkit keeps until shutdown.
     appiApplication* (*createApplicationFunc)();
+    /// Destroys the application object.
     void (*deleteApplicationFunc)();
+    /// Runs the application; the two trailing ints are passed through unchanged. Its result
+    /// is what TarqToolkit::startApplication returns.
     int (*startApplicationFunc)(int argc, char** argv, int, int);
     ///@{
     /// The licensing callbacks, which the toolkit only forwards to: the descriptions of the

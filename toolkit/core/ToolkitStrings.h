@@ -2,6 +2,8 @@
 /// The ids of the toolkit's own string table (ids 1 to 77), for PdToolkit::loadString.
 #pragma once
 
+/// The toolkit's string ids, 1 to 77 in table order; an id's name is its string's
+/// symbolic name in the table.
 enum ToolkitStringId {
     IDS_CANTOPEN = 1,
     IDS_CANTREAD,

@@ -32,6 +32,8 @@ public:
     virtual bool operator==(const TqObject& other) const;
     ///@}
 
+    /// The negation of the (virtual) operator==, so a class that redefines equality gets
+    /// this one with it.
     bool operator!=(const TqObject& other) const { return !(*this == other); }
 
     /// The printed form, in the next ring buffer (grown to fit, never overrun).

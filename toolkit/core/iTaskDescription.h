@@ -25,8 +25,12 @@ public:
     unsigned long progress() const { return m_done.load(std::memory_order_relaxed); }
     ///@}
 
+    ///@{
+    /// The amount of work in all, in the units of setProgress (0: not known); safe from any
+    /// thread.
     void setTotal(unsigned long total) { m_total.store(total, std::memory_order_relaxed); }
     unsigned long total() const { return m_total.load(std::memory_order_relaxed); }
+    ///@}
 
     ///@{
     /// Asks the worker to stop; safe from any thread. The worker polls isCancelled() and ends

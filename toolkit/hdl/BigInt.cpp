@@ -20,16 +20,15 @@ BigInt::BigInt(long value) {
     assignFromLong(value);
 }
 
-BigInt::BigInt(const BigInt& other) : m_width(other.m_width), m_bsl(mem_strdup(other.m_bsl)) {}
+BigInt::BigInt(const BigInt& other)
+    : m_width(other.m_width), m_bsl(mem_strdup(other.m_bsl.get())) {}
 
 BigInt::BigInt(BigInt&& other) noexcept
-    : m_width(std::exchange(other.m_width, 0)), m_bsl(std::exchange(other.m_bsl, nullptr)) {}
+    : m_width(std::exchange(other.m_width, 0)), m_bsl(std::move(other.m_bsl)) {}
 
 BigInt& BigInt::operator=(const BigInt& other) {
     if (this != &other) {
-        char* copy = mem_strdup(other.m_bsl);
-        delete[] m_bsl;
-        m_bsl = copy;
+        m_bsl.reset(mem_strdup(other.m_bsl.get()));
         m_width = other.m_width;
     }
     return *this;
@@ -37,22 +36,18 @@ BigInt& BigInt::operator=(const BigInt& other) {
 
 BigInt& BigInt::operator=(BigInt&& other) noexcept {
     if (this != &other) {
-        delete[] m_bsl;
         m_width = std::exchange(other.m_width, 0);
-        m_bsl = std::exchange(other.m_bsl, nullptr);
+        m_bsl = std::move(other.m_bsl);
     }
     return *this;
 }
 
 BigInt& BigInt::operator=(long value) {
-    delete[] m_bsl;
     assignFromLong(value);
     return *this;
 }
 
-BigInt::~BigInt() {
-    delete[] m_bsl;
-}
+BigInt::~BigInt() = default;
 
 void BigInt::assignFromLong(long value) {
     const bool negative = value < 0;
@@ -60,11 +55,11 @@ void BigInt::assignFromLong(long value) {
     const unsigned long magnitude =
         negative ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);
     m_width = std::max(1U, static_cast<unsigned>(std::bit_width(magnitude)));
-    m_bsl = newBSL(m_width, '0');
+    m_bsl.reset(newBSL(m_width, '0'));
     for (unsigned i = 0; i < m_width; ++i)
         m_bsl[m_width - i] = static_cast<char>('0' + ((magnitude >> i) & 1));
     if (negative)
-        twosComplement(m_bsl);
+        twosComplement(m_bsl.get());
 }
 
 // --- Queries --------------------------------------------------------------------------------
@@ -82,20 +77,20 @@ bool BigInt::isNegative() const {
 }
 
 bool BigInt::isPositive() const {
-    return isInteger() && m_bsl[0] == '0' && std::memchr(m_bsl + 1, '1', m_width) != nullptr;
+    return isInteger() && m_bsl[0] == '0' && std::memchr(m_bsl.get() + 1, '1', m_width) != nullptr;
 }
 
 bool BigInt::isZero() const {
     if (m_width == 0 || m_bsl == nullptr)
         return false;
-    const char* c = m_bsl;
+    const char* c = m_bsl.get();
     while (*c == '0')
         ++c;
     return *c != '1';
 }
 
 char* BigInt::asString() const {
-    return mem_strdup(m_bsl);
+    return mem_strdup(m_bsl.get());
 }
 
 // --- Bit selection and assembly -------------------------------------------------------------
@@ -124,7 +119,7 @@ BigInt& BigInt::bits(int msb, int lsb) const {
 void BigInt::clip(unsigned count) {
     if (count == 0 || count >= m_width)
         return;
-    std::memmove(m_bsl + 1, m_bsl + 1 + (m_width - count), count);
+    std::memmove(m_bsl.get() + 1, m_bsl.get() + 1 + (m_width - count), count);
     m_bsl[count + 1] = '\0';
     m_width = count;
 }
@@ -133,9 +128,9 @@ BigInt& BigInt::combine(const BigInt& low) const {
     const unsigned width = m_width + low.m_width;
     char* out = newBSL(width, '0');
     if (m_width != 0)
-        std::memcpy(out + 1, m_bsl + 1, m_width);
+        std::memcpy(out + 1, m_bsl.get() + 1, m_width);
     if (low.m_width != 0)
-        std::memcpy(out + 1 + m_width, low.m_bsl + 1, low.m_width);
+        std::memcpy(out + 1 + m_width, low.m_bsl.get() + 1, low.m_width);
     return intermediate(width, out);
 }
 
@@ -188,8 +183,7 @@ BigInt& BigInt::nextIntermediateValue() {
     v_intermediateIndex = (v_intermediateIndex + 1) % v_intermediateCount;
     BigInt& slot = v_intermediates[v_intermediateIndex];
     slot.m_width = 0;
-    delete[] slot.m_bsl;
-    slot.m_bsl = nullptr;
+    slot.m_bsl.reset();
     return slot;
 }
 
@@ -203,14 +197,13 @@ char* BigInt::newBSL(unsigned width, char sign) {
 BigInt& BigInt::intermediate(unsigned width, char* bsl) {
     BigInt& slot = nextIntermediateValue();
     slot.m_width = width;
-    slot.m_bsl = bsl;
+    slot.m_bsl.reset(bsl);
     return slot;
 }
 
 bool BigInt::shutDown() {
     for (BigInt& slot : v_intermediates) {
-        delete[] slot.m_bsl;
-        slot.m_bsl = nullptr;
+        slot.m_bsl.reset();
         slot.m_width = 0;
     }
     v_shutDownRegistered = false;

@@ -7,6 +7,8 @@
 #include "core/TqExport.h"
 #include "hdl/HDLConstant.h"
 
+#include <memory>
+
 /// The answer of a comparison: false, true or unknown (an X or Z bit decided it).
 enum BIGINTBOOLEAN : int {
     BIGINT_FALSE = 0,
@@ -74,7 +76,7 @@ public:
     /// True if some bit is neither '0' nor '1'.
     bool hasNonNumericBit() const;
     /// In place: the representation string (sign character and bits), null when there is none.
-    const char* bsl() const { return m_bsl; }
+    const char* bsl() const { return m_bsl.get(); }
 
     // --- Text -------------------------------------------------------------------------------
     /// The converters return null for a value of width 0; otherwise the text is on the heap and
@@ -102,10 +104,10 @@ public:
     char* BSLToDecimal(unsigned width, unsigned group, bool isSigned) const;
 
     // --- Bitwise ----------------------------------------------------------------------------
+    ///@{
     /// Intermediate: the larger width, sign character '0', each bit from the operator's
     /// four-state table (X and Z behave alike; no result bit is ever Z). Two operands of width
     /// 0 give width 0 with the string "0".
-
     BigInt& operator&(const BigInt& other) const;
     BigInt& operator&(long other) const;
     BigInt& operator|(const BigInt& other) const;
@@ -116,6 +118,7 @@ public:
     BigInt& nor(long other) const;
     BigInt& nand(const BigInt& other) const;
     BigInt& nand(long other) const;
+    ///@}
     /// Intermediate: the same width, sign character '0', 0 and 1 swapped, X and Z give X.
     BigInt& operator~() const;
     ///@{
@@ -129,13 +132,14 @@ public:
     ///@}
 
     // --- Reductions -------------------------------------------------------------------------
+    ///@{
     /// Intermediate: width 1, the result bit both as sign character and as the bit. An X or Z
     /// that decides the answer writes a lower-case "x"; a width-0 value leaves a blank.
     /// reductionAnd of "1X1" is x and of "1X0" is 0.
-
     BigInt& reductionAnd() const;
     BigInt& reductionOr() const;
     BigInt& reductionXor() const;
+    ///@}
     ///@{
     /// The negations of the three above: 0 and 1 swap, "x" and a blank stay.
     BigInt& reductionNand() const;
@@ -282,6 +286,7 @@ public:
     static bool shutDown();
 
 private:
+    /// Takes bsl (from newBSL) as its own.
     BigInt(unsigned width, char* bsl) : m_width(width), m_bsl(bsl) {}
     void assignFromLong(long value);
     /// In place: the two's complement of the whole string, or all X bits with sign character
@@ -299,7 +304,7 @@ private:
     char signCharacter() const { return m_bsl != nullptr ? m_bsl[0] : '0'; }
     ///@}
     /// The bit characters, or an empty string for a value without one.
-    const char* bitChars() const { return m_bsl != nullptr ? m_bsl + 1 : ""; }
+    const char* bitChars() const { return m_bsl != nullptr ? m_bsl.get() + 1 : ""; }
     /// The common step of the five bitwise operators; table is a FourStateTable.
     static BigInt& bitWise(int table, const BigInt& left, const BigInt& right);
     /// The character the text converters fill extra high positions with.
@@ -315,5 +320,5 @@ private:
     static bool v_shutDownRegistered;
 
     unsigned m_width = 0;
-    char* m_bsl = nullptr;
+    std::unique_ptr<char[]> m_bsl;
 };

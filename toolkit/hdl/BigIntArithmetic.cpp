@@ -79,9 +79,9 @@ void BigInt::negate() {
         return;
     if (hasNonNumericBit()) {
         m_bsl[0] = '0';
-        std::memset(m_bsl + 1, 'X', m_width);
+        std::memset(m_bsl.get() + 1, 'X', m_width);
     } else {
-        twosComplement(m_bsl);
+        twosComplement(m_bsl.get());
     }
 }
 
@@ -91,7 +91,7 @@ BigInt& BigInt::operator-() const {
     std::memcpy(copy + 1, bitChars(), m_width);
     BigInt negated(m_width, copy);
     negated.negate();
-    return intermediate(std::exchange(negated.m_width, 0), std::exchange(negated.m_bsl, nullptr));
+    return intermediate(std::exchange(negated.m_width, 0), negated.m_bsl.release());
 }
 
 // The negated operand is a local copy, not an intermediate slot: taking a slot here could

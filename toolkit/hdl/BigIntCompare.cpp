@@ -100,13 +100,13 @@ long long firstUndecided(const BigInt& left, const BigInt& right, char& leftBit,
 
 BIGINTBOOLEAN BigInt::operator==(const BigInt& other) const {
     if (m_width == 0 || other.m_width == 0)
-        return literalEquality(m_bsl, other.m_bsl);
+        return literalEquality(m_bsl.get(), other.m_bsl.get());
     if (oppositeSigns(m_bsl[0], other.m_bsl[0]))
         return BIGINT_FALSE;
     char leftBit, rightBit;
     if (m_width == other.m_width) {
         // Nothing to extend: the common case goes straight to the scan.
-        const std::size_t at = firstUndecidedRun(m_bsl + 1, other.m_bsl + 1, m_width);
+        const std::size_t at = firstUndecidedRun(m_bsl.get() + 1, other.m_bsl.get() + 1, m_width);
         if (at == m_width)
             return BIGINT_TRUE;
         leftBit = m_bsl[1 + at];
@@ -147,7 +147,7 @@ BIGINTBOOLEAN BigInt::operator<=(const BigInt& other) const {
 
 BIGINTBOOLEAN BigInt::case_eq(const BigInt& other) const {
     if (m_width == 0 || other.m_width == 0)
-        return literalEquality(m_bsl, other.m_bsl);
+        return literalEquality(m_bsl.get(), other.m_bsl.get());
     const bool leftWider = m_width >= other.m_width;
     const BigInt& wide = leftWider ? *this : other;
     const BigInt& narrow = leftWider ? other : *this;

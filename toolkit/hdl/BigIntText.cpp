@@ -73,23 +73,23 @@ BigInt::BigInt(const char* text, Radix radix, unsigned width) {
     bool negative = false;
     switch (radix) {
     case RadixBinary:
-        m_bsl = binToBSL(digits.get(), width);
+        m_bsl.reset(binToBSL(digits.get(), width));
         break;
     case RadixOctal:
-        m_bsl = octToBSL(digits.get(), width);
+        m_bsl.reset(octToBSL(digits.get(), width));
         break;
     case RadixHexadecimal:
-        m_bsl = hexToBSL(digits.get(), width);
+        m_bsl.reset(hexToBSL(digits.get(), width));
         break;
     default:
         negative = removeNegativeSign(digits.get());
-        m_bsl = decToBSL(digits.get(), width);
+        m_bsl.reset(decToBSL(digits.get(), width));
         break;
     }
     m_width = width;
     // The magnitude was zero-extended to the width, so the complement extends it by its sign.
     if (negative && !hasNonNumericBit())
-        twosComplement(m_bsl);
+        twosComplement(m_bsl.get());
 }
 
 char* BigInt::binToBSL(const char* digits, unsigned& width) {
@@ -200,7 +200,7 @@ char* BigInt::BSLToBinary(unsigned width, unsigned group, bool upper) const {
     char* text = new char[withSeparators(length, group) + 1];
     const std::size_t filled = length > m_width ? length - m_width : 0;
     std::memset(text, fillCharacter(), filled);
-    const char* bits = m_bsl + 1 + (m_width - (length - filled));
+    const char* bits = m_bsl.get() + 1 + (m_width - (length - filled));
     const char unknown = upper ? 'X' : 'x', highZ = upper ? 'Z' : 'z';
     for (std::size_t i = filled; i < length; ++i, ++bits)
         text[i] = isDefinite(*bits) ? *bits : (*bits == 'Z' || *bits == 'z') ? highZ : unknown;
@@ -242,7 +242,7 @@ char* BigInt::groupedDigits(unsigned bitsPerDigit, unsigned width, unsigned grou
         // The common case first: a whole hexadecimal digit of 0 and 1 bits inside the value.
         if (bitsPerDigit == 4 && high == low + 4 && high <= m_width) {
             std::uint32_t word;
-            std::memcpy(&word, m_bsl + m_width - low - 3, 4);
+            std::memcpy(&word, m_bsl.get() + m_width - low - 3, 4);
             if ((word & 0xFEFEFEFEU) == 0x30303030U) {
                 // Each character's bit lands at its own place in the top byte.
                 out = letters[((word & 0x01010101U) * 0x08040201U) >> 24 & 0xF];
@@ -277,11 +277,11 @@ char* BigInt::BSLToDecimal(unsigned width, unsigned, bool isSigned) const {
     BinaryMagnitude magnitude;
     if (negative) {
         // The magnitude is the two's complement of the whole string, sign included.
-        std::string copy(m_bsl, m_width + 1);
+        std::string copy(m_bsl.get(), m_width + 1);
         twosComplement(copy.data());
         magnitude.readBits(copy.data() + 1 + (m_width - count), count);
     } else {
-        magnitude.readBits(m_bsl + 1 + (m_width - count), count);
+        magnitude.readBits(m_bsl.get() + 1 + (m_width - count), count);
     }
     return magnitude.takeDecimal(negative);
 }

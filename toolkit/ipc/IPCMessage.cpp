@@ -43,18 +43,14 @@ std::int32_t ipcReadInt(const char* in) {
 IPCMessage::IPCMessage(int code, int value, const char* text)
     : m_code(code), m_value(value), m_text(mem_strdup(text)) {}
 
-IPCMessage::~IPCMessage() {
-    delete[] m_text;
-}
+IPCMessage::~IPCMessage() = default;
 
 void IPCMessage::dump() const {
     Printf(DBG_INFO, "Dumping IPCMessage.\n");
 }
 
 void IPCMessage::setText(const char* text) {
-    char* copy = mem_strdup(text);
-    delete[] m_text;
-    m_text = copy;
+    m_text.reset(mem_strdup(text));
 }
 
 void IPCCommand::dump() const {

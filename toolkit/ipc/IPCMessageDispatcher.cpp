@@ -4,12 +4,7 @@
 
 IPCMessageHandler::~IPCMessageHandler() = default;
 
-IPCMessageDispatcher::~IPCMessageDispatcher() {
-    for (IPCCommand* command : m_commands)
-        delete command;
-    for (IPCMessage* message : m_messages)
-        delete message;
-}
+IPCMessageDispatcher::~IPCMessageDispatcher() = default;
 
 void IPCMessageDispatcher::setHandler(IPCMessageHandler* handler) {
     std::lock_guard lock(m_mutex);
@@ -23,12 +18,12 @@ IPCMessageHandler* IPCMessageDispatcher::handler() const {
 
 void IPCMessageDispatcher::addCommand(IPCCommand* command) {
     std::lock_guard lock(m_mutex);
-    m_commands.push_back(command);
+    m_commands.emplace_back(command);
 }
 
 void IPCMessageDispatcher::addMessage(IPCMessage* message) {
     std::lock_guard lock(m_mutex);
-    m_messages.push_back(message);
+    m_messages.emplace_back(message);
 }
 
 int IPCMessageDispatcher::numCommands() const {

@@ -34,14 +34,10 @@ long readPayload(IPCByteSource& source, long length, std::string& text) {
 }
 } // namespace
 
-IPCMessageParser::~IPCMessageParser() {
-    delete[] m_record;
-}
+IPCMessageParser::~IPCMessageParser() = default;
 
 void IPCMessageParser::setRecord(const char* text) {
-    char* copy = mem_strdup(text);
-    delete[] m_record;
-    m_record = copy;
+    m_record.reset(mem_strdup(text));
 }
 
 IPCMessage* IPCMessageParser::getMessage(unsigned int socket, bool& readError) {
@@ -90,10 +86,10 @@ IPCMessage* IPCMessageParser::getMessage(IPCByteSource& source, bool& readError)
     }
     setRecord(haveText ? text.c_str() : nullptr);
     Printf(DBG_INFO, "\nIPCMessageParser::getMessage received '%s' on socket %d\n",
-           m_record ? m_record : "NULL", socket);
+           m_record ? m_record.get() : "NULL", socket);
     return createMessage(header.length, header.code, header.value);
 }
 
 IPCMessage* IPCMessageParser::createMessage(int, int code, int value) {
-    return new IPCMessage(code, value, m_record);
+    return new IPCMessage(code, value, m_record.get());
 }

@@ -13,18 +13,27 @@ public:
     /// path is copied; null leaves the file name empty.
     explicit IPCPortFile(const char* path) { setFileName(path); }
 
+    /// path is copied; null leaves the file name empty.
     void setFileName(const char* path) { m_fileName = path ? path : ""; }
     /// In place: the path, owned by the port file; "" when none was set.
     const char* fileName() const { return m_fileName.c_str(); }
+    ///@{
+    /// "owner": 1 asks the command server to listen on the stored port; the server writes 2.
     int owner() const { return m_owner; }
     void setOwner(int owner) { m_owner = owner; }
+    ///@}
+    ///@{
+    /// "port": the TCP port on 127.0.0.1.
     int port() const { return m_port; }
     void setPort(int port) { m_port = port; }
+    ///@}
+    ///@{
     /// In place: the token, "" when the file names none. A token is written as a third line
     /// after "owner" and "port", so readers that know only those two keys still accept the
     /// file (they skip keys they do not know). It must be one word of at most 60 characters.
     const char* token() const { return m_token.c_str(); }
     void setToken(const char* token) { m_token = token ? token : ""; }
+    ///@}
     /// The errno of the last failed writePortFile(), 0 after a successful one.
     int lastWriteError() const { return m_lastWriteError; }
 

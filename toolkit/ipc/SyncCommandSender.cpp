@@ -13,7 +13,6 @@ SyncCommandSender::SyncCommandSender(IPCMessageParser* parser, IPCMessageDispatc
 SyncCommandSender::~SyncCommandSender() {
     stop();
     join();
-    delete m_message;
 }
 
 void SyncCommandSender::setSocket(unsigned int socket) {
@@ -34,9 +33,8 @@ int SyncCommandSender::getSyncTypefromQueue() const {
 }
 
 void SyncCommandSender::setIPCMessage(IPCMessage* message) {
-    if (m_message != message)
-        delete m_message;
-    m_message = message;
+    if (m_message.get() != message)
+        m_message.reset(message);
 }
 
 void SyncCommandSender::stop() {
@@ -55,8 +53,7 @@ IPCMessage* SyncCommandSender::syncSendCommand(IPCCommand* command, IPCMessageHa
         (void)m_doneSignal.vWait(-1);
     IPCMessage* reply = nullptr;
     if (m_answered == command) {
-        reply = m_message;
-        m_message = nullptr;
+        reply = m_message.release();
         m_answered = nullptr;
         m_cmdSignal.vSend(); // the sender thread may go on to the next command
     }

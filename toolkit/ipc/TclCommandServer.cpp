@@ -50,16 +50,14 @@ void TclCommandServer::remove() {
     m_removed = true;
     m_accepting = false;
     requestStop();
-    delete m_timer;
-    m_timer = nullptr;
+    m_timer.reset();
     if (m_acceptor) {
         m_acceptor->deactivate();
         m_acceptor->join();
     }
     removeAllConnections();
     reapConnections(true);
-    delete m_acceptor;
-    m_acceptor = nullptr;
+    m_acceptor.reset();
     if (m_portFile && m_portFile->owner() == 2)
         removeIPCPortFile();
 }
@@ -95,10 +93,9 @@ bool TclCommandServer::execute() {
 
 bool TclCommandServer::lookForConnections(bool isBlocking) {
     if (!m_acceptor)
-        m_acceptor = new TclServerConnectionAcceptor(this);
+        m_acceptor = std::make_unique<TclServerConnectionAcceptor>(this);
     if (!m_acceptor->init()) {
-        delete m_acceptor;
-        m_acceptor = nullptr;
+        m_acceptor.reset();
         return false;
     }
     m_removed = false;
@@ -115,11 +112,9 @@ bool TclCommandServer::lookForConnections(bool isBlocking) {
                           milliseconds);
             std::fputs(text, stderr);
             broadcast(TCS_RESULT, text);
-            m_timer = new TclConnectionTimer(this, milliseconds, command);
-            if (!m_timer->activate()) {
-                delete m_timer;
-                m_timer = nullptr;
-            }
+            m_timer = std::make_unique<TclConnectionTimer>(this, milliseconds, command);
+            if (!m_timer->activate())
+                m_timer.reset();
         }
     }
     return true;

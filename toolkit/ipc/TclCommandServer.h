@@ -12,6 +12,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -20,8 +21,13 @@ class IPCPortFile;
 class TclConnectionTimer;
 class TclServerConnectionAcceptor;
 
+/// TclCommandServer: lets other processes on this machine drive the application with Tcl
+/// scripts over loopback TCP, one interpreter per client connection. The application derives
+/// from it, adds its commands and supplies the connection-timeout policy.
 class TQ_EXPORT TclCommandServer : public TqObject {
 public:
+    /// The number of connection slots: a client beyond them waits for slotWait() or is
+    /// refused.
     static constexpr int maxConnections = 16;
 
     /// Whether the server uses threads is decided here, from the application's flags.
@@ -70,6 +76,7 @@ public:
     /// sent, with its Tcl code; empty by default. Must be thread-safe.
     virtual void scriptEvaluated(TclConnectionWithClient* connection, int code);
 
+    /// "tclcmdserv", a static string.
     static const char* defaultServerName() { return "tclcmdserv"; }
 
     // --- Serving ---
@@ -91,7 +98,11 @@ public:
     /// script, accepts or services each that is ready. Returns how many were handled, -1 when
     /// the wait failed.
     int asyncWaitForCommand(bool block);
+    /// Runs currentCommand() on the calling thread, which counts as the servicing thread
+    /// while it runs.
     void executeCurrentCommand();
+    /// Calls command's handler on the calling thread and stores its Tcl code as the
+    /// command's result; sendResp inside the handler answers command's connection.
     void executeCommand(TclServerCommand* command);
 
     /// Wakes the servicing thread and every waiting sender and marks the server done; safe
@@ -111,13 +122,18 @@ public:
     /// Takes connection out of its slot, tells connectionHasBeenRemoved and queues it for
     /// reaping; does nothing for a connection that is not in a slot.
     void removeConnection(TclConnectionWithClient* connection);
+    /// Reaps, removes every occupied slot, and reaps again.
     void removeAllConnections();
     /// Deletes the removed connections whose threads have ended.
     void reapConnections();
+    /// The number of occupied slots.
     int numConnections() const;
     /// The number of connections removed but not yet deleted.
     int numConnectionsAwaitingReaping() const;
+    /// True while the acceptor runs and the server is not done; the acceptor thread loops on
+    /// it.
     bool acceptingConnection() const;
+    /// Told by the acceptor when its thread ends: acceptingConnection() is false from then on.
     void acceptorDied();
     /// The listening port, or 0 before the server listens.
     int port() const;
@@ -126,67 +142,105 @@ public:
     /// To the connection of the command whose handler runs on the calling thread (else of the
     /// current command); nothing when there is none.
     void sendResp(TclServerRespType type, const char* text);
+    /// To command's own connection; nothing when command or its connection is null.
     void sendCmdResp(TclServerRespType type, const char* text, TclServerCommand* command);
+    /// sendResp of text as a result (TCS_RESULT).
     void sendStr(const char* text) { sendResp(TCS_RESULT, text); }
     /// To every connection whose broadcast flag is set.
     void broadcast(TclServerRespType type, const char* text);
+    ///@{
     /// On connection or, when it is null, on the connection sendResp would answer.
+    /// getClientBroadcast is false when there is no such connection.
     void setClientBroadcast(bool broadcast, TclConnectionWithClient* connection);
     bool getClientBroadcast(TclConnectionWithClient* connection) const;
+    ///@}
 
     // --- Built-in commands ---
+    ///@{
+    /// "exit", "quit" and "disconnect": end the command's connection. Return TCL_OK.
     int exitCmd(TclServerCommand* command);
-    int beepCmd(TclServerCommand* command);
     int disconnectCmd(TclServerCommand* command);
+    ///@}
+    /// "beep": beeps and answers "Beep you back..." as a result. Returns TCL_OK.
+    int beepCmd(TclServerCommand* command);
 
     // --- Settings and state ---
     /// The port file is not owned; it must outlive the server's listening.
+    ///@{
     void setIPCPortFile(IPCPortFile* portFile) { m_portFile = portFile; }
     IPCPortFile* getIPCPortFile() const { return m_portFile; }
+    ///@}
     /// Deletes the port file and forgets it in the signal handler.
     void removeIPCPortFile();
     /// True unless the application disabled threads when the server was created.
     bool usingThreads() const { return m_usingThreads; }
     /// Gives each new connection a safe interpreter (no file, process or socket commands).
+    ///@{
     void setSafeInterpreters(bool safe) { m_safeInterpreters = safe; }
     bool safeInterpreters() const { return m_safeInterpreters; }
+    ///@}
     /// How long the acceptor and the polling mode wait in one go, in milliseconds (100).
+    ///@{
     void setPollInterval(long milliseconds) { m_pollInterval = milliseconds; }
     long pollInterval() const { return m_pollInterval; }
+    ///@}
     /// How long a reply may wait for a client that does not read, in milliseconds (5000).
+    ///@{
     void setSendTimeout(long milliseconds) { m_sendTimeout = milliseconds; }
     long sendTimeout() const { return m_sendTimeout; }
+    ///@}
     /// How long the acceptor waits for a slot to come free before it refuses a client, in
     /// milliseconds (1000); 0 refuses at once.
+    ///@{
     void setSlotWait(long milliseconds) { m_slotWait = milliseconds; }
     long slotWait() const { return m_slotWait; }
+    ///@}
     /// A connection that sends no script for this long is closed, in milliseconds; 0 (the
     /// default) keeps idle connections for ever. Taken by connections accepted from now on.
+    ///@{
     void setIdleTimeout(long milliseconds) { m_idleTimeout = milliseconds; }
     long idleTimeout() const { return m_idleTimeout.load(); }
+    ///@}
     /// A script that runs longer than this is cancelled by Tcl's time limit and answered "Bad
     /// command", in milliseconds; 0 (the default) lets scripts run as long as they take.
+    ///@{
     void setScriptTimeLimit(long milliseconds) { m_scriptTimeLimit = milliseconds; }
     long scriptTimeLimit() const { return m_scriptTimeLimit.load(); }
+    ///@}
 
+    ///@{
+    /// The hand-over to the servicing thread: one mutex, a signal that a command waits
+    /// (sent by syncSendCommand) and a signal that it ran (sent by the servicing thread).
+    /// Owned by the server.
     ProtectedResource& commandMutex() { return m_commandMutex; }
     SyncSignal& requestSignal() { return m_requestSignal; }
     SyncSignal& doneSignal() { return m_doneSignal; }
+    ///@}
     /// The command the servicing thread runs now; read under the command mutex, or by the
     /// running handler itself.
     TclServerCommand* currentCommand() const { return m_currentCommand; }
     /// How many handed-over commands wait for the servicing thread; read under the mutex.
     int pendingCommands() const { return static_cast<int>(m_pending.size()); }
+    ///@{
+    /// Once done, the servicing loop and the acceptor end; a handler sets it to stop the
+    /// server from inside a command.
     bool done() const { return m_done.load(); }
     void setDone(bool done) { m_done = done; }
+    ///@}
+    ///@{
+    /// A flag kept for the application's handlers (false at start); the server does not
+    /// read it.
     void setAsyncBreak(bool asyncBreak) { m_asyncBreak = asyncBreak; }
     bool getAsyncBreak() const { return m_asyncBreak.load(); }
+    ///@}
 
     /// Connections count themselves here; the server outlives them, since remove() deletes
     /// every connection before the server goes.
+    ///@{
     void addReference() { ++m_references; }
     void removeReference() { --m_references; }
     int references() const { return m_references.load(); }
+    ///@}
 
 private:
     TclServerCommand* runningCommand() const;
@@ -198,8 +252,8 @@ private:
     void assertNotInHandler(const char* operation) const;
     SyncSignal& finishedSignalOf(TclServerCommand* command);
 
-    TclServerConnectionAcceptor* m_acceptor = nullptr;
-    TclConnectionTimer* m_timer = nullptr;
+    std::unique_ptr<TclServerConnectionAcceptor> m_acceptor;
+    std::unique_ptr<TclConnectionTimer> m_timer;
     IPCPortFile* m_portFile = nullptr;
 
     mutable std::mutex m_connectionsMutex; // slots, count and reap list

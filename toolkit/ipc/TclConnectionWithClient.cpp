@@ -39,9 +39,8 @@ TclConnectionWithClient::TclConnectionWithClient(TclCommandServer* server, unsig
 TclConnectionWithClient::~TclConnectionWithClient() {
     join();
     cleanupTclInterp();
-    for (TclServerCommand* command : m_commands)
-        delete command;
-    delete[] m_buffer;
+    // The commands are the client data of the interpreter's commands: they go after it.
+    m_commands.clear();
     closeSocket();
     m_server->removeReference();
 }
@@ -49,12 +48,12 @@ TclConnectionWithClient::~TclConnectionWithClient() {
 TclServerCommand* TclConnectionWithClient::addCommand(const char* name, TclServerHandler handler,
                                                       bool async, void* clientData) {
     assert(m_interp && "addCommand needs the connection's interpreter (createTclInterp)");
-    auto* command = new TclServerCommand(this, handler, clientData);
+    auto command = std::make_unique<TclServerCommand>(this, handler, clientData);
     command->setAsyncFlag(async ? 1 : 0);
-    Tcl_CreateObjCommand(m_interp, name, &TclConnectionWithClient::dispatchTclCommand, command,
-                         nullptr);
-    m_commands.push_back(command);
-    return command;
+    Tcl_CreateObjCommand(m_interp, name, &TclConnectionWithClient::dispatchTclCommand,
+                         command.get(), nullptr);
+    m_commands.push_back(std::move(command));
+    return m_commands.back().get();
 }
 
 int TclConnectionWithClient::dispatchTclCommand(void* clientData, Tcl_Interp* interp, int objc,
@@ -105,8 +104,8 @@ TclConnectionWithClient::readFrame(IPCByteSource& source, char* buffer, int capa
 }
 
 void TclConnectionWithClient::evaluateQuit() {
-    std::strcpy(m_buffer, "quit");
-    tclEval(m_interp, m_buffer);
+    std::strcpy(m_buffer.get(), "quit");
+    tclEval(m_interp, m_buffer.get());
 }
 
 bool TclConnectionWithClient::receiveData() {
@@ -123,7 +122,7 @@ bool TclConnectionWithClient::receiveData() {
     }
     IPCSocketSource source(m_socket);
     errno = 0; // a hang-up ends a read without setting it
-    const FrameResult frame = readFrame(source, m_buffer, receiveCapacity);
+    const FrameResult frame = readFrame(source, m_buffer.get(), receiveCapacity);
     const int readError = errno;
     noteActivity();
     if (frame.status == Frame && frame.received < frame.length &&
@@ -150,22 +149,22 @@ bool TclConnectionWithClient::receiveData() {
         evaluateQuit();
         return false;
     }
-    Printf(DBG_INFO, "\nTclConnectionWithClient received '%s'\n", m_buffer);
+    Printf(DBG_INFO, "\nTclConnectionWithClient received '%s'\n", m_buffer.get());
     if (m_server->done()) {
         // A stopping server evaluates nothing more: an evaluation begun now could miss the
         // cancel that ends the ones already running.
         evaluateQuit();
         return false;
     }
-    if (!m_server->admitScript(this, m_buffer)) {
+    if (!m_server->admitScript(this, m_buffer.get())) {
         Printf(DBG_INFO, "\nTclConnectionWithClient script not admitted, closing\n");
         sendResp(TCS_ERROR, "Bad command");
         evaluateQuit();
         return false;
     }
-    const int code = tclEval(m_interp, m_buffer);
+    const int code = tclEval(m_interp, m_buffer.get());
     if (code != TCL_OK) {
-        m_server->scriptFailed(this, m_buffer, Tcl_GetStringResult(m_interp));
+        m_server->scriptFailed(this, m_buffer.get(), Tcl_GetStringResult(m_interp));
         sendResp(TCS_ERROR, "Bad command");
     }
     m_server->scriptEvaluated(this, code);
@@ -271,7 +270,7 @@ bool TclConnectionWithClient::createTclInterp() {
         return false;
     if (m_server->safeInterpreters())
         Tcl_MakeSafe(m_interp);
-    m_buffer = new char[receiveCapacity];
+    m_buffer = std::make_unique<char[]>(receiveCapacity);
     m_server->addCommands(this);
     return true;
 }

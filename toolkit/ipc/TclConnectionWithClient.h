@@ -10,11 +10,15 @@
 #include "ipc/ThreadMainObject.h"
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 #include <vector>
 
 class IPCByteSource;
 
+/// TclConnectionWithClient: one client of the command server: its socket, its own Tcl
+/// interpreter with the server's commands, and (with threads) its own thread that receives
+/// and evaluates the client's scripts.
 class TQ_EXPORT TclConnectionWithClient : public ThreadMainObject {
 public:
     /// Receive buffer capacity; a script of this length or more is cut to one byte less.
@@ -52,6 +56,7 @@ public:
     /// Writes the 20-byte header and the text in one piece; a null or empty text gives a
     /// bare header. Failures are logged; a peer that stops reading is disconnected.
     void sendResp(TclServerRespType type, const char* text);
+    /// sendResp of text as a result (TCS_RESULT).
     void sendStr(const char* text) { sendResp(TCS_RESULT, text); }
     /// Writes value big-endian at buffer; returns the position after it.
     static char* writeInt(char* buffer, int value);
@@ -72,40 +77,57 @@ public:
     /// commands and allocates the receive buffer; does nothing if it exists. False when Tcl
     /// refused an interpreter.
     bool createTclInterp();
+    /// Deletes the interpreter unless Tcl has deleted it already; does nothing without one.
     void cleanupTclInterp();
 
     /// How a frame read ended: Frame (text in buffer, NUL-terminated), ShortHeader (fewer
     /// than 4 bytes) or ShortText (no byte of the text). A length of capacity or more is
     /// cut to capacity - 1 and the rest is left unread, to be taken as the next header.
     enum FrameStatus { Frame = 0, ShortHeader = 1, ShortText = 2 };
+    /// What readFrame read.
     struct FrameResult {
-        FrameStatus status;
-        long received; // header bytes for ShortHeader, text bytes otherwise
-        long length;   // the text length asked for, after the cut
+        FrameStatus status; ///< how the read ended
+        long received;      ///< header bytes for ShortHeader, text bytes otherwise
+        long length;        ///< the text length asked for, after the cut
     };
+    /// Reads one frame (a 4-byte big-endian length, then the text) from source into buffer
+    /// of capacity bytes, never writing past it.
     static FrameResult readFrame(IPCByteSource& source, char* buffer, int capacity);
 
+    /// The server the connection belongs to (it holds a reference on it).
     TclCommandServer* server() const { return m_server; }
     /// The socket; piSocket::invalid once the connection's thread has ended.
     unsigned int socket() const { return m_socket; }
+    /// The connection's interpreter (owned by it), or null before createTclInterp.
     Tcl_Interp* interp() const { return m_interp; }
+    /// True while a script is being evaluated.
     bool isEvaluating() const { return m_evaluating; }
+    /// True once a receiveData of executeCommands or executeOneCommand returned false (a
+    /// short header, an empty read or an idle timeout); executeCommands starts it false.
     bool lastReadFailed() const { return m_lastReadFailed; }
     /// A stream on the socket, for the connection's own thread while it runs; replies from
     /// other threads go through sendResp, which serialises the writes.
     SocketOStream& ostrm() { return m_ostrm; }
+    ///@{
+    /// Whether TclCommandServer::broadcast sends to this connection (false at first).
     bool broadcastFlag() const { return m_broadcast.load(); }
     void setBroadcastFlag(bool broadcast) { m_broadcast = broadcast; }
+    ///@}
     /// On the server's command mutex: sent when a command this connection handed to the
     /// servicing thread has run.
     SyncSignal& commandDoneSignal() { return m_commandDone; }
+    ///@{
+    /// Once done, executeCommands returns after the script being handled.
     bool done() const { return m_done.load(); }
     void setDone(bool done) { m_done = done; }
+    ///@}
     /// Stops both directions of the socket so the client sees the end of the stream and a
     /// read in progress returns.
     void shutdownSocket();
 
 protected:
+    /// Creates the interpreter and, on a thread of its own, runs executeCommands, then frees
+    /// the interpreter and Tcl's state of the thread and closes the socket; deactivates.
     void vThreadMain() override;
 
 private:
@@ -116,7 +138,7 @@ private:
     TclCommandServer* m_server;
     unsigned int m_socket;
     Tcl_Interp* m_interp = nullptr;
-    char* m_buffer = nullptr;
+    std::unique_ptr<char[]> m_buffer;
     std::atomic<bool> m_evaluating{false};
     std::atomic<bool> m_handingOver{false}; // waiting for the servicing thread
     std::atomic<long long> m_lastActivity;  // steady clock, milliseconds
@@ -129,5 +151,5 @@ private:
     SyncSignal m_commandDone;
     /// Guards writes and the handle's end: broadcasts and replies come from different threads.
     std::mutex m_sendMutex;
-    std::vector<TclServerCommand*> m_commands;
+    std::vector<std::unique_ptr<TclServerCommand>> m_commands;
 };

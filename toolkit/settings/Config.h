@@ -73,8 +73,10 @@ public:
     // --- The settings file ----------------------------------------------------------------
     /// The file the store is opened on: the one set here, else the application's iniPath().
     /// Setting a path closes an open store; an empty path returns to the application's.
+    ///@{
     static void setSettingsFile(const QString& path);
     static QString settingsFile();
+    ///@}
     /// The store, opened on first use in the IniSettings form; null when no file is known
     /// (no path set and no application). Owned by Config until shutdown().
     static QSettings* settings();
@@ -87,34 +89,67 @@ public:
     static void shutdown();
 
     // --- Settings ----------------------------------------------------------------------------
+    /// "UndoLevels": the undo depth, 0 to 10 (5 by default).
     static int undoLevels() { return v_undoLevels; }
     /// Owned by Config; null when none is known.
+    ///@{
+    /// "InstallationPath"; set keeps a copy of path (null forgets it).
     static const char* installationPath() { return p_installationPath; }
     static void setInstallationPath(const char* path);
+    ///@}
+    /// "ExportMifAsAFrame": non-zero when a MIF export is the anchored frame only (0 by
+    /// default).
     static int exportMifAsAFrame() { return v_exportMifAsAFrame; }
+    /// The negation of "DrawComplexButtons": non-zero by default.
     static char drawSimpleButtons() { return v_drawSimpleButtons; }
+    ///@{
+    /// The language new HDL text is read and written in (Verilog at start); not stored.
     static HDLanguage defaultHDL() { return v_defaultHDL; }
     static void setDefaultHDL(HDLanguage language) { v_defaultHDL = language; }
+    ///@}
+    ///@{
+    /// A flag kept for the application's parsers (0 at start): whether their syntax errors
+    /// list the tokens expected. The toolkit's own parsers do not read it; not stored.
     static char printExpectedTokens() { return v_printExpectedTokens; }
     static void setPrintExpectedTokens(char on) { v_printExpectedTokens = on; }
+    ///@}
+    ///@{
+    /// The VHDL edition new VHDL text is read and written in; not stored.
     static VHDLVersion defaultVHDLVersion() { return v_defaultVHDLVersion; }
     static void setDefaultVHDLVersion(VHDLVersion version) { v_defaultVHDLVersion = version; }
+    ///@}
+    /// The negation of "NoHeapMonitor": non-zero by default.
     static char startHeapMonitor() { return !v_noHeapMonitor; }
+    /// "UseCtl3D": non-zero by default.
     static char useCtl3d() { return v_useCtl3d; }
+    ///@{
+    /// "SaveWindowPos": whether top windows save and restore their places (non-zero by
+    /// default).
     static char saveWindowPos() { return v_saveWindowPos; }
     static void toggleSaveWindowPos() { v_saveWindowPos = !v_saveWindowPos; }
+    ///@}
     /// The double-click time in milliseconds: "DoubleClickDelay" when the store holds a
     /// positive value, else the window system's interval (400 without a GUI). Read once,
     /// when first asked.
     static unsigned long XdblClickTime();
     /// Owned by Config; null when none is known.
+    ///@{
+    /// "SerialNumber", the licence data; set keeps a copy of number (null forgets it).
     static const char* serialNumber() { return p_serialNumber; }
     static void setSerialNumber(const char* number);
+    ///@}
+    ///@{
+    /// "PrintInColor": 0 (yes), 1 (no) or 2 (not decided; the default).
     static ColorPrintingOption printInColor() { return v_printInColor; }
     static void setPrintInColor(ColorPrintingOption option) { v_printInColor = option; }
+    ///@}
+    ///@{
+    /// "SaveOnExit": whether the settings are written when the application ends (non-zero
+    /// by default).
     static char saveOnExit() { return v_saveOnExit; }
     static void toggleSaveOnExit() { v_saveOnExit = !v_saveOnExit; }
     static void setSaveOnExit(char on) { v_saveOnExit = on; }
+    ///@}
     /// Owned by Config; never null.
     static const char* editorCommandLine();
     /// A null or empty command line sets the default.
@@ -124,16 +159,20 @@ public:
     /// A copy of font, or the system font for null.
     static void setDialogFont(const WsiFont* font);
     /// The print setup text; owned by Config, never null.
+    ///@{
     static const char* printSetup();
     static void setPrintSetup(const char* text);
+    ///@}
     /// The print setup and the export-MIF setting as export parameters; by value.
     static ExportParameters exportParameters();
     /// The default of "EditorCommandLine"; a static string.
     static const char* defaultEditorCommandLine();
 
     /// Reads and writes "SerialNumber" (readSerialNumber with defaultsOnly forgets it).
+    ///@{
     void readSerialNumber(char defaultsOnly);
     void writeSerialNumber();
+    ///@}
     /// Stores the print setup text; it is not part of writeConfig, since the print setup
     /// dialog keeps it when the user changes it.
     void writePrintSetup();
@@ -146,24 +185,33 @@ protected:
     /// UseCtl3D has been read (given 0, meaning values come from the store),
     /// readApplicationLayout after it and before SaveOnExit; writeApplicationSettings at the
     /// end of a full write, finishWriting last in every write.
+    ///@{
     virtual void readApplicationSettings(char defaultsOnly);
     virtual void readApplicationLayout();
     virtual void writeApplicationSettings();
     virtual void finishWriting();
+    ///@}
 
     /// Each reader takes the default when defaultsOnly is set or the key is missing.
+    ///@{
     char readBoolean(const char* key, char defaultValue, char defaultsOnly);
     void readUndoLevels(char defaultsOnly);
     void readDialogFont(char defaultsOnly);
     void readPrintSetup(char defaultsOnly);
     void readPrintInColor(char defaultsOnly);
     void readExportMifAsAFrame(char defaultsOnly);
+    ///@}
+    /// Reads "EditorCommandLine"; a missing or empty key gives the default.
     void readEditorCommandLine();
     /// A font from its description (see WsiFont::readDescription), or null for an empty or
     /// malformed one; the caller owns the font.
     static std::unique_ptr<WsiFont> scanFont(const char* description);
+    ///@{
+    /// Stores "DialogFont" (empty for the system font) and "PrintInColor" ("Yes", "No" or
+    /// "Setup" for options 0, 1 and 2).
     void writeDialogFont();
     void writePrintInColor();
+    ///@}
 
 private:
     static void registerShutdown();

@@ -35,11 +35,13 @@ public:
     /// A store on the file at path in this format; by value, the caller owns it.
     static std::unique_ptr<QSettings> open(const QString& path);
 
+    ///@{
     /// The format's reader and writer, for QSettings and for tests: read() fills map from
     /// the device's text and always succeeds (malformed lines are ignored); write() writes
     /// map and fails only when the device does.
     static bool read(QIODevice& device, QSettings::SettingsMap& map);
     static bool write(QIODevice& device, const QSettings::SettingsMap& map);
+    ///@}
 
     /// Text the store gives back for a key as a string: a string as it is, anything else in
     /// its written form. Empty for a missing key.

@@ -14,10 +14,10 @@
 
 namespace {
 
-char* copyOf(const char* text) {
+std::unique_ptr<char[]> copyOf(const char* text) {
     const std::size_t size = std::strlen(text) + 1;
-    char* copy = new char[size];
-    std::memcpy(copy, text, size);
+    auto copy = std::make_unique<char[]>(size);
+    std::memcpy(copy.get(), text, size);
     return copy;
 }
 
@@ -30,19 +30,14 @@ QByteArray pathForm(const char* name) {
 } // namespace
 
 RecentFileManager::RecentFileManager(const char* group, unsigned short maxFiles)
-    : m_files(new char*[maxFiles]()), m_group(copyOf(group ? group : "")), m_maxFiles(maxFiles) {}
+    : m_files(std::make_unique<std::unique_ptr<char[]>[]>(maxFiles)),
+      m_group(copyOf(group ? group : "")), m_maxFiles(maxFiles) {}
 
-RecentFileManager::~RecentFileManager() {
-    cleanup();
-    delete[] m_files;
-    delete[] m_group;
-}
+RecentFileManager::~RecentFileManager() = default;
 
 void RecentFileManager::cleanup() {
-    for (int i = 0; i < m_maxFiles; ++i) {
-        delete[] m_files[i];
-        m_files[i] = nullptr;
-    }
+    for (int i = 0; i < m_maxFiles; ++i)
+        m_files[i].reset();
 }
 
 void RecentFileManager::addFileName(const char* name) {
@@ -54,14 +49,13 @@ void RecentFileManager::addFileName(const char* name) {
         moveToTop(index);
         return;
     }
-    delete[] m_files[m_maxFiles - 1];
     for (int i = m_maxFiles - 1; i > 0; --i)
-        m_files[i] = m_files[i - 1];
+        m_files[i] = std::move(m_files[i - 1]);
     m_files[0] = copyOf(path.constData());
 }
 
 const char* RecentFileManager::fileName(int index) const {
-    return index >= 0 && index < m_maxFiles ? m_files[index] : nullptr;
+    return index >= 0 && index < m_maxFiles ? m_files[index].get() : nullptr;
 }
 
 int RecentFileManager::numberOfFiles() const {
@@ -73,7 +67,7 @@ int RecentFileManager::numberOfFiles() const {
 
 int RecentFileManager::indexOfFileName(const char* name) const {
     for (int i = 0; i < m_maxFiles; ++i)
-        if (m_files[i] && name && std::strcmp(m_files[i], name) == 0)
+        if (m_files[i] && name && std::strcmp(m_files[i].get(), name) == 0)
             return i;
     return -1;
 }
@@ -81,10 +75,10 @@ int RecentFileManager::indexOfFileName(const char* name) const {
 void RecentFileManager::moveToTop(int index) {
     if (index <= 0 || index >= m_maxFiles)
         return;
-    char* name = m_files[index];
+    std::unique_ptr<char[]> name = std::move(m_files[index]);
     for (int i = index; i > 0; --i)
-        m_files[i] = m_files[i - 1];
-    m_files[0] = name;
+        m_files[i] = std::move(m_files[i - 1]);
+    m_files[0] = std::move(name);
 }
 
 QString RecentFileManager::keyOf(int index) {
@@ -96,7 +90,7 @@ QString RecentFileManager::keyOf(int index) {
 bool RecentFileManager::readConfig(const QString& settingsFile) {
     cleanup();
     const std::unique_ptr<QSettings> settings = IniSettings::open(settingsFile);
-    settings->beginGroup(QString::fromUtf8(m_group));
+    settings->beginGroup(QString::fromUtf8(m_group.get()));
     int next = 0;
     for (int i = 0; i < m_maxFiles; ++i) {
         const QString value = IniSettings::textOf(settings->value(keyOf(i)));
@@ -110,9 +104,9 @@ bool RecentFileManager::readConfig(const QString& settingsFile) {
 bool RecentFileManager::writeConfig(QSettings* settings) const {
     if (!settings)
         return false;
-    settings->beginGroup(QString::fromUtf8(m_group));
+    settings->beginGroup(QString::fromUtf8(m_group.get()));
     for (int i = 0; i < m_maxFiles; ++i)
-        settings->setValue(keyOf(i), QString::fromUtf8(m_files[i] ? m_files[i] : ""));
+        settings->setValue(keyOf(i), QString::fromUtf8(m_files[i] ? m_files[i].get() : ""));
     settings->endGroup();
     return true;
 }
@@ -156,7 +150,7 @@ void RecentFileManager::initMenuItems(TqActionTable& items, int previousCount) c
         items.enable(id, m_files[i] != nullptr);
         if (m_files[i]) {
             std::string text("&");
-            text.append(std::to_string(i + 1)).append(" ").append(m_files[i]);
+            text.append(std::to_string(i + 1)).append(" ").append(m_files[i].get());
             items.setText(id, text.c_str());
         }
     }

@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <memory>
+
 class Menu;
 class QSettings;
 class TqActionTable;
@@ -35,9 +37,10 @@ public:
     const char* fileName(int index) const;
     /// The number of slots that hold a name.
     int numberOfFiles() const;
+    /// The number of slots given at construction.
     unsigned short maxNumberOfFiles() const { return m_maxFiles; }
     /// The settings group, owned by the list; "" for the top level.
-    const char* group() const { return m_group; }
+    const char* group() const { return m_group.get(); }
 
     /// Empties the list and fills it from the group of the settings file at settingsFile (in
     /// the IniSettings form): every slot key that exists with a non-empty value goes into the
@@ -52,6 +55,7 @@ public:
     /// Appends the anchor item (150, with anchorText) and one item per slot (151 on) to menu,
     /// all disabled until initRecentFileMenu() shows the list.
     void appendRecentFileItems(Menu& menu, const char* anchorText) const;
+    ///@{
     /// Shows the list in the window's (or menu's) items when the number of files differs from
     /// previousCount (pass -1 to show it in any case): the anchor is enabled when files
     /// appeared where there were none and disabled when none are left; each slot's item is
@@ -59,12 +63,19 @@ public:
     /// disabled.
     void initRecentFileMenu(WsdTopWindow* window, int previousCount) const;
     void initRecentFileMenu(Menu& menu, int previousCount) const;
+    ///@}
+    ///@{
     /// Disables the anchor and every slot's item and empties the items' texts.
     void clearRecentFileMenu(WsdTopWindow* window) const;
     void clearRecentFileMenu(Menu& menu) const;
+    ///@}
 
+    ///@{
+    /// The menu identifiers: the anchor item, and the first slot's item (slot k has
+    /// firstFileItem + k).
     static constexpr int anchorItem = 150;
     static constexpr int firstFileItem = 151;
+    ///@}
 
 protected:
     /// The slot that holds exactly name, or -1.
@@ -76,7 +87,7 @@ private:
     void initMenuItems(TqActionTable& items, int previousCount) const;
     void clearMenuItems(TqActionTable& items) const;
 
-    char** m_files;
-    char* m_group;
+    std::unique_ptr<std::unique_ptr<char[]>[]> m_files;
+    std::unique_ptr<char[]> m_group;
     unsigned short m_maxFiles;
 };

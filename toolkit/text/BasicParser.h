@@ -15,10 +15,13 @@ enum ParserErrorLevel {
 /// recursive-descent parser. It keeps the first error and stops there.
 class TQ_EXPORT BasicParser : public Scanner {
 public:
-    explicit BasicParser(ScanType* table = nullptr); ///< reads std::cin
+    ///@{
+    /// As the Scanner constructors; nothing is scanned yet.
+    explicit BasicParser(ScanType* table = nullptr);
     BasicParser(std::istream& in, ScanType* table);
     BasicParser(const char* text, ScanType* table);
     BasicParser(const char* text, HC_<ScannerKeyword>* keywords, ScanType* table);
+    ///@}
     BasicParser(const BasicParser&) = delete;
     BasicParser& operator=(const BasicParser&) = delete;
     ~BasicParser() override;
@@ -36,6 +39,7 @@ public:
     /// previous error.
     void error(const char* message, ParserErrorLevel level);
 
+    /// True once an error is recorded; the parser then scans no further.
     bool hasError() const { return m_errorMessage != nullptr; }
     ///@{
     /// The pending error message, in place (owned by the parser), or null.

@@ -139,15 +139,11 @@ std::ostream& SingleFileElement::printOn(std::ostream& out) const {
     return out << m_token.text();
 }
 
-MultipleFileElement::~MultipleFileElement() {
-    for (std::size_t i = 0; i < m_count; ++i)
-        delete m_children[i];
-    if (m_children != m_inline)
-        delete[] m_children;
-}
+MultipleFileElement::~MultipleFileElement() = default;
 
 const FileElement* MultipleFileElement::child(short index) const {
-    return index >= 0 && static_cast<std::size_t>(index) < m_count ? m_children[index] : nullptr;
+    return index >= 0 && static_cast<std::size_t>(index) < m_count ? m_children[index].get()
+                                                                   : nullptr;
 }
 
 ScanType MultipleFileElement::type(short index) const {
@@ -187,23 +183,22 @@ std::ostream& MultipleFileElement::printOn(std::ostream& out) const {
 }
 
 void MultipleFileElement::addToken(const Token& token) {
-    adopt(SingleFileElement::make(token));
+    adopt(std::unique_ptr<FileElement>(SingleFileElement::make(token)));
 }
 
 void MultipleFileElement::addFileElement(FileElement& element) {
-    adopt(&element);
+    adopt(std::unique_ptr<FileElement>(&element));
 }
 
-void MultipleFileElement::adopt(FileElement* element) {
+void MultipleFileElement::adopt(std::unique_ptr<FileElement> element) {
     if (m_count == m_capacity) {
-        auto* grown = new FileElement*[2 * m_capacity];
-        std::copy(m_children, m_children + m_count, grown);
-        if (m_children != m_inline)
-            delete[] m_children;
-        m_children = grown;
+        auto grown = std::make_unique<std::unique_ptr<FileElement>[]>(2 * m_capacity);
+        std::move(m_children, m_children + m_count, grown.get());
+        m_grown = std::move(grown);
+        m_children = m_grown.get();
         m_capacity *= 2;
     }
-    m_children[m_count++] = element;
+    m_children[m_count++] = std::move(element);
 }
 
 bool FileSection::badSectionNotifier(const char* message, short number) {

@@ -9,12 +9,13 @@
 #include "text/Token.h"
 
 #include <cstddef>
+#include <memory>
 #include <new>
 
 /// A keyword or bracket a parser knows; tables of them end with a record whose name is null.
 struct KeywordDescriptor {
-    const char* name;
-    short id;
+    const char* name; ///< The keyword as written in files (a static string); null ends a table.
+    short id;         ///< What FileElement::id() answers for an element made for it.
     /// Free for the application (the toolkit's own descriptors hold 0).
     long data;
 };
@@ -22,9 +23,9 @@ struct KeywordDescriptor {
 /// A section a parser knows: its name, the id its parse is given, and the cleanUp pass in which
 /// a kept section is processed.
 struct SectionDescriptor {
-    const char* name;
-    short id;
-    short pass;
+    const char* name; ///< The section's title as written in files (a static string).
+    short id;         ///< Handed to the parse of the section.
+    short pass;       ///< The cleanUp pass (from 0) in which a kept section is processed.
 };
 
 class FileElement;
@@ -32,7 +33,9 @@ class FileElement;
 /// Walks the child elements of a FileElement.
 class TQ_EXPORT FileElementIterator {
 public:
+    /// Starts before the first child of owner, which must outlive the iterator.
     explicit FileElementIterator(FileElement& owner) : m_owner(owner) {}
+    /// True while owner has a child after the ones returned so far.
     bool hasNext() const;
     /// The next child; only while hasNext().
     FileElement& next();
@@ -74,13 +77,18 @@ public:
     ///@}
 
 protected:
+    ///@{
+    /// Process-wide empty values for an index out of range: a token of type ST_END with empty
+    /// text, and a list without items.
     static const Token& emptyToken();
     static FileElement& emptyElement();
+    ///@}
 };
 
 /// One token (a copy) as an item: it is its own only element.
 class TQ_EXPORT SingleFileElement : public FileElement {
 public:
+    /// An element over its own heap copy of the token's text.
     explicit SingleFileElement(const Token& token) : m_token(token) {}
     /// A new element whose copy of the token's text lives in the same heap block, which halves
     /// the allocations of a large read; the caller deletes it as any other element.
@@ -88,8 +96,11 @@ public:
 
     using FileElement::operator new;
     using FileElement::operator delete;
+    ///@{
+    /// One block for the element and extra bytes after it (make keeps the text there).
     static void* operator new(std::size_t size, unsigned extra);
     static void operator delete(void* block, unsigned extra);
+    ///@}
 
     const char* key() const override { return nullptr; }
     short id() const override { return 0; }
@@ -113,6 +124,7 @@ private:
 /// for (null for none). type, value and token of index i are those of child i (its first item).
 class TQ_EXPORT MultipleFileElement : public FileElement {
 public:
+    /// An empty list for descriptor (not owned; a static table entry, or null).
     explicit MultipleFileElement(const KeywordDescriptor* descriptor = nullptr)
         : m_descriptor(descriptor) {}
     ~MultipleFileElement() override;
@@ -128,6 +140,7 @@ public:
     FileElement& element(int index) override;
     std::ostream& printOn(std::ostream& out) const override;
 
+    /// The descriptor given at construction, or null.
     const KeywordDescriptor* descriptor() const { return m_descriptor; }
     /// Appends a SingleFileElement over a copy of token.
     void addToken(const Token& token);
@@ -136,27 +149,32 @@ public:
 
 private:
     const FileElement* child(short index) const;
-    void adopt(FileElement* element);
+    void adopt(std::unique_ptr<FileElement> element);
 
     const KeywordDescriptor* m_descriptor;
     ///@{
     /// Most lists hold a keyword's few arguments, so the first children live in the element
     /// itself and only longer lists take an array from the heap.
     static constexpr std::size_t v_inlineChildren = 4;
-    FileElement** m_children = m_inline;
+    std::unique_ptr<FileElement> m_inline[v_inlineChildren];
+    std::unique_ptr<std::unique_ptr<FileElement>[]> m_grown;
+    std::unique_ptr<FileElement>* m_children = m_inline;
     std::size_t m_count = 0;
     std::size_t m_capacity = v_inlineChildren;
-    FileElement* m_inline[v_inlineChildren];
     ///@}
 };
 
 /// A whole section of a file: its items and its descriptor.
 class TQ_EXPORT FileSection : public MultipleFileElement {
 public:
+    /// An empty section for descriptor, which must outlive it (a static table entry).
     explicit FileSection(const SectionDescriptor& descriptor) : m_section(descriptor) {}
 
+    ///@{
+    /// The descriptor's name (a static string) and the descriptor itself.
     const char* sectionTitle() const { return m_section.name; }
     const SectionDescriptor& sectionDescriptor() const { return m_section; }
+    ///@}
 
     /// Shows message, followed by number in decimal unless it is 0, cut to 255 characters,
     /// through showUserMessage as an error; returns what showUserMessage returns.

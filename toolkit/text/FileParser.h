@@ -38,6 +38,7 @@ public:
     /// order kept; false if any call returned false, but all calls are made.
     [[nodiscard]] bool cleanUp(short passes);
 
+    /// The owner given at construction (not owned), for the application's parse functions.
     void* owner() const { return m_owner; }
     /// The sections kept for cleanUp, owned by the parser.
     const std::vector<FileSection*>& keptSections() const { return m_kept; }

@@ -12,8 +12,11 @@ class iTaskDescription;
 /// application file, with the task that a long read reports to.
 class TQ_EXPORT FileReader {
 public:
+    ///@{
+    /// A reader of the named file (none yet, or filename; null is none), not yet opened.
     FileReader() = default;
     explicit FileReader(const char* filename);
+    ///@}
     virtual ~FileReader();
     FileReader(const FileReader&) = delete;
     FileReader& operator=(const FileReader&) = delete;
@@ -31,11 +34,10 @@ protected:
     [[nodiscard]] bool open();
     /// Closes a file that open() opened (a set stream is left alone).
     void close();
-    ///@{
     /// The stream to read from, null before open() or setStream().
     std::istream* stream() const { return m_stream; }
+    /// Names the file open() opens (null is none).
     void setFilename(const char* filename) { m_filename = filename ? filename : ""; }
-    ///@}
     /// The file name, in place (owned by the reader); "" when none was given.
     const char* filename() const { return m_filename.c_str(); }
 
@@ -46,19 +48,20 @@ private:
     iTaskDescription* m_task = nullptr;
 };
 
+/// FileWritingAgent: the base of the writers of an application file, holding its name.
 class TQ_EXPORT FileWritingAgent {
 public:
+    /// A writer of the named file (copied; null is none); nothing is opened yet.
     explicit FileWritingAgent(const char* filename);
     virtual ~FileWritingAgent();
     FileWritingAgent(const FileWritingAgent&) = delete;
     FileWritingAgent& operator=(const FileWritingAgent&) = delete;
 
-    ///@{
     /// Creates (or truncates) the named file and has writeContents fill it; false if the file
     /// cannot be opened or the writing fails.
     [[nodiscard]] virtual bool render();
+    /// Names the file render() writes (copied; null is none).
     void setFilename(const char* filename) { m_filename = filename ? filename : ""; }
-    ///@}
     /// The file name, in place (owned by the agent).
     const char* filename() const { return m_filename.c_str(); }
 

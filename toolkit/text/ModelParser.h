@@ -13,6 +13,7 @@ public:
     ModelParser(const char* text, void* owner, ScanType* table);
     ///@}
 
+    /// The owner given at construction (not owned), for the application's parse functions.
     void* owner() const { return m_owner; }
 
 private:

@@ -11,7 +11,7 @@ Pattern::Pattern() = default;
 
 Pattern::Pattern(const char* text) : m_text(mem_strdup(text)) {}
 
-Pattern::Pattern(const Pattern& other) : TqObject(other), m_text(mem_strdup(other.m_text)) {
+Pattern::Pattern(const Pattern& other) : TqObject(other), m_text(mem_strdup(other.m_text.get())) {
     copyChainFrom(other);
 }
 
@@ -24,62 +24,55 @@ Pattern& Pattern::operator=(const Pattern& other) {
 }
 
 Pattern::Pattern(Pattern&& other) noexcept
-    : TqObject(other), m_first(std::exchange(other.m_first, nullptr)),
-      m_last(std::exchange(other.m_last, nullptr)), m_text(std::exchange(other.m_text, nullptr)) {}
+    : TqObject(other), m_first(std::move(other.m_first)),
+      m_last(std::exchange(other.m_last, nullptr)), m_text(std::move(other.m_text)) {}
 
 Pattern& Pattern::operator=(Pattern&& other) noexcept {
     if (this != &other) {
-        cleanup();
-        m_first = std::exchange(other.m_first, nullptr);
+        m_first = std::move(other.m_first);
         m_last = std::exchange(other.m_last, nullptr);
-        m_text = std::exchange(other.m_text, nullptr);
+        m_text = std::move(other.m_text);
     }
     return *this;
 }
 
-Pattern::~Pattern() {
-    cleanup();
-}
+Pattern::~Pattern() = default;
 
 void Pattern::copyChainFrom(const Pattern& other) {
-    for (const PatternElement* element = other.m_first; element != nullptr;
-         element = element->m_next) {
+    for (const PatternElement* element = other.m_first.get(); element != nullptr;
+         element = element->m_next.get()) {
         addElement(element->copy());
     }
 }
 
 void Pattern::setPattern(const char* text) {
-    char* copy = mem_strdup(text);
+    std::unique_ptr<char[]> copy(mem_strdup(text));
     cleanup();
-    m_text = copy;
+    m_text = std::move(copy);
 }
 
 void Pattern::addElement(PatternElement* element) {
     assert(element != nullptr && "Pattern::addElement needs an element");
     if (m_last != nullptr) {
-        m_last->m_next = element;
+        m_last->m_next.reset(element);
     } else {
-        m_first = element;
+        m_first.reset(element);
     }
     m_last = element;
     while (m_last->m_next != nullptr) {
-        m_last = m_last->m_next;
+        m_last = m_last->m_next.get();
     }
 }
 
 void Pattern::cleanup() {
-    delete m_first; // an element deletes the rest of its chain
-    m_first = nullptr;
+    m_first.reset(); // an element deletes the rest of its chain
     m_last = nullptr;
-    delete[] m_text;
-    m_text = nullptr;
+    m_text.reset();
 }
 
 void Pattern::removeLeadingPatterns(int n) {
     for (; n > 0 && m_first != nullptr; --n) {
-        PatternElement* first = std::exchange(m_first, m_first->m_next);
-        first->m_next = nullptr;
-        delete first;
+        m_first = std::move(m_first->m_next);
     }
     if (m_first == nullptr) {
         m_last = nullptr;
@@ -102,7 +95,7 @@ const char* Pattern::longestMatch(const char* s) const {
 }
 
 std::ostream& Pattern::printOn(std::ostream& out) const {
-    return out << (m_text != nullptr ? m_text : "");
+    return out << (m_text != nullptr ? m_text.get() : "");
 }
 
 bool CharCompare::operator()(const char* a, const char* b) const {

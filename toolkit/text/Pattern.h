@@ -5,6 +5,7 @@
 #include "text/PatternElement.h"
 
 #include <iosfwd>
+#include <memory>
 
 /// Pattern: a wildcard pattern, a chain of pattern elements matched against whole strings by
 /// longest match. Which wildcard characters become which elements is decided by the classes
@@ -28,9 +29,9 @@ public:
     /// Drops the chain and keeps a heap copy of text (null leaves the pattern without text).
     void setPattern(const char* text);
     /// The pattern text, in place (owned by the pattern); null when it has none.
-    const char* pattern() const { return m_text; }
+    const char* pattern() const { return m_text.get(); }
     /// The first element of the chain (owned by the pattern), or null.
-    const PatternElement* firstElement() const { return m_first; }
+    const PatternElement* firstElement() const { return m_first.get(); }
 
     /// Deletes the first n elements, or all of them when the chain is shorter; n <= 0 deletes
     /// none.
@@ -57,13 +58,15 @@ protected:
 private:
     void copyChainFrom(const Pattern& other);
 
-    PatternElement* m_first = nullptr;
+    std::unique_ptr<PatternElement> m_first;
+    /// The last element of the chain that m_first owns.
     PatternElement* m_last = nullptr;
-    char* m_text = nullptr;
+    std::unique_ptr<char[]> m_text;
 };
 
 /// Orders NUL-terminated strings by their characters (strcmp), for ordered containers keyed by
 /// const char*; a null string sorts before every other.
 struct TQ_EXPORT CharCompare {
+    /// True when a sorts before b.
     bool operator()(const char* a, const char* b) const;
 };

@@ -65,19 +65,14 @@ private:
 PatternElement::PatternElement(const char* argument) : m_string(mem_strdup(argument)) {}
 
 PatternElement::~PatternElement() {
-    PatternElement* element = std::exchange(m_next, nullptr);
-    while (element != nullptr) {
-        PatternElement* following = std::exchange(element->m_next, nullptr);
-        delete element;
-        element = following;
-    }
-    delete[] m_string;
+    // Unlinks the chain one element at a time, so that a long chain does not recurse.
+    std::unique_ptr<PatternElement> element = std::move(m_next);
+    while (element != nullptr)
+        element = std::move(element->m_next);
 }
 
 void PatternElement::setString(const char* text) {
-    char* copy = mem_strdup(text);
-    delete[] m_string;
-    m_string = copy;
+    m_string.reset(mem_strdup(text));
 }
 
 const char* PatternElement::match(const char* s) const {
@@ -86,12 +81,14 @@ const char* PatternElement::match(const char* s) const {
     }
     const std::string_view text(s);
     std::size_t chainLength = 0;
-    for (const PatternElement* element = this; element != nullptr; element = element->m_next) {
+    for (const PatternElement* element = this; element != nullptr;
+         element = element->m_next.get()) {
         ++chainLength;
     }
     ScratchArray<const PatternElement*, 32> chain(chainLength);
     std::size_t index = 0;
-    for (const PatternElement* element = this; element != nullptr; element = element->m_next) {
+    for (const PatternElement* element = this; element != nullptr;
+         element = element->m_next.get()) {
         chain[index++] = element;
     }
     // Two rows, swapped after each element. Past the last element the rest is the empty

@@ -3,6 +3,7 @@
 #include "core/TqExport.h"
 #include "core/TqObject.h"
 
+#include <memory>
 #include <span>
 #include <string_view>
 
@@ -35,13 +36,14 @@ public:
     [[nodiscard]] virtual PatternElement* copy() const = 0;
 
     /// The rest of the chain (owned by this element), or null at the end.
-    const PatternElement* next() const { return m_next; }
+    const PatternElement* next() const { return m_next.get(); }
     /// The element's argument, in place (owned by the element); null when it has none.
-    const char* string() const { return m_string; }
+    const char* string() const { return m_string.get(); }
     /// Replaces the argument with a heap copy of text (null clears it).
     void setString(const char* text);
 
 protected:
+    /// An element with a heap copy of argument (null: none) and no next element.
     explicit PatternElement(const char* argument = nullptr);
 
     /// One element's step of match(), for every start position at once. text runs from the
@@ -54,13 +56,14 @@ protected:
 
 private:
     friend class Pattern;
-    PatternElement* m_next = nullptr;
-    char* m_string = nullptr;
+    std::unique_ptr<PatternElement> m_next;
+    std::unique_ptr<char[]> m_string;
 };
 
 /// Consumes exactly its literal text (case-sensitive).
 class TQ_EXPORT StringPatternElement : public PatternElement {
 public:
+    /// Matches exactly the characters of literal (copied).
     explicit StringPatternElement(const char* literal);
     PatternElement* copy() const override;
 
@@ -97,6 +100,7 @@ protected:
 /// end of the string included), so the stop character itself is left for the rest.
 class TQ_EXPORT NCharsNotInStrPatternElement : public PatternElement {
 public:
+    /// Stops before any character of set (copied).
     explicit NCharsNotInStrPatternElement(const char* set);
     PatternElement* copy() const override;
 
@@ -109,6 +113,7 @@ protected:
 /// up to the end; an empty or null argument never stops before the end).
 class TQ_EXPORT NCharsNotCharPatternElement : public PatternElement {
 public:
+    /// Stops before the first character of stop (copied).
     explicit NCharsNotCharPatternElement(const char* stop);
     PatternElement* copy() const override;
 
@@ -121,6 +126,7 @@ protected:
 /// nothing at the end of the string. An empty or null argument matches only at the end.
 class TQ_EXPORT SeparatorOrEndStrPatternElement : public PatternElement {
 public:
+    /// Matches a run of the first character of separator (copied), or the end.
     explicit SeparatorOrEndStrPatternElement(const char* separator);
     PatternElement* copy() const override;
 

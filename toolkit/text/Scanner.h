@@ -14,11 +14,13 @@ class iTaskDescription;
 /// One keyword a scanner recognises, kept in upper case (owned copy).
 class TQ_EXPORT ScannerKeyword {
 public:
+    /// Keeps an upper-case copy of text.
     explicit ScannerKeyword(const char* text);
     ~ScannerKeyword();
     ScannerKeyword(const ScannerKeyword&) = delete;
     ScannerKeyword& operator=(const ScannerKeyword&) = delete;
 
+    /// The keyword in upper case, owned by the keyword.
     const char* text() const { return m_text.get(); }
     /// The key extractor of a keyword collection: the upper-case text.
     static const char* keyFromScannerKeyword(const ScannerKeyword& keyword);
@@ -38,10 +40,12 @@ public:
     /// space is passed over in place, so that no input can exhaust the stack.
     static constexpr int v_maxRescanDepth = 256;
 
-    // --- Construction. A null table means the shared default table; a table or stream
+    // --- Construction ---------------------------------------------------------------------------
     ///@{
-    /// given by the caller is never owned and must outlive the scanner. -----------------------
-    explicit Scanner(ScanType* table = nullptr); ///< reads std::cin
+    /// A scanner of std::cin (no stream given), of in, or of a copy of text, with the
+    /// keywords given (not owned) or none. A null table means the shared default table; a
+    /// table or stream given by the caller is never owned and must outlive the scanner.
+    explicit Scanner(ScanType* table = nullptr);
     Scanner(std::istream& in, ScanType* table);
     Scanner(const char* text, ScanType* table);
     Scanner(const char* text, HC_<ScannerKeyword>* keywords, ScanType* table);

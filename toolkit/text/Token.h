@@ -26,8 +26,12 @@ public:
     virtual ~Token() { freeOwned(); }
     ///@}
 
+    ///@{
+    /// The token's type: the character class of a one-character token or the kind of a
+    /// longer one.
     ScanType type() const { return m_type; }
     void setType(ScanType type) { m_type = type; }
+    ///@}
     ///@{
     /// The text, in place in the token's buffer, NUL-terminated; valid until the token changes.
     const char* text() const { return m_text; }

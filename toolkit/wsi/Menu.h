@@ -8,6 +8,7 @@
 
 class QMenu;
 
+/// Menu: a menu of commands (TqAction) over a QMenu, its items kept by identifier.
 class TQ_EXPORT Menu {
 public:
     /// A menu with the title (UTF-8, "&" marks the mnemonic) whose items join table, usually
@@ -20,19 +21,24 @@ public:
 
     /// The Qt menu, owned by this Menu, to put in a menu bar or pop up.
     QMenu* qMenu() const { return m_menu.get(); }
+    ///@{
     /// The table the items live in.
     TqActionTable& items() { return *m_table; }
     const TqActionTable& items() const { return *m_table; }
+    ///@}
 
     /// Appends a command, enabled. Null, and nothing is appended, when the identifier is
     /// already in use in the table.
     TqAction* addItem(int id, const char* text);
+    /// Appends a separator line.
     void addSeparator();
 
+    ///@{
     /// Each returns false, changing nothing, when the menu's table has no such item.
     bool enableItem(int id, bool enabled) { return m_table->enable(id, enabled); }
     bool setItemText(int id, const char* text) { return m_table->setText(id, text); }
     bool isItemEnabled(int id) const { return m_table->isEnabled(id); }
+    ///@}
     /// The item's text, owned by the item; null when there is no such item.
     const char* itemText(int id) const;
 

@@ -25,14 +25,19 @@ public:
     TqAction(const TqAction&) = delete;
     TqAction& operator=(const TqAction&) = delete;
 
+    /// The identifier the command was made with.
     int id() const { return m_id; }
     /// The QAction, or null once its parent has deleted it.
     QAction* qAction() const { return m_action; }
 
+    ///@{
+    /// Whether the command can be chosen; disabled, its menu item and buttons are greyed.
     bool isEnabled() const;
     void setEnabled(bool enabled);
+    ///@}
     /// The text as it was set, in a buffer the action owns until the next setText().
     const char* text() const { return m_text.c_str(); }
+    /// Replaces the text (UTF-8, "&" marks the mnemonic; null is empty).
     void setText(const char* text);
 
 private:
@@ -49,12 +54,16 @@ public:
     TqAction* add(int id, const char* text, QObject* parent);
     /// The command under id, or null.
     TqAction* find(int id) const;
+    /// Whether a command has the identifier.
     bool contains(int id) const { return find(id) != nullptr; }
+    /// The number of commands.
     int size() const { return static_cast<int>(m_actions.size()); }
 
+    ///@{
     /// Each returns false, changing nothing, when no command has the identifier.
     bool enable(int id, bool enabled);
     bool setText(int id, const char* text);
+    ///@}
     /// Whether the command exists and is enabled.
     bool isEnabled(int id) const;
 

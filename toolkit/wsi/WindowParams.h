@@ -20,9 +20,12 @@ public:
         Active = 5,      ///< 'A', shown as it last was and given the focus
     };
 
+    ///@{
+    /// State 0 and the rectangle (0, 0, 0, 0), or the values as given (not limited).
     WindowParams() = default;
     WindowParams(int left, int top, int right, int bottom, int showState)
         : m_left(left), m_right(right), m_top(top), m_bottom(bottom), m_showState(showState) {}
+    ///@}
 
     /// Reads the text form: the first character, in any case, gives the show state ('A' 5,
     /// 'H' 3, 'I' 2, 'N' 1, 'Z' 4, anything else 0); after the first comma up to four
@@ -39,6 +42,9 @@ public:
     /// whole text, as snprintf does, so a result >= size means it was cut.
     int encode(char* buffer, int size) const;
 
+    ///@{
+    /// The frame's edges in thousandths of the display's available area, and the show
+    /// state; set stores the values as given.
     int left() const { return m_left; }
     int right() const { return m_right; }
     int top() const { return m_top; }
@@ -46,7 +52,9 @@ public:
     int showState() const { return m_showState; }
     void setRectangle(int left, int top, int right, int bottom);
     void setShowState(int state) { m_showState = state; }
+    ///@}
 
+    /// Equal when all five values are.
     bool operator==(const WindowParams& other) const = default;
 
 private:

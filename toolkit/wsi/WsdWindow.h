@@ -9,6 +9,7 @@ class DeviceRectangle;
 class QRect;
 class QWidget;
 
+/// WsdWindow: a wsiWindow carried out on a QWidget.
 class TQ_EXPORT WsdWindow : public wsiWindow {
 public:
     ~WsdWindow() override;
@@ -33,8 +34,10 @@ public:
 
     /// Whether top windows made from now on keep their painted contents when they grow, so
     /// that only the newly uncovered part is painted ("CacheScreenBits" in the settings).
+    ///@{
     static bool cacheScreenBits() { return v_cacheScreenBits; }
     static void setCacheScreenBits(bool on);
+    ///@}
     /// Releases the window system's process-wide state: the registry of top windows, the
     /// outstanding disable requests and the caching flag. Windows that still exist stay
     /// usable but are no longer registered.

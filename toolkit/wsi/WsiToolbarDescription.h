@@ -16,6 +16,7 @@ public:
     /// Appends a gap of one button gap to the last row.
     void addGap() { addButton(gap); }
 
+    /// The number of rows described.
     int rows() const { return static_cast<int>(m_rows.size()); }
     /// One flag per row, non-zero for a full-height row, in the form toolbarHeight() takes;
     /// null when there are no rows. Valid until the description changes.

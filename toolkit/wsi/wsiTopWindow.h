@@ -10,12 +10,15 @@
 
 class WsdTopWindow;
 
+/// wsiTopWindow: a window of the application's own (not a dialog), registered while it lives;
+/// the registry knows the topmost one, disables them all at once and arranges them.
 class TQ_EXPORT wsiTopWindow : public WsdWindow {
 public:
     /// Unregisters the window.
     ~wsiTopWindow() override;
 
     // --- Registry: the last registered window, or the last made topmost, is the topmost ------
+    /// True while window is registered.
     static bool isTopWindow(wsiTopWindow& window);
     /// Removes the window from the registry; nothing happens if it is not there.
     static void unregisterTopWindow(wsiTopWindow& window);
@@ -27,11 +30,13 @@ public:
     /// The registered top windows, bottom first, or null before the first top window.
     static const OC_<wsiTopWindow>* topWindows() { return p_topWindows; }
 
+    ///@{
     /// Disable requests nest. The first disables every registered window that is open; the
     /// matching last enable enables them again. An enable without a request does nothing.
     static void disableTopWindows();
     static void enableTopWindows();
     static bool areTopWindowsDisabled() { return v_disableCount > 0; }
+    ///@}
     /// Appends to open the windows of all that are shown and not minimised.
     static void getOpenWindows(const OC_<WsdTopWindow>& all, OC_<WsdTopWindow>& open);
 
@@ -60,9 +65,11 @@ public:
     /// row, as calculateTile does; openOnly as for cascadeWindows.
     static void tileWindows(OC_<WsdTopWindow>& windows, DeviceRectangle& area, double aspectRatio,
                             bool openOnly);
+    ///@{
     /// The cascade's horizontal adjustment A (0 unless the application sets it).
     static int cascadeAdjustment() { return v_cascadeAdjustment; }
     static void setCascadeAdjustment(int adjustment) { v_cascadeAdjustment = adjustment; }
+    ///@}
 
     // --- Toolbar metrics ---------------------------------------------------------------------
     /// Computes the button sizes from the base sizes (6 and 6 unless the application sets
@@ -71,16 +78,21 @@ public:
     static void initButtonSizes();
     /// Sets the base sizes and computes the button sizes from them.
     static void setButtonBaseSize(int width, int height);
+    ///@{
+    /// The sizes initButtonSizes computed, in device units.
     static int buttonWidth() { return v_buttonWidth; }
     static int buttonHeight() { return v_buttonHeight; }
     static int smallButtonHeight() { return v_smallButtonHeight; }
     static int toolbarWidth() { return v_toolbarWidth; }
+    ///@}
     /// (rows + 1) vertical gaps plus each row's height: a full button for a row whose flag is
     /// non-zero (or with null rowFlags), else a small one. rowFlags holds rows flags.
     static int toolbarHeight(int rows, const char* rowFlags);
+    ///@{
     /// The gaps between buttons: 4 and 4 device units.
     static int horizontalButtonGap() { return v_horizontalButtonGap; }
     static int verticalButtonGap() { return v_verticalButtonGap; }
+    ///@}
     /// Advances point by the horizontal gap along x, or by the vertical gap along y.
     void buttonGap(DevicePoint& point, bool horizontal) const;
 

@@ -23,23 +23,34 @@ enum WsiCursor : int {
     wsiForbiddenCursor = 8,
 };
 
+/// wsiWindow: the portable interface of a window; each operation forwards to a primitive
+/// of the Qt side (WsdWindow).
 class TQ_EXPORT wsiWindow {
 public:
     virtual ~wsiWindow();
 
     // --- Showing ---------------------------------------------------------------------------
+    ///@{
+    /// Shows the window in its last show state, or hides it (it keeps its place and state).
     virtual void showWindow() { primitiveShowWindow(); }
     virtual void hideWindow() { primitiveHideWindow(); }
+    ///@}
     /// Minimises the window.
     virtual void iconifyWindow() { primitiveIconifyWindow(); }
+    /// Makes the window fill its display's available area.
     virtual void maximizeWindow() { primitiveMaximizeWindow(); }
+    ///@{
+    /// The show state now: minimised, or maximised (false for a hidden window).
     virtual bool isIconic() const = 0;
     virtual bool isMaximized() const = 0;
+    ///@}
     /// Shown, whether minimised or not.
     virtual bool isOpen() const = 0;
     /// Whether the window takes input; a disabled window ignores the mouse and keyboard.
+    ///@{
     virtual void enableWindow(bool enabled) { primitiveEnableWindow(enabled); }
     virtual bool isWindowEnabled() const = 0;
+    ///@}
 
     // --- Titles ----------------------------------------------------------------------------
     /// Sets the main part of the title (UTF-8; null is empty) and shows the whole title.
@@ -56,11 +67,14 @@ public:
 
     // --- Pointer ---------------------------------------------------------------------------
     /// The pointer shown over the window while no hourglass is up.
+    ///@{
     virtual void setPointer(WsiCursor cursor);
     WsiCursor pointer() const { return m_pointer; }
+    ///@}
     /// Puts the hourglass up (true) or takes one request down (false). Requests nest: the
     /// pointer returns only when every request is taken down; an extra false does nothing.
     virtual void setHourglass(bool on);
+    /// True while at least one hourglass request is up.
     bool isHourglassUp() const { return m_hourglassCount > 0; }
 
     // --- Place -----------------------------------------------------------------------------
@@ -83,14 +97,20 @@ protected:
     wsiWindow(const wsiWindow&) = delete;
     wsiWindow& operator=(const wsiWindow&) = delete;
 
+    ///@{
+    /// What the window system does for showWindow, hideWindow, iconifyWindow,
+    /// maximizeWindow and enableWindow.
     virtual void primitiveShowWindow() = 0;
     virtual void primitiveHideWindow() = 0;
     virtual void primitiveIconifyWindow() = 0;
     virtual void primitiveMaximizeWindow() = 0;
     virtual void primitiveEnableWindow(bool enabled) = 0;
+    ///@}
     /// title is UTF-8 and never null.
     virtual void primitiveSetWindowTitle(const char* title) = 0;
+    /// title is UTF-8 and never null.
     virtual void primitiveSetIconTitle(const char* title) = 0;
+    /// Shows cursor over the window (the hourglass is cursor wsiWaitCursor).
     virtual void primitiveSetPointer(WsiCursor cursor) = 0;
 
 private:

@@ -1,7 +1,3 @@
-/// ToolServer: the command server of the tqserver program. Besides the built-in commands it
-/// answers "version", "result SCRIPT", "shutdown", "auth ?TOKEN?" and "chunk add|eval", lets
-/// in only clients that present its token, and shuts down when no client came within its
-/// timeout.
 #pragma once
 
 #include "ipc/TclCommandServer.h"
@@ -11,11 +7,17 @@
 #include <string>
 #include <unordered_set>
 
+/// ToolServer: the command server of the tqserver program. Besides the built-in commands it
+/// answers "version", "result SCRIPT", "shutdown", "auth ?TOKEN?" and "chunk add|eval", lets
+/// in only clients that present its token, and shuts down when no client came within its
+/// timeout.
 class ToolServer : public TclCommandServer {
 public:
+    ///@{
     /// timeoutMilliseconds 0 means no connection timeout; an empty token lets every client in.
     ToolServer(int timeoutMilliseconds, std::string token);
     ~ToolServer() override;
+    ///@}
 
     void addCommands(TclConnectionWithClient* connection) override;
     void connectionHasBeenRemoved(TclConnectionWithClient* connection) override;

@@ -19,6 +19,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <pthread.h>
 #include <string>
 #include <sys/random.h>
@@ -99,17 +100,16 @@ Parsed parseOptions(int argc, char** argv, Options& options) {
 }
 
 Options options;
-appiApplication* application = nullptr;
+std::unique_ptr<appiApplication> application;
 
 appiApplication* createApplication() {
-    application = new appiApplication;
+    application = std::make_unique<appiApplication>();
     application->setDisableThreads(options.noThreads ? 1 : 0);
-    return application;
+    return application.get();
 }
 
 void deleteApplication() {
-    delete application;
-    application = nullptr;
+    application.reset();
 }
 
 // 128 random bits as 32 hexadecimal digits; "" when the system has no randomness to give.

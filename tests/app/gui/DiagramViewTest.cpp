@@ -51,7 +51,7 @@ public:
     std::unique_ptr<DiagramView> view;
 };
 
-TEST_F(DiagramViewTest, ZoomFitScrollAndKeys_MoveTheWindowOfTime) {
+TEST_F(DiagramViewTest, ZoomFitScrollAndKeysMoveTheWindowOfTime) {
     struct Step {
         const char* what;
         std::function<void(DiagramViewTest&)> act;

@@ -72,7 +72,7 @@ WsiFont styled(double size, bool bold = false, bool italic = false) {
     return font;
 }
 
-TEST(RichTextMeasure, Extent_IsTheSumOfTheRunsMeasures) {
+TEST(RichTextMeasure, ExtentIsTheSumOfTheRunsMeasures) {
     Canvas canvas;
     const double size = 12;
     const auto m = [&](const WsiFont& f) { return WsiFontMetric(f, &canvas.image); };
@@ -113,7 +113,7 @@ TEST(RichTextMeasure, Extent_IsTheSumOfTheRunsMeasures) {
 
 // Runs measured once are remembered by the identity of their font's measures: an export
 // device, which measures in its own fonts and units, never gets the screen's widths.
-TEST(RichTextMeasure, Extent_UsesEachDevicesOwnMeasures) {
+TEST(RichTextMeasure, ExtentUsesEachDevicesOwnMeasures) {
     std::ostringstream out;
     EPSDevice eps(nullptr, "label", out, ExportParameters());
     eps.open(DeviceRectangle(0, 0, 400, 200), DeviceRectangle(0, 0, 1200, 600));
@@ -133,7 +133,7 @@ TEST(RichTextMeasure, Extent_UsesEachDevicesOwnMeasures) {
     eps.close();
 }
 
-TEST(RichTextMeasure, GetTextExtent_KeepsTheExtentUntilTheFontChanges) {
+TEST(RichTextMeasure, GetTextExtentKeepsTheExtentUntilTheFontChanges) {
     Canvas canvas;
     TextFormatParser parser("<b>DATA</b><sub>[7:0]</sub>", canvas.device);
     MetaString& label = parser.parse();

@@ -63,12 +63,12 @@ const TreeCase v_trees[] = {
 };
 // clang-format on
 
-TEST(TextFormatParser, Parse_BuildsTheTreeOfEachTable) {
+TEST(TextFormatParser, ParseBuildsTheTreeOfEachTable) {
     for (const TreeCase& c : v_trees)
         EXPECT_EQ(treeOf(c.text), c.tree) << "text: " << c.text;
 }
 
-TEST(TextFormatParser, Parse_KeepsStylesBeyondTheNestingLimitAsText) {
+TEST(TextFormatParser, ParseKeepsStylesBeyondTheNestingLimitAsText) {
     std::string text, tree = "L(";
     for (int i = 0; i < TextFormatParser::v_maxNesting + 2; ++i)
         text += "<i>";
@@ -80,7 +80,7 @@ TEST(TextFormatParser, Parse_KeepsStylesBeyondTheNestingLimitAsText) {
     EXPECT_EQ(treeOf(text.c_str()), tree);
 }
 
-TEST(TextFormatParser, Tree_LinksParentsSiblingsAndRoot) {
+TEST(TextFormatParser, TreeLinksParentsSiblingsAndRoot) {
     TextFormatParser parser("a<b>b</b>c\nd");
     MetaString& root = parser.parse();
     EXPECT_EQ(parser.str(), &root);
@@ -107,7 +107,7 @@ public:
     using TextFormatParser::isTag;
 };
 
-TEST(TextFormatParser, TagTable_GivesEveryWordItsTypeAndColour) {
+TEST(TextFormatParser, TagTableGivesEveryWordItsTypeAndColour) {
     const TextFormatTag* table = TextFormatParser::tagTable();
     int count = 0;
     for (; table[count].startText; ++count) {
@@ -141,7 +141,7 @@ TEST(TextFormatParser, TagTable_GivesEveryWordItsTypeAndColour) {
     EXPECT_FALSE(OpenParser::endTagMatchesObject(-1, *std::make_unique<BoldText>(TextTarget())));
 }
 
-TEST(TextFormatParser, TypeTable_MakesEveryByteALetterButTheMarkup) {
+TEST(TextFormatParser, TypeTableMakesEveryByteALetterButTheMarkup) {
     std::unique_ptr<ScanType[]> table(TextFormatParser::newTypeTable());
     for (int c = 0; c < 256; ++c) {
         ScanType expected = ST_LETTER;
@@ -159,7 +159,7 @@ TEST(TextFormatParser, TypeTable_MakesEveryByteALetterButTheMarkup) {
     }
 }
 
-TEST(TextFormatParser, RemoveFormatting_LeavesTheTextOfTheRuns) {
+TEST(TextFormatParser, RemoveFormattingLeavesTheTextOfTheRuns) {
     const struct {
         const char* text;
         const char* plain;
@@ -207,7 +207,7 @@ std::vector<StyledRun> runsOf(const QTextDocument& document) {
     return runs;
 }
 
-TEST(TextFormatParser, ToHtml_ReadsBackAsTheSameTextAndRuns) {
+TEST(TextFormatParser, ToHtmlReadsBackAsTheSameTextAndRuns) {
     const struct {
         const char* text;
         std::vector<StyledRun> runs;
@@ -236,7 +236,7 @@ TEST(TextFormatParser, ToHtml_ReadsBackAsTheSameTextAndRuns) {
               "<span style=\"text-decoration: overline\">x</span><br>y");
 }
 
-TEST(TextFormatParser, ConvertHtmlCharacters_SwitchesTheEscaping) {
+TEST(TextFormatParser, ConvertHtmlCharactersSwitchesTheEscaping) {
     ASSERT_TRUE(TextFormatParser::convertHTMLCharacters());
     EXPECT_EQ(TextFormatParser::toHTML("a & b <bold>", false), "a &amp; b &lt;bold&gt;");
     TextFormatParser::setConvertHTMLCharacters(false);

@@ -69,7 +69,7 @@ void expectPixels(const QImage& shot, std::initializer_list<Sample> samples) {
             << sample.x << "," << sample.y;
 }
 
-TEST_F(RealDisplay, Cascade_PutsEveryFrameOnItsRectangle) {
+TEST_F(RealDisplay, CascadePutsEveryFrameOnItsRectangle) {
     std::array<std::unique_ptr<WsdTopWindow>, 3> windows = {
         colouredWindow(Qt::red), colouredWindow(Qt::green), colouredWindow(Qt::blue)};
     OC_<WsdTopWindow> all;
@@ -101,7 +101,7 @@ TEST_F(RealDisplay, Cascade_PutsEveryFrameOnItsRectangle) {
     // clang-format on
 }
 
-TEST_F(RealDisplay, Tile_PutsFramesSideBySide) {
+TEST_F(RealDisplay, TilePutsFramesSideBySide) {
     std::array<std::unique_ptr<WsdTopWindow>, 3> windows = {
         colouredWindow(Qt::red), colouredWindow(Qt::green), colouredWindow(Qt::blue)};
     OC_<WsdTopWindow> all;
@@ -120,7 +120,7 @@ TEST_F(RealDisplay, Tile_PutsFramesSideBySide) {
                                           {999, 799, Qt::blue}});
 }
 
-TEST_F(RealDisplay, SavedParameters_PutTheFrameBackExactly) {
+TEST_F(RealDisplay, SavedParametersPutTheFrameBackExactly) {
     std::unique_ptr<WsdTopWindow> window = colouredWindow(Qt::yellow);
     const DeviceRectangle place(100, 80, 601, 481);
     window->setFrameGeometry(place);

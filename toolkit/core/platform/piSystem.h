@@ -4,8 +4,11 @@
 
 #include <string>
 
+/// The operating system's platform and major version, as the Windows version class
+/// reports them.
 struct piOsVersion {
     int platformId; ///< 0 Win32s, 1 Windows 9x, 2 NT family (POSIX systems report 2)
+    /// The major version number (the kernel's on POSIX systems).
     int majorVersion;
 };
 

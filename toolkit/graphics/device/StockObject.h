@@ -14,6 +14,7 @@ using wsiHandle = int;
 /// every other entry belongs to the wrapper that created it and is freed by its destructor.
 class TQ_EXPORT StockObject {
 public:
+    /// The shared handles, which are never freed; StockCount asks for an owned handle.
     enum Stock : wsiHandle {
         BlackPen = 0,
         WhitePen,
@@ -30,7 +31,9 @@ public:
     /// Frees an owned handle; a stock handle stays.
     virtual ~StockObject();
 
+    /// The handle, an index into the table; valid while the wrapper lives.
     wsiHandle handle() const { return m_handle; }
+    /// True for a shared stock handle, false for one this wrapper owns.
     bool isStock() const { return m_isStock; }
 
     ///@{
@@ -52,6 +55,7 @@ private:
     bool m_isStock;
 };
 
+/// A pen handle of the printer and metafile paths.
 class TQ_EXPORT Pen : public StockObject {
 public:
     /// Style 0 or 1 with width 0 takes the stock black pen for colour 3 and the stock white pen
@@ -62,6 +66,7 @@ public:
     static wsiHandle defaultPen() { return BlackPen; }
 };
 
+/// A solid brush handle of the printer and metafile paths.
 class TQ_EXPORT Brush : public StockObject {
 public:
     /// Colours 3, 4, 5, 6 and 18 take the stock black, dark grey, grey, light grey and white

@@ -18,12 +18,16 @@ public:
     /// A family of 10 points in Qt's default face; a null or empty family means that face.
     explicit WsiFont(const char* family = nullptr, double pointSize = 10.0);
 
+    ///@{
+    /// The family (empty for Qt's default face), the size in points and the styles.
     const QString& family() const { return m_family; }
     double pointSize() const { return m_pointSize; }
     bool isBold() const { return m_bold; }
     bool isItalic() const { return m_italic; }
     bool isUnderline() const { return m_underline; }
     bool isOverline() const { return m_overline; }
+    ///@}
+    /// A null or empty family means Qt's default face.
     void setFamily(const char* family);
     ///@{
     /// Sizes of zero or below are taken as 1 point.
@@ -34,10 +38,11 @@ public:
     void setOverline(bool on) { m_overline = on; }
     ///@}
 
+    /// The Qt font of the same family, size and styles; by value.
     QFont toQFont() const;
 
     /// Reads a font description, the text form in which settings keep a font:
-    ///     <family>,<points>[,<style>]...
+    /// `<family>,<points>[,<style>]...`
     /// The family is any text without a comma (blanks around it are dropped; it may not be
     /// empty); points is a real number above 0 and at most 1000; each style is one of "bold",
     /// "italic", "underline" or "overline" (any case, blanks around it ignored) and switches
@@ -57,6 +62,8 @@ private:
     bool m_overline = false;
 };
 
+/// The measures of one font on one paint device: advances, height, ascent and descent in
+/// the device's units.
 class TQ_EXPORT WsiFontMetric {
 public:
     /// The measures of font on device (whose resolution sizes the points), or on the

@@ -241,6 +241,7 @@ protected:
     void setDisplayResolution(const DevicePoint& dpi) { m_resolution = dpi; }
     ///@}
 
+    /// The clip rectangle last given to setClipRect, in device units.
     DeviceRectangle m_clipRect;
 
 private:

@@ -30,6 +30,7 @@ enum wsiColor : int {
     wsiForeground = 19
 };
 
+/// The dash pattern of lines; values 0 to 5 are stored in files and settings.
 enum wsiPenStyle : int {
     wsiPenCustomDash = -1,
     wsiPenSolid = 0,
@@ -46,6 +47,7 @@ enum wsiLineCap : int { wsiLineCapRound = 0, wsiLineCapArrow = 1 };
 /// How a curved arrow ends: without a head or with one at its end point.
 enum wsiCurveCap : int { wsiCurveCapNone = 0, wsiCurveCapArrow = 1 };
 
+/// Where text is anchored horizontally: its left end, its middle or its right end.
 enum wsiAlignH : int { wsiAlignLeft = 0, wsiAlignHCenter = 1, wsiAlignRight = 2 };
 
 /// Baseline puts the text's baseline, the others its box's edge or middle, at the point.

@@ -29,6 +29,7 @@ public:
                                                     QPaintEngine::PainterPaths |
                                                     QPaintEngine::PaintOutsidePaintEvent};
 
+    /// QPaintEngine::User: these engines are none of Qt's own.
     Type type() const override { return QPaintEngine::User; }
     /// Takes the transformation, the pen (colour, style as QtConversion::asWsiPenStyle, width),
     /// the brush and the clip, each only when the painter marks it changed, and tells the
@@ -71,12 +72,19 @@ protected:
     ExportEngine();
 
     // --- The painter's state ----------------------------------------------------------------
+    ///@{
+    /// The painter's pen as last updated: its colour, dash style, width in device units
+    /// (0 is a cosmetic pen), and whether there is one at all (false for Qt::NoPen).
     const QColor& penColor() const { return m_penColor; }
     wsiPenStyle penStyle() const { return m_penStyle; }
     double penWidth() const { return m_penWidth; }
     bool hasPen() const { return m_hasPen; }
+    ///@}
+    ///@{
+    /// The painter's brush colour, and whether shapes are filled (false for Qt::NoBrush).
     const QColor& brushColor() const { return m_brushColor; }
     bool hasBrush() const { return m_hasBrush; }
+    ///@}
     /// The bounding rectangle of the painter's clip in device units; none without a clip.
     const std::optional<DeviceRectangle>& clip() const { return m_clip; }
     /// Forgets the clip, as when a new page starts without one.
@@ -91,7 +99,9 @@ protected:
     ///@}
 
     // --- What the formats write -------------------------------------------------------------
+    /// Told after updateState took a new pen; writes nothing by default.
     virtual void penChanged() {}
+    /// Told after updateState took a new clip (clip() may now be none).
     virtual void clipChanged() = 0;
     /// The polygon of n points filled in the brush colour, without outline.
     virtual void fillPolygon(const DevicePoint* points, std::size_t n) = 0;

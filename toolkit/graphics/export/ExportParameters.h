@@ -66,6 +66,9 @@ public:
     /// The text that read() turns back into these parameters.
     std::string asText() const;
 
+    ///@{
+    /// The fields read from the print setup text (see read), in the text's order; the names
+    /// are owned by the parameters.
     ExportDestination destination() const { return m_destination; }
     const std::string& printerName() const { return m_printerName; }
     const std::string& fileName() const { return m_fileName; }
@@ -73,6 +76,7 @@ public:
     bool copyToClipboard() const { return m_copyToClipboard; }
     ExportPaperSize paperSize() const { return m_paperSize; }
     ExportPaperFeed paperFeed() const { return m_paperFeed; }
+    ///@}
     ///@{
     /// The picture's size in its units.
     double pictureWidth() const { return m_pictureWidth; }
@@ -87,12 +91,15 @@ public:
     /// flow that hold it. Not part of the text: it comes from the "ExportMifAsAFrame" setting.
     bool mifAnchoredFrameOnly() const { return m_mifAnchoredFrameOnly; }
 
+    ///@{
+    /// Change one field; the others stay.
     void setOrientation(ExportOrientation o) { m_orientation = o; }
     void setPaperSize(ExportPaperSize size) { m_paperSize = size; }
     void setPaperFeed(ExportPaperFeed feed) { m_paperFeed = feed; }
     void setGrayScale(bool on) { m_grayScale = on; }
     void setMifFrameForm(MifFrameForm form) { m_mifFrameForm = form; }
     void setMifAnchoredFrameOnly(bool on) { m_mifAnchoredFrameOnly = on; }
+    ///@}
 
     /// The paper's width and height in PostScript points, upright (width <= height); by
     /// value.

@@ -41,6 +41,7 @@ private:
     ///@}
 };
 
+/// A device that draws into a PDF file through Qt's PDF writer.
 class TQ_EXPORT PDFDevice : public QtFileDevice {
 public:
     /// A one-page PDF file of width x height device units (the page is that size), titled
@@ -49,6 +50,7 @@ public:
               int resolution = 96);
 };
 
+/// A device that draws into an SVG file through Qt's SVG generator.
 class TQ_EXPORT SVGDevice : public QtFileDevice {
 public:
     /// An SVG file of width x height device units, its view box the same, titled jobName.

@@ -17,9 +17,12 @@ class TqMatrix;
 class TQ_EXPORT DevicePoint : public TqObject {
 public:
     // --- Constructors -----------------------------------------------------------------------
+    ///@{
+    /// (0, 0), (x, y), or a copy.
     DevicePoint() = default;
     DevicePoint(std::int32_t x, std::int32_t y) : m_x(x), m_y(y) {}
     DevicePoint(const DevicePoint&) = default;
+    ///@}
     /// Rounds each coordinate half away from zero (FloatPoint::asLong).
     explicit DevicePoint(const FloatPoint& p);
     ///@{
@@ -30,9 +33,15 @@ public:
     DevicePoint(const SheetPoint& p, const TqMatrix& m);
     ///@}
 
+    /// A process-wide point for temporary results, overwritten by every user; for callers
+    /// that must hand out a reference to a result.
     static DevicePoint& scratch();
 
     // --- Queries and setters ----------------------------------------------------------------
+    ///@{
+    /// The coordinates in device units; setting from sheet coordinates converts through t or m as
+    /// the constructors do; adjust adds, scaleBy multiplies and translateBy adds each
+    /// coordinate of p, wrapping at 32 bits.
     std::int32_t x() const { return m_x; }
     std::int32_t y() const { return m_y; }
     void setX(std::int32_t x) { m_x = x; }
@@ -47,12 +56,14 @@ public:
     void adjustXY(std::int32_t dx, std::int32_t dy);
     void scaleBy(const DevicePoint& p);
     void translateBy(const DevicePoint& p);
+    ///@}
     ///@{
     /// Rounds each product or sum half away from zero.
     void scaleBy(const FloatPoint& p);
     void translateBy(const FloatPoint& p);
     ///@}
 
+    /// The Qt point of the same coordinates.
     QPoint toQPoint() const { return QPoint(m_x, m_y); }
 
     /// Reads x and y from the element's first two items, which must both be number tokens, as

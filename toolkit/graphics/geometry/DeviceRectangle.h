@@ -17,8 +17,11 @@ class TqMatrix;
 class TQ_EXPORT DeviceRectangle : public TqObject {
 public:
     // --- Constructors (all keep origin <= corner in each axis, swapping if needed) ----------
+    ///@{
+    /// The empty rectangle at (0, 0), or the one from origin to corner.
     DeviceRectangle() = default;
     DeviceRectangle(const DevicePoint& origin, const DevicePoint& corner);
+    ///@}
     ///@{
     /// The corner is origin + extent; the int only selects this overload.
     DeviceRectangle(const DevicePoint& origin, const DevicePoint& extent, int);
@@ -34,15 +37,20 @@ public:
     DeviceRectangle& operator=(const DeviceRectangle&) = default;
     ///@}
 
+    /// A process-wide rectangle for temporary results, overwritten by every user; for
+    /// callers that must hand out a reference to a result.
     static DeviceRectangle& scratch();
 
     // --- Queries ----------------------------------------------------------------------------
+    ///@{
+    /// The top-left and bottom-right corners and their coordinates, in device units.
     const DevicePoint& origin() const { return m_origin; }
     const DevicePoint& corner() const { return m_corner; }
     std::int32_t left() const { return m_origin.x(); }
     std::int32_t top() const { return m_origin.y(); }
     std::int32_t right() const { return m_corner.x(); }
     std::int32_t bottom() const { return m_corner.y(); }
+    ///@}
     ///@{
     /// corner - origin, wrapping at 32 bits like the point arithmetic: a rectangle spanning
     /// the whole device range has width -1.
@@ -71,6 +79,9 @@ public:
     [[nodiscard]] bool read(FileElement& element);
 
     // --- Setters that keep the order --------------------------------------------------------
+    ///@{
+    /// Set one or both corners (device and sheet values converted through t or m), then
+    /// swap coordinates so that origin <= corner in each axis again.
     void setOrigin(const DevicePoint& p);
     void setOrigin(std::int32_t x, std::int32_t y);
     void setCorner(const DevicePoint& p);
@@ -86,8 +97,12 @@ public:
     void setOriginCorner(double left, double top, double right, double bottom, const TqMatrix& m);
     void set(const SheetRectangle& r, const Transformation& t);
     void set(const SheetRectangle& r, const TqMatrix& m);
+    ///@}
 
     // --- Edits that do not reorder: an inverted result stays inverted -----------------------
+    ///@{
+    /// Set an edge, or move an edge or corner by d, without reordering: an inverted
+    /// result stays inverted until a setter that orders is called.
     void setLeft(std::int32_t v) { m_origin.setX(v); }
     void setTop(std::int32_t v) { m_origin.setY(v); }
     void setRight(std::int32_t v) { m_corner.setX(v); }
@@ -98,6 +113,7 @@ public:
     void adjustBottom(std::int32_t d) { m_corner.adjustY(d); }
     void adjustOrigin(std::int32_t dx, std::int32_t dy) { m_origin.adjustXY(dx, dy); }
     void adjustCorner(std::int32_t dx, std::int32_t dy) { m_corner.adjustXY(dx, dy); }
+    ///@}
     /// origin += (dx, dy), corner -= (dx, dy).
     void inset(std::int32_t dx, std::int32_t dy);
     ///@{

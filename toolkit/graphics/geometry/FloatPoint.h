@@ -28,6 +28,8 @@ public:
     static FloatPoint& scratch();
 
     // --- Queries and setters ----------------------------------------------------------------
+    ///@{
+    /// The coordinates; adjust and translateBy add, scaleBy multiplies each coordinate.
     double x() const { return m_x; }
     double y() const { return m_y; }
     void setX(double x) { m_x = x; }
@@ -38,6 +40,7 @@ public:
     void adjustXY(double dx, double dy) { m_x += dx, m_y += dy; }
     void scaleBy(const FloatPoint& f) { m_x *= f.m_x, m_y *= f.m_y; }
     void translateBy(const FloatPoint& d) { m_x += d.m_x, m_y += d.m_y; }
+    ///@}
 
     // --- Rounding ---------------------------------------------------------------------------
     ///@{

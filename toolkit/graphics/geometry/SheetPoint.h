@@ -14,9 +14,13 @@ class TqMatrix;
 class TQ_EXPORT SheetPoint : public TqObject {
 public:
     // --- Constructors -----------------------------------------------------------------------
+    ///@{
+    /// (0, 0), (x, y), or a copy.
     SheetPoint() = default;
     SheetPoint(double x, double y) : m_x(x), m_y(y) {}
     SheetPoint(const SheetPoint&) = default;
+    ///@}
+    /// The same coordinates.
     explicit SheetPoint(const FloatPoint& p);
     ///@{
     /// Device to sheet through t (applyInverseXHalfTo).
@@ -26,9 +30,15 @@ public:
     SheetPoint(const DevicePoint& p, const TqMatrix& m);
     ///@}
 
+    /// A process-wide point for temporary results, overwritten by every user; for callers
+    /// that must hand out a reference to a result.
     static SheetPoint& scratch();
 
     // --- Queries and setters ----------------------------------------------------------------
+    ///@{
+    /// The coordinates in sheet units; setting from device coordinates converts through t or m as
+    /// the constructors do; adjust adds, scaleBy multiplies and translateBy adds each
+    /// coordinate of p.
     double x() const { return m_x; }
     double y() const { return m_y; }
     void setX(double x) { m_x = x; }
@@ -45,6 +55,7 @@ public:
     void translateBy(const SheetPoint& p) { m_x += p.m_x, m_y += p.m_y; }
     void scaleBy(const FloatPoint& p);
     void translateBy(const FloatPoint& p);
+    ///@}
 
     /// Reads x and y from the element's first two items, which must both be number tokens, as
     /// decimal integers (saturated to 32 bits). False, with the point unchanged, for any other

@@ -17,8 +17,11 @@ class TqMatrix;
 class TQ_EXPORT SheetRectangle : public TqObject {
 public:
     // --- Constructors (all keep origin <= corner in each axis, swapping if needed) ----------
+    ///@{
+    /// The empty rectangle at (0, 0), or the one from origin to corner.
     SheetRectangle() = default;
     SheetRectangle(const SheetPoint& origin, const SheetPoint& corner);
+    ///@}
     ///@{
     /// The corner is origin + extent; the int only selects this overload.
     SheetRectangle(const SheetPoint& origin, const SheetPoint& extent, int);
@@ -34,20 +37,28 @@ public:
     SheetRectangle& operator=(const SheetRectangle&) = default;
     ///@}
 
+    /// A process-wide rectangle for temporary results, overwritten by every user; for
+    /// callers that must hand out a reference to a result.
     static SheetRectangle& scratch();
 
     // --- Queries ----------------------------------------------------------------------------
+    ///@{
+    /// The top-left and bottom-right corners and their coordinates, in sheet units.
     const SheetPoint& origin() const { return m_origin; }
     const SheetPoint& corner() const { return m_corner; }
     double left() const { return m_origin.x(); }
     double top() const { return m_origin.y(); }
     double right() const { return m_corner.x(); }
     double bottom() const { return m_corner.y(); }
+    ///@}
+    ///@{
+    /// The size (corner - origin) and the other two corners, in sheet units.
     double width() const { return m_corner.x() - m_origin.x(); }
     double height() const { return m_corner.y() - m_origin.y(); }
     SheetPoint extent() const { return SheetPoint(width(), height()); }
     SheetPoint upRight() const { return SheetPoint(right(), top()); }
     SheetPoint lowLeft() const { return SheetPoint(left(), bottom()); }
+    ///@}
     ///@{
     /// True when left <= x <= right and top <= y <= bottom: every edge belongs to it.
     bool containsPoint(const SheetPoint& p) const;
@@ -64,6 +75,9 @@ public:
     [[nodiscard]] bool read(FileElement& element);
 
     // --- Setters that keep the order --------------------------------------------------------
+    ///@{
+    /// Set one or both corners (device and sheet values converted through t or m), then
+    /// swap coordinates so that origin <= corner in each axis again.
     void setOrigin(const SheetPoint& p);
     void setOrigin(double x, double y);
     void setCorner(const SheetPoint& p);
@@ -77,8 +91,12 @@ public:
     void setOriginCorner(long left, long top, long right, long bottom, const TqMatrix& m);
     void set(const DeviceRectangle& r, const Transformation& t);
     void set(const DeviceRectangle& r, const TqMatrix& m);
+    ///@}
 
     // --- Edits that do not reorder: an inverted result stays inverted -----------------------
+    ///@{
+    /// Set an edge, or move an edge or corner by d, without reordering: an inverted
+    /// result stays inverted until a setter that orders is called.
     void setLeft(double v) { m_origin.setX(v); }
     void setTop(double v) { m_origin.setY(v); }
     void setRight(double v) { m_corner.setX(v); }
@@ -89,6 +107,7 @@ public:
     void adjustBottom(double d) { m_corner.adjustY(d); }
     void adjustOrigin(double dx, double dy) { m_origin.adjustXY(dx, dy); }
     void adjustCorner(double dx, double dy) { m_corner.adjustXY(dx, dy); }
+    ///@}
     /// origin += (dx, dy), corner -= (dx, dy).
     void inset(double dx, double dy);
     ///@{

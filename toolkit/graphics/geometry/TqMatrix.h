@@ -12,13 +12,18 @@ class QRect;
 /// y scale, dx and dy the translation), with the same operations as Transformation.
 class TQ_EXPORT TqMatrix : public TqObject, public QTransform {
 public:
+    ///@{
+    /// The identity, a matrix of the given scale and translation, or a copy (of a Qt matrix:
+    /// its shear and projection are kept but not used by the half-apply operations).
     TqMatrix() = default;
     TqMatrix(const FloatPoint& scale, const FloatPoint& translation);
     explicit TqMatrix(const QTransform& matrix) : QTransform(matrix) {}
     TqMatrix(const TqMatrix&) = default;
     TqMatrix& operator=(const TqMatrix&) = default;
     TqMatrix& operator=(const QTransform& matrix);
+    ///@}
 
+    /// A process-wide matrix for temporary results, overwritten by every user.
     static TqMatrix& scratch();
 
     ///@{
@@ -53,9 +58,13 @@ public:
     double applyInverseYHalfTo(long d) const;
     ///@}
 
+    ///@{
+    /// translateBy adds d to the translation; scaleBy multiplies the scale by f; scrollBy
+    /// adds d in logical units (d times the scale) to the translation.
     void translateBy(const FloatPoint& d);
     void scaleBy(const FloatPoint& f);
     void scrollBy(const FloatPoint& d);
+    ///@}
 
     /// Maps a device rectangle back into logical units, in place. Its edges (left, top and
     /// the exclusive right and bottom) are mapped and rounded half away from zero, limited to

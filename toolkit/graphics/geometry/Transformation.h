@@ -18,14 +18,18 @@ public:
     Transformation& operator=(const Transformation&) = default;
     ///@}
 
+    /// A process-wide transformation for temporary results, overwritten by every user.
     static Transformation& scratch();
 
+    ///@{
+    /// The scale (device units per sheet unit, per axis) and the translation (device units).
     const FloatPoint& scale() const { return m_scale; }
     const FloatPoint& translation() const { return m_translation; }
     void setScale(const FloatPoint& scale) { m_scale = scale; }
     void setScale(double x, double y) { m_scale.setXY(x, y); }
     void setTranslation(const FloatPoint& translation) { m_translation = translation; }
     void setTranslation(double x, double y) { m_translation.setXY(x, y); }
+    ///@}
     ///@{
     /// Sets the scale and translation of one axis.
     void setXHalf(double scale, double translation);

@@ -29,17 +29,21 @@ class WsiFont;
 /// Where a tree measures and draws: a Device, a bare TqPainter, or neither (then text is
 /// measured on the default screen resolution and drawing does nothing).
 struct TQ_EXPORT TextTarget {
+    /// Neither a device nor a painter: measures on the screen, draws nothing.
     TextTarget() = default;
+    /// Measures and draws through d, which must outlive the tree.
     TextTarget(Device& d) : device(&d) {}
+    /// Measures and draws through p (not owned; null: as the default target).
     TextTarget(TqPainter* p) : painter(p) {}
 
-    Device* device = nullptr;
-    TqPainter* painter = nullptr;
+    Device* device = nullptr;     ///< Not owned; null when the target is a painter or none.
+    TqPainter* painter = nullptr; ///< Not owned; null when the target is a device or none.
 };
 
 /// The base of every node; a MetaString without a parent is the root of a label.
 class TQ_EXPORT MetaString {
 public:
+    /// A node without parent or children that measures and draws through target.
     explicit MetaString(TextTarget target);
     /// Deletes the children.
     virtual ~MetaString();
@@ -49,18 +53,29 @@ public:
     // --- The tree ----------------------------------------------------------------------------
     /// Appends child (owned from now on) as the last child.
     void addString(MetaString* child);
+    /// The node this one is a child of (owned by it), or null for a root.
     MetaString* parent() const { return m_parent; }
+    ///@{
     /// The previous or next child of the same parent, or null.
     MetaString* prevSibling() const { return m_prev; }
     MetaString* nextSibling() const { return m_next; }
+    ///@}
+    ///@{
+    /// The first or last child (owned by this node), or null when there is none.
     MetaString* firstChild() const { return m_first; }
     MetaString* lastChild() const { return m_last; }
+    ///@}
+    /// The number of direct children, counted along the sibling chain.
     int childCount() const;
     /// The root of the tree this node is in (itself when it has no parent).
     MetaString* topmostString();
+    /// Where the node measures and draws, as given at construction.
     const TextTarget& target() const { return m_target; }
+    ///@{
+    /// The device or painter of target() (not owned), or null.
     Device* device() const { return m_target.device; }
     TqPainter* painter() const { return m_target.painter; }
+    ///@}
     /// The tag that made this node; TF_NoTag for the root, lines and plain text.
     virtual textformat_tag_type tagType() const { return TF_NoTag; }
     /// Writes the tree in a compact form, one token per node: lines as L(...), plain text
@@ -69,8 +84,8 @@ public:
     virtual std::ostream& printOn(std::ostream& out) const;
 
     // --- Conversions -------------------------------------------------------------------------
-    /// The node as HTML: <b>, <i>, <u>, <sub>, <sup>, spans for overline and colours, the
-    /// root's lines joined by <br>; text escaped when
+    /// The node as HTML: `<b>`, `<i>`, `<u>`, `<sub>`, `<sup>`, spans for overline and colours, the
+    /// root's lines joined by `<br>`; text escaped when
     /// TextFormatParser::convertHTMLCharacters() is on. A new string.
     virtual QString toHTML() const;
     /// Appends the node's text without markup to out; the root ends each line but the last
@@ -143,6 +158,7 @@ private:
 /// One line of a label: its runs side by side on one baseline.
 class TQ_EXPORT LineString : public MetaString {
 public:
+    /// An empty line that measures and draws through target.
     explicit LineString(TextTarget target) : MetaString(target) {}
 
     /// Rebuilds on this (new, empty) line the chain of style runs from leaf up to its own
@@ -163,10 +179,12 @@ public:
     /// A new node holding the first bytes of first followed by those of second.
     static TextString* create(TextTarget target, const char* first, unsigned firstLength,
                               const char* second, unsigned secondLength);
+    /// Frees the node and its text together (they share one allocation).
     static void operator delete(void* p) { ::operator delete(p); }
 
     /// In place, NUL-terminated, owned by the node.
     const char* text() const { return reinterpret_cast<const char*>(this + 1); }
+    /// The number of bytes of text(), the terminator not counted.
     unsigned length() const { return m_length; }
 
     std::ostream& printOn(std::ostream& out) const override;

@@ -37,7 +37,10 @@ enum textformat_tag_type : int {
 
 /// One record of the tag table: the start word, the end word and the type they make.
 struct TextFormatTag {
+    /// The word that opens the run (as "b" in `<b>`), a static string; null in the last record.
     const char* startText;
+    /// The word that closes it (as "/b"), a static string; null in the last record.
     const char* endText;
+    /// The kind of run the tag makes.
     textformat_tag_type type;
 };

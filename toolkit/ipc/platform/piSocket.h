@@ -11,9 +11,11 @@ TQ_EXPORT int getLastSocketError();
 /// Prints "Communications error: <call>(): Error = <error>\n" to standard error.
 TQ_EXPORT void reportSocketError(const char* call, int error);
 
+/// piSocket: the TCP socket calls the IPC classes make, over POSIX sockets; a socket is an
+/// unsigned handle, piSocket::invalid for none.
 class TQ_EXPORT piSocket {
 public:
-    static constexpr unsigned int invalid = ~0u;
+    static constexpr unsigned int invalid = ~0u; ///< No socket: what failed calls return.
 
     /// Prepares the process for sockets; true on success (always on POSIX, where writes to a
     /// closed peer are made with MSG_NOSIGNAL instead of ignoring SIGPIPE process-wide).
@@ -25,6 +27,7 @@ public:
     [[nodiscard]] static bool bindLoopback(unsigned int socket, int port);
     /// The local port of a bound socket, or -1 on failure.
     static int localPort(unsigned int socket);
+    /// Starts listening with room for backlog pending clients; false on failure.
     [[nodiscard]] static bool listen(unsigned int socket, int backlog);
     /// The accepted socket (close-on-exec), or invalid.
     static unsigned int accept(unsigned int socket);
@@ -52,5 +55,6 @@ public:
     static void shutdown(unsigned int socket);
     /// Stops receiving only, waking a thread blocked in a receive; sending still works.
     static void shutdownRead(unsigned int socket);
+    /// Closes the handle; invalid is ignored.
     static void close(unsigned int socket);
 };

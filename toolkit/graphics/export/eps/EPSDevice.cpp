@@ -49,19 +49,12 @@ QPaintDevice& EPSDevice::paintDevice() {
     return *m_measuringDevice;
 }
 
-bool EPSDevice::isMonochrome() const {
-    return parameters().isGrayScale();
+ExportWriter& EPSDevice::exportWriter() {
+    return writer();
 }
 
-void EPSDevice::setPenWidth(long width) {
-    Device::setPenWidth(width);
-    writer().setLineWidth(width);
-}
-
-void EPSDevice::drawCurveUnTransformed(const DevicePoint& from, const DevicePoint& to) {
-    DevicePoint first, second;
-    curveControlPoints(from, to, first, second);
-    writer().curve(from, first, second, to);
+const ExportWriter& EPSDevice::exportWriter() const {
+    return writer();
 }
 
 void EPSDevice::drawEllipseUnTransformed(const DeviceRectangle& r, bool filled) {
@@ -90,21 +83,7 @@ void EPSDevice::primitiveLineTo(long x, long y) {
 
 void EPSDevice::primitiveFilledRect(const DeviceRectangle& r) {
     DevicePoint corners[4] = {r.origin(), r.upRight(), r.corner(), r.lowLeft()};
-    filledPolygonUnTransformed(m_primitiveColor, 4, corners);
-}
-
-void EPSDevice::primitiveSetColor(wsiColor color) {
-    if (color != wsiNoColor)
-        m_primitiveColor = color;
-    writer().setColor(QtConversion::asQColor(color));
-}
-
-void EPSDevice::primitiveSetPenStyle(wsiPenStyle style) {
-    writer().setPenStyle(style);
-}
-
-void EPSDevice::primitiveSetClipRect(const DeviceRectangle& r) {
-    writer().setClipRect(r);
+    filledPolygonUnTransformed(primitiveColor(), 4, corners);
 }
 
 void EPSDevice::primitiveDrawText(const char* text, const DevicePoint& at, int length,

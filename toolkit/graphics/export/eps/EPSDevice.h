@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/TqExport.h"
-#include "graphics/device/Device.h"
+#include "graphics/export/ExportDevice.h"
 #include "graphics/export/eps/EPSPage.h"
 
 #include <iosfwd>
@@ -24,7 +24,7 @@ class EPSPaintDevice;
 ///
 /// State set before open is kept but not written, except the pen width, which the header
 /// writes; nothing is written after close but endOfPage.
-class TQ_EXPORT EPSDevice : public Device, public EPSPage {
+class TQ_EXPORT EPSDevice : public ExportDevice, public EPSPage {
 public:
     ///@{
     /// device: the device whose drawing is exported (the window's), or null; its display
@@ -50,14 +50,8 @@ public:
     QPaintDevice* measuringDevice() override;
     QPaintDevice& paintDevice() override;
     ///@}
-    /// True for a grey-scale export.
-    bool isMonochrome() const override;
 
     // --- Drawing ----------------------------------------------------------------------------
-    /// Writes the width and " setlinewidth\n" (stroking pending lines first).
-    void setPenWidth(long width) override;
-    /// The transition curve as one PostScript curveto (control points curveControlPoints).
-    void drawCurveUnTransformed(const DevicePoint& from, const DevicePoint& to) override;
     /// The circle of r's centre with the mean of its half axes as radius, filled in the
     /// current colour when filled, stroked.
     void drawEllipseUnTransformed(const DeviceRectangle& r, bool filled) override;
@@ -76,17 +70,15 @@ protected:
     /// Writes the line from the current point, clipped to the clip rectangle, and makes
     /// (x, y) the current point.
     void primitiveLineTo(long x, long y) override;
-    ///@{
-    /// A filled four-corner polygon in the colour last given to primitiveSetColor (which
-    /// erase sets to the background colour without recording it as the drawing colour).
+    /// A filled four-corner polygon in primitiveColor() (which erase sets to the background
+    /// colour without recording it as the drawing colour).
     void primitiveFilledRect(const DeviceRectangle& r) override;
-    void primitiveSetColor(wsiColor color) override;
-    void primitiveSetPenStyle(wsiPenStyle style) override;
-    ///@}
     ///@{
-    /// Replaces the clip (grestore, gsave, the rectangle's path, clip); the callers set colour,
-    /// dash and width again after it.
-    void primitiveSetClipRect(const DeviceRectangle& r) override;
+    /// The text in the standard PostScript font of font, at its size in drawing units, in the
+    /// current colour; advance is its width as measured by newFontMetric. A clip rectangle
+    /// set before is set again around the text. (A clip replaces the previous one: grestore,
+    /// gsave, the rectangle's path, clip; so callers set colour, dash and width again after
+    /// it.)
     void primitiveDrawText(const char* text, const DevicePoint& at, int length, WsiFont& font,
                            long& advance) override;
     void primitiveDrawAlignedText(const char* text, const DevicePoint& at, int length,
@@ -97,9 +89,10 @@ protected:
     /// Sets the display resolution to the device units per inch that follow from the font
     /// scale factor.
     void scaleChanged() override;
+    ExportWriter& exportWriter() override;
+    const ExportWriter& exportWriter() const override;
 
 private:
     std::unique_ptr<EPSPaintDevice> m_measuringDevice;
     std::unique_ptr<WsiFontMetric> m_fontMetric;
-    wsiColor m_primitiveColor = wsiBlack;
 };

@@ -59,8 +59,11 @@ protected:
     virtual ~EPSPage();
     ///@}
 
+    ///@{
+    /// The page's writer, owned by the page.
     EPSWriter& writer() { return *m_writer; }
     const EPSWriter& writer() const { return *m_writer; }
+    ///@}
     /// Called after open and computeFontScaleFactor changed the scale of the page.
     virtual void scaleChanged() = 0;
     /// Called after open wrote a header, which resets the PostScript graphics state.

@@ -38,14 +38,14 @@ private:
 /// EPSWriter: the one place where the Encapsulated PostScript text of an export is written.
 /// EPSDevice (device primitives) and EPSEngine (a Qt paint engine) both call it, so that the
 /// same operation writes the same text whichever side it comes from. Internal to the library.
-class EPSWriter : public ExportWriter {
+class EPSWriter final : public ExportWriter {
 public:
     ///@{
     /// Writes to out's stream buffer (out must outlive the writer); the grey-scale option of
     /// parameters chooses "setgray" over "setrgbcolor". A stream that does not take the text
     /// records "the output stream failed" (error()) and is set bad.
     EPSWriter(const char* jobName, std::ostream& out, const ExportParameters& parameters);
-    ~EPSWriter();
+    ~EPSWriter() override;
     ///@}
 
     // --- The page ---------------------------------------------------------------------------
@@ -103,11 +103,11 @@ public:
     /// first (a "stroke\n" otherwise left to the callers, written only when lines were
     /// added since the last stroke). A colour is written as the wsiColor nearest to it
     /// (QtConversion::nearestWsiColor); an invalid colour writes nothing.
-    void setColor(const QColor& color);
-    void setPenStyle(wsiPenStyle style);
-    void setLineWidth(long width);
+    void setColor(const QColor& color) override;
+    void setPenStyle(wsiPenStyle style) override;
+    void setLineWidth(long width) override;
     long lineWidth() const { return m_lineWidth; }
-    void setClipRect(const DeviceRectangle& r);
+    void setClipRect(const DeviceRectangle& r) override;
     ///@}
     ///@{
     /// Returns to no clip: "grestore\ngsave\n" alone. Nothing when there is no clip.
@@ -117,7 +117,7 @@ public:
 
     // --- Shapes and text --------------------------------------------------------------------
     void curve(const DevicePoint& from, const DevicePoint& first, const DevicePoint& second,
-               const DevicePoint& to);
+               const DevicePoint& to) override;
     /// The circle of r's centre (its coordinates halved truncating toward zero; radius: the
     /// mean of r's half width and half height, with its fraction); when filled, filled in
     /// fill (the current colour when invalid); stroked when outline, else the path is dropped.

@@ -18,10 +18,12 @@ QPaintDevice* MIFDevice::measuringDevice() {
     return m_measuring.get();
 }
 
-void MIFDevice::drawCurveUnTransformed(const DevicePoint& from, const DevicePoint& to) {
-    DevicePoint first, second;
-    curveControlPoints(from, to, first, second);
-    writer().curve(from, first, second, to);
+ExportWriter& MIFDevice::exportWriter() {
+    return writer();
+}
+
+const ExportWriter& MIFDevice::exportWriter() const {
+    return writer();
 }
 
 void MIFDevice::drawEllipseUnTransformed(const DeviceRectangle& r, bool filled) {
@@ -38,15 +40,6 @@ void MIFDevice::filledPolygonUnTransformed(wsiColor color, unsigned short n, Dev
     writer().filledPolygon(QtConversion::asQColor(color), n, points);
 }
 
-void MIFDevice::setPenWidth(long width) {
-    Device::setPenWidth(width);
-    writer().setPenWidth(static_cast<double>(width));
-}
-
-bool MIFDevice::isMonochrome() const {
-    return parameters().isGrayScale();
-}
-
 void MIFDevice::primitiveLineTo(long x, long y) {
     writer().line(currentPoint(),
                   DevicePoint(static_cast<std::int32_t>(x), static_cast<std::int32_t>(y)));
@@ -55,18 +48,6 @@ void MIFDevice::primitiveLineTo(long x, long y) {
 void MIFDevice::primitiveFilledRect(const DeviceRectangle& r) {
     const DevicePoint corners[] = {r.origin(), r.upRight(), r.corner(), r.lowLeft()};
     writer().filledPolygon(QColor(), 4, corners);
-}
-
-void MIFDevice::primitiveSetColor(wsiColor color) {
-    writer().setColor(QtConversion::asQColor(color));
-}
-
-void MIFDevice::primitiveSetPenStyle(wsiPenStyle style) {
-    writer().setPenStyle(style);
-}
-
-void MIFDevice::primitiveSetClipRect(const DeviceRectangle& r) {
-    writer().setClipRect(r);
 }
 
 void MIFDevice::primitiveDrawText(const char* text, const DevicePoint& at, int length,

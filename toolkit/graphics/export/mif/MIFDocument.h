@@ -17,18 +17,18 @@ class WsiFont;
 /// One arrow-head size used in the file and the number its style is defined under, in the
 /// arrow catalogue as "arrow" number.
 struct TQ_EXPORT MIFArrowType {
-    DevicePoint size;
-    int number = 0;
+    DevicePoint size; ///< length along the line and width across it, in device units
+    int number = 0;   ///< from 1, in order of first use
 };
 
 /// A font as a MIF file names it: family, size in points and the three styles MIF keeps.
 /// Overline has no MIF counterpart and is dropped.
 struct TQ_EXPORT MIFFont {
-    std::string family;
-    double size = 10.0;
-    bool bold = false;
-    bool italic = false;
-    bool underline = false;
+    std::string family;     ///< the face's family name, UTF-8
+    double size = 10.0;     ///< in points
+    bool bold = false;      ///< written as FBold
+    bool italic = false;    ///< written as FItalic
+    bool underline = false; ///< written as FUnderlining FSingle
 
     /// A font without a family (the window system's default face) is written as
     /// "Helvetica", a face every MIF reader has.
@@ -116,8 +116,11 @@ protected:
     virtual ~MIFDocument();
     ///@}
 
+    ///@{
+    /// The document's writer, owned by the document.
     MIFWriter& writer() { return *m_writer; }
     const MIFWriter& writer() const { return *m_writer; }
+    ///@}
 
 private:
     std::unique_ptr<MIFWriter> m_writer;

@@ -183,6 +183,17 @@ void MIFWriter::appendPoint(std::string& out, const DevicePoint& p) const {
     out += ">"sv;
 }
 
+void MIFWriter::appendPointList(std::string& out, unsigned short n,
+                                const DevicePoint* points) const {
+    out += " <NumPoints "sv;
+    MIFFormat::appendInteger(out, n);
+    out += " >\n"sv;
+    for (unsigned short i = 0; i < n; ++i) {
+        appendPoint(out, points[i]);
+        out += '\n';
+    }
+}
+
 void MIFWriter::appendPolyLineStart(std::string& out) const {
     out += "<PolyLine\n <Pen 0>\n <PenWidth "sv;
     out += m_penWidthText;
@@ -251,13 +262,7 @@ void MIFWriter::cappedPolyline(wsiLineCap start, wsiLineCap end, const DevicePoi
     }
     out += start == wsiLineCapArrow ? " <HeadCap ArrowHead>\n"sv : " <HeadCap Round>\n"sv;
     out += end == wsiLineCapArrow ? " <TailCap ArrowHead>\n"sv : " <TailCap Round>\n"sv;
-    out += " <NumPoints "sv;
-    MIFFormat::appendInteger(out, n);
-    out += " >\n"sv;
-    for (unsigned short i = 0; i < n; ++i) {
-        appendPoint(out, points[i]);
-        out += '\n';
-    }
+    appendPointList(out, n, points);
     out += "> # end PolyLine\n"sv;
 }
 
@@ -289,13 +294,7 @@ void MIFWriter::filledPolygon(const QColor& fill, unsigned short n, const Device
     std::string& out = objects();
     out += "<Polygon\n <Pen 15>\n <Fill 0>\n"sv;
     appendSeparation(out);
-    out += " <NumPoints "sv;
-    MIFFormat::appendInteger(out, n);
-    out += " >\n"sv;
-    for (unsigned short i = 0; i < n; ++i) {
-        appendPoint(out, points[i]);
-        out += '\n';
-    }
+    appendPointList(out, n, points);
     out += "> # end Polygon\n"sv;
     m_separation = current;
 }
@@ -398,43 +397,41 @@ void MIFWriter::endTable() {
         return;
     endCell();
     endRow();
-    endHeader();
-    endBody();
+    endSection(m_section);
     m_table += "> # end Tbl\n"sv;
     m_tableOpen = false;
 }
 
 void MIFWriter::startHeader() {
-    if (!inTable())
-        return;
-    endBody();
-    endHeader();
-    m_table += " <TblH\n"sv;
-    m_section = Section::header;
+    startSection(Section::header);
 }
 
 void MIFWriter::endHeader() {
-    if (!inTable() || m_section != Section::header)
-        return;
-    endRow();
-    m_table += " >\n"sv;
-    m_section = Section::none;
+    endSection(Section::header);
 }
 
 void MIFWriter::startBody() {
-    if (!inTable())
-        return;
-    endHeader();
-    endBody();
-    m_table += " <TblBody\n"sv;
-    m_section = Section::body;
+    startSection(Section::body);
 }
 
 void MIFWriter::endBody() {
-    if (!inTable() || m_section != Section::body)
+    endSection(Section::body);
+}
+
+void MIFWriter::startSection(Section section) {
+    if (!inTable())
+        return;
+    endSection(m_section);
+    m_table += section == Section::header ? " <TblH\n"sv : " <TblBody\n"sv;
+    m_section = section;
+}
+
+void MIFWriter::endSection(Section section) {
+    if (!inTable() || section == Section::none || m_section != section)
         return;
     endRow();
-    m_table += " >"sv;
+    // The body's closing line has no newline of its own, as existing files have it.
+    m_table += section == Section::header ? " >\n"sv : " >"sv;
     m_section = Section::none;
 }
 

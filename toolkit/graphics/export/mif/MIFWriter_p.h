@@ -22,7 +22,7 @@
 /// objects are collected in memory while drawing, because the catalogues that precede them
 /// are only known at the end; close() assembles the file on the stream. Internal to the
 /// library (exported for the fuzz target only, and not installed).
-class TQ_EXPORT MIFWriter : public ExportWriter {
+class TQ_EXPORT MIFWriter final : public ExportWriter {
 public:
     /// Writes to out (not owned; it must outlive the writer's close()). drawing is the
     /// drawing's extent in device units: it becomes the frame, its origin the frame's
@@ -41,16 +41,19 @@ public:
     ///@{
     /// The separation of the objects drawn next (MIFFormat::separationOf); an invalid colour
     /// keeps the current one. Black at first.
-    void setColor(const QColor& color);
+    void setColor(const QColor& color) override;
     int separation() const { return m_separation; }
-    void setPenStyle(wsiPenStyle style);
+    void setPenStyle(wsiPenStyle style) override;
     wsiPenStyle penStyle() const { return m_penStyle; }
     ///@}
+    ///@{
     /// In device units; written as the matrix's x scale / 10.0 * width.
     void setPenWidth(double width);
+    void setLineWidth(long width) override { setPenWidth(static_cast<double>(width)); }
+    ///@}
     ///@{
     /// Lines are clipped to r (edges included) from now on.
-    void setClipRect(const DeviceRectangle& r) { m_clip = r; }
+    void setClipRect(const DeviceRectangle& r) override { m_clip = r; }
     void clearClipRect() { m_clip.reset(); }
     ///@}
 
@@ -59,7 +62,7 @@ public:
     void line(const DevicePoint& from, const DevicePoint& to);
     /// A smoothed polyline through from, the two control points and to (not clipped).
     void curve(const DevicePoint& from, const DevicePoint& first, const DevicePoint& second,
-               const DevicePoint& to);
+               const DevicePoint& to) override;
     /// A polyline of n points (nothing for n < 2) whose start and end carry arrow heads of
     /// capSize where the caps ask for them. The start cap is written as MIF's head cap and
     /// the end cap as its tail cap, as existing files have it.
@@ -135,9 +138,19 @@ private:
     void appendX(std::string& out, std::int32_t x) const;
     void appendY(std::string& out, std::int32_t y) const;
     void appendPoint(std::string& out, const DevicePoint& p) const;
+    /// " <NumPoints n >" and one point line per point, as polylines and polygons list them.
+    void appendPointList(std::string& out, unsigned short n, const DevicePoint* points) const;
     void appendPolyLineStart(std::string& out) const;
     void appendSeparation(std::string& out) const;
     bool inTable() const { return m_tableOpen && !m_closed; }
+    ///@}
+
+    enum class Section { none, header, body };
+    ///@{
+    /// Opening a section first ends the one open; ending a section that is not the open one
+    /// (or none) does nothing.
+    void startSection(Section section);
+    void endSection(Section section);
     ///@}
 
     /// The result of close, recording a failure of the stream.
@@ -160,7 +173,6 @@ private:
     std::string m_table;
     bool m_tableStarted = false;
     bool m_tableOpen = false;
-    enum class Section { none, header, body };
     Section m_section = Section::none;
     bool m_rowOpen = false;
     bool m_cellOpen = false;
