@@ -72,7 +72,14 @@ public:
     ///@}
     /// The advance of the first length bytes of the UTF-8 text (all of it when length < 0;
     /// never past its NUL); 0 for a null text.
+    /// Runs of printable ASCII are measured from a table of the font's advances and pair
+    /// adjustments, built once per font and resolution on this thread (some milliseconds),
+    /// and equal to what shaping them gives; other text is shaped.
     int advance(const char* text, int length) const;
+    /// advance() from the table alone: sets advance and returns true for a run the table
+    /// covers (printable ASCII, no pair that the font draws as one glyph); false, with advance
+    /// unchanged, for text that needs shaping. For callers that keep shaped runs of their own.
+    [[nodiscard]] bool tabulatedAdvance(const char* text, int length, int& advance) const;
 
     /// Equal for two metrics of the same resolved font on devices of the same resolution, so
     /// that a caller may keep measures made through one for the other.
@@ -87,4 +94,8 @@ private:
 
     QFontMetricsF m_metrics;
     std::size_t m_identity;
+    // What the advance table is built from: the font and the vertical resolution that sizes
+    // it (0: the default resolution).
+    QFont m_font;
+    int m_dpi;
 };
