@@ -83,9 +83,10 @@ void BM_LabelsVersusQtRichText(benchmark::State& state) {
     Device device(painter);
     WsiFont font(nullptr, 10);
     const QFont qfont = font.toQFont();
-    // Both sides meet the fonts once before timing (our advance tables are built per font,
-    // Qt loads its font engines), with names that do not occur among the timed ones.
-    for (const std::string& label : typicalLabels(8, 8, 10 * v_labels)) {
+    // Both sides meet the fonts before timing (our advance tables are built per font in
+    // steady use, Qt loads its font engines), with names that do not occur among the timed
+    // ones.
+    for (const std::string& label : typicalLabels(400, 400, 10 * v_labels)) {
         TextFormatParser parser(label.c_str(), device);
         benchmark::DoNotOptimize(parser.parse().calcTextExtent(font));
         QTextDocument document;

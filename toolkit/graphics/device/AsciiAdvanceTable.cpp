@@ -1,5 +1,7 @@
 #include "graphics/device/AsciiAdvanceTable_p.h"
 
+#include "graphics/device/WsiFont.h"
+
 #include <QFontMetricsF>
 #include <QGlyphRun>
 #include <QPaintDevice>
@@ -75,34 +77,47 @@ std::int32_t inSixtyFourths(qreal units) {
     return static_cast<std::int32_t>(std::lround(units * 64));
 }
 
+// The fonts of this thread, with the runs each has measured and, once in steady use, its
+// table (some 18 KB). A diagram uses a few fonts at a few sizes; when more are in use the
+// oldest entry gives way.
 struct TableStore {
-    static constexpr int v_tables = 16;
-    std::size_t identities[v_tables] = {};
-    std::unique_ptr<AsciiAdvanceTable> tables[v_tables];
+    static constexpr int v_fonts = 64;
+    struct Entry {
+        std::size_t identity = 0;
+        int runs = 0;
+        std::unique_ptr<AsciiAdvanceTable> table;
+    };
+    Entry entries[v_fonts];
     int used = 0;
     int nextVictim = 0;
 };
 
 } // namespace
 
-const AsciiAdvanceTable& AsciiAdvanceTable::of(std::size_t identity, const QFont& font, int dpi) {
-    // Per thread, as fonts are; a handful of fonts and sizes are in use at a time, so the
-    // oldest table gives way when the store is full.
+const AsciiAdvanceTable* AsciiAdvanceTable::of(std::size_t identity, const QFont& font, int dpi) {
     thread_local TableStore store;
-    for (int i = 0; i < store.used; ++i)
-        if (store.identities[i] == identity)
-            return *store.tables[i];
-    const int slot = store.used < TableStore::v_tables ? store.used++
-                                                       : store.nextVictim++ % TableStore::v_tables;
-    store.identities[slot] = identity;
-    store.tables[slot].reset(new AsciiAdvanceTable);
+    TableStore::Entry* entry = nullptr;
+    for (int i = 0; i < store.used && !entry; ++i)
+        if (store.entries[i].identity == identity)
+            entry = &store.entries[i];
+    if (!entry) {
+        entry = &store.entries[store.used < TableStore::v_fonts
+                                   ? store.used++
+                                   : store.nextVictim++ % TableStore::v_fonts];
+        entry->identity = identity;
+        entry->runs = 0;
+        entry->table.reset();
+    }
+    if (entry->table || ++entry->runs < WsiFontMetric::v_runsBeforeTable)
+        return entry->table.get();
+    entry->table.reset(new AsciiAdvanceTable);
     if (dpi > 0) {
         const ResolutionDevice device(dpi);
-        store.tables[slot]->build(QFont(font, &device));
+        entry->table->build(QFont(font, &device));
     } else {
-        store.tables[slot]->build(font);
+        entry->table->build(font);
     }
-    return *store.tables[slot];
+    return entry->table.get();
 }
 
 bool AsciiAdvanceTable::advance(const char* text, std::size_t length, int& advance) const {

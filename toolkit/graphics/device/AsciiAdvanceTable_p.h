@@ -17,10 +17,11 @@ public:
     static constexpr unsigned v_count = v_last - v_first + 1;
 
     /// The table of font at dpi dots per inch (0: the default resolution, as QFontMetricsF
-    /// without a device) from this thread's tables, built on first use; identity is
-    /// WsiFontMetric::identity() of the same font and resolution. A reference into this
-    /// thread's tables, valid until the next call.
-    static const AsciiAdvanceTable& of(std::size_t identity, const QFont& font, int dpi);
+    /// without a device) from this thread's tables, counting the use; identity is
+    /// WsiFontMetric::identity() of the same font and resolution. Null while the font has
+    /// measured fewer than WsiFontMetric::v_runsBeforeTable runs, else a pointer into this thread's
+    /// tables valid until the next call.
+    static const AsciiAdvanceTable* of(std::size_t identity, const QFont& font, int dpi);
 
     /// Sets advance to the advance of the length bytes at text in device units, rounded up as
     /// the shaped measure is, and returns true, when the table holds all of them: every byte

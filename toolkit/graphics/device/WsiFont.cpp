@@ -119,7 +119,8 @@ bool WsiFontMetric::tabulatedAdvance(const char* text, int length, int& advance)
         return false;
     const std::size_t size =
         length < 0 ? std::strlen(text) : ::strnlen(text, static_cast<std::size_t>(length));
-    return AsciiAdvanceTable::of(m_identity, m_font, m_dpi).advance(text, size, advance);
+    const AsciiAdvanceTable* table = AsciiAdvanceTable::of(m_identity, m_font, m_dpi);
+    return table && table->advance(text, size, advance);
 }
 
 QString WsiFontMetric::textOf(const char* text, int length) {
