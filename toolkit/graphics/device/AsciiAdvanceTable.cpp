@@ -101,9 +101,12 @@ const AsciiAdvanceTable* AsciiAdvanceTable::of(std::size_t identity, const QFont
         if (store.entries[i].identity == identity)
             entry = &store.entries[i];
     if (!entry) {
-        entry = &store.entries[store.used < TableStore::v_fonts
-                                   ? store.used++
-                                   : store.nextVictim++ % TableStore::v_fonts];
+        if (store.used < TableStore::v_fonts) {
+            entry = &store.entries[store.used++];
+        } else {
+            entry = &store.entries[store.nextVictim];
+            store.nextVictim = (store.nextVictim + 1) % TableStore::v_fonts;
+        }
         entry->identity = identity;
         entry->runs = 0;
         entry->table.reset();

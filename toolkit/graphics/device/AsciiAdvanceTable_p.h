@@ -19,8 +19,8 @@ public:
     /// The table of font at dpi dots per inch (0: the default resolution, as QFontMetricsF
     /// without a device) from this thread's tables, counting the use; identity is
     /// WsiFontMetric::identity() of the same font and resolution. Null while the font has
-    /// measured fewer than WsiFontMetric::v_runsBeforeTable runs, else a pointer into this thread's
-    /// tables valid until the next call.
+    /// measured fewer than WsiFontMetric::v_runsBeforeTable runs, else a pointer into this
+    /// thread's tables valid until the next call.
     static const AsciiAdvanceTable* of(std::size_t identity, const QFont& font, int dpi);
 
     /// Sets advance to the advance of the length bytes at text in device units, rounded up as
