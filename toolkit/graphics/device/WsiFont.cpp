@@ -1,5 +1,7 @@
 #include "graphics/device/WsiFont.h"
 
+#include "graphics/device/AsciiAdvanceTable_p.h"
+
 #include <QHashFunctions>
 #include <QPaintDevice>
 #include <QStringList>
@@ -88,7 +90,8 @@ WsiFontMetric::WsiFontMetric(const QFont& font, QPaintDevice* device)
       // From the fields that size glyphs rather than QFont::key(), which builds a string.
       m_identity(qHashMulti(0, font.family(), font.pointSizeF(), font.weight(), font.italic(),
                             device ? device->logicalDpiX() : 0,
-                            device ? device->logicalDpiY() : 0)) {}
+                            device ? device->logicalDpiY() : 0)),
+      m_font(font), m_dpi(device ? device->logicalDpiY() : 0) {}
 
 int WsiFontMetric::ascent() const {
     return static_cast<int>(std::ceil(m_metrics.ascent()));
@@ -105,7 +108,19 @@ int WsiFontMetric::leading() const {
 int WsiFontMetric::advance(const char* text, int length) const {
     if (!text)
         return 0;
+    int width = 0;
+    if (tabulatedAdvance(text, length, width))
+        return width;
     return static_cast<int>(std::ceil(m_metrics.horizontalAdvance(textOf(text, length))));
+}
+
+bool WsiFontMetric::tabulatedAdvance(const char* text, int length, int& advance) const {
+    if (!text)
+        return false;
+    const std::size_t size =
+        length < 0 ? std::strlen(text) : ::strnlen(text, static_cast<std::size_t>(length));
+    const AsciiAdvanceTable* table = AsciiAdvanceTable::of(m_identity, m_font, m_dpi);
+    return table && table->advance(text, size, advance);
 }
 
 QString WsiFontMetric::textOf(const char* text, int length) {

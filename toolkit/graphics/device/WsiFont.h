@@ -79,7 +79,20 @@ public:
     ///@}
     /// The advance of the first length bytes of the UTF-8 text (all of it when length < 0;
     /// never past its NUL); 0 for a null text.
+    /// Once a font and resolution have measured v_runsBeforeTable runs on this thread, runs
+    /// of printable ASCII are summed from a table of the font's advances and pair adjustments
+    /// (built then, in some milliseconds), equal to what shaping them gives; other text is
+    /// shaped.
     int advance(const char* text, int length) const;
+    /// advance() from the table alone: sets advance and returns true for a run the table
+    /// covers (printable ASCII, no pair that the font draws as one glyph, the font in steady
+    /// use); false, with advance unchanged, for text that needs shaping. Counts as a run
+    /// measured. For callers that keep shaped runs of their own.
+    [[nodiscard]] bool tabulatedAdvance(const char* text, int length, int& advance) const;
+    /// How many runs a font measures on a thread before it gets its table: building one costs
+    /// about as much as shaping some thousands of runs, so a font used for a title or passed
+    /// on the way through zoom levels is shaped as before.
+    static constexpr int v_runsBeforeTable = 64;
 
     /// Equal for two metrics of the same resolved font on devices of the same resolution, so
     /// that a caller may keep measures made through one for the other.
@@ -94,4 +107,8 @@ private:
 
     QFontMetricsF m_metrics;
     std::size_t m_identity;
+    // What the advance table is built from: the font and the vertical resolution that sizes
+    // it (0: the default resolution).
+    QFont m_font;
+    int m_dpi;
 };

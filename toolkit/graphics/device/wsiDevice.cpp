@@ -121,8 +121,12 @@ void wsiDevice::selectNullFont() {
 
 WsiFontMetric& wsiDevice::newFontMetric() {
     const WsiFont fallback;
-    m_fontMetric = std::make_unique<WsiFontMetric>(m_selectedFont ? *m_selectedFont : fallback,
-                                                   measuringDevice());
+    WsiFontMetric metric(m_selectedFont ? *m_selectedFont : fallback, measuringDevice());
+    // Kept in the one object, so that measuring a label's runs does not allocate each time.
+    if (m_fontMetric)
+        *m_fontMetric = std::move(metric);
+    else
+        m_fontMetric = std::make_unique<WsiFontMetric>(std::move(metric));
     return *m_fontMetric;
 }
 

@@ -122,6 +122,9 @@ const WsiFontMetric& RichTextMetricScope::lookUp(const TextTarget& target, const
 namespace RichTextSurface {
 
 long advance(const WsiFontMetric& metric, const char* text, unsigned length) {
+    int tabulated = 0;
+    if (metric.tabulatedAdvance(text, static_cast<int>(length), tabulated))
+        return tabulated;
     if (length > RunAdvanceTable::v_maxRun)
         return metric.advance(text, static_cast<int>(length));
     RunAdvanceTable& table = runAdvances();

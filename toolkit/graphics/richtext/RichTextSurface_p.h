@@ -38,9 +38,10 @@ private:
 };
 
 namespace RichTextSurface {
-/// The advance of the first length bytes of text in metric. Short runs are kept in a
-/// per-thread table keyed by the metric's identity and the bytes, so a label measured again
-/// (every repaint of a diagram) is not shaped again.
+/// The advance of the first length bytes of text in metric. Runs of printable ASCII come
+/// from the metric's table of the font; other short runs are kept in a per-thread table keyed
+/// by the metric's identity and the bytes, so a label measured again (every repaint of a
+/// diagram) is not shaped again.
 long advance(const WsiFontMetric& metric, const char* text, unsigned length);
 /// Draws the first length bytes of text with the left end of its baseline at at; returns
 /// the advance (measured even when there is nothing to draw on).
