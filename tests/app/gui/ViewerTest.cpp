@@ -297,8 +297,8 @@ TEST_F(ViewerTest, TqsendChangesTheActiveDiagramAndTheNextPaintShowsIt) {
                  "tarqclient::close $chan\n");
     client.close();
     EXPECT_EQ(run(QStringLiteral("env"),
-                  {QStringLiteral("TCLLIBPATH=" TQ_TCL_PACKAGE_DIR), QStringLiteral(TQ_TCLSH),
-                   tcl, portFile},
+                  {QStringLiteral("TCLLIBPATH=" TQ_TCL_PACKAGE_DIR), QStringLiteral(TQ_TCLSH), tcl,
+                   portFile},
                   &status),
               QStringLiteral("mem.count"));
     EXPECT_EQ(status, 0);
