@@ -63,14 +63,14 @@ TEST(WaveJsonReader, TableOfDiagramsReadsAndDrawsWithTheseCounts) {
         {"spi_coo.js", 11, 2, 6, 0, 0, 0, 300, 4,
          {"d@15=1", "d@25=x", "q@15=1", "d (2)@199=xx", "d (2)@200=01", "a (2)@219=0",
           "a (2)@220=1", "IO0@35=111", "IO0@45=110", "IO0@105=000", "IO1@265=000", "IO1@275=xxx"}},
-        {"spi_data.js", 11, 0, 4, 0, 0, 0, 200, 4,
+        {"spi_data.js", 13, 0, 4, 0, 0, 0, 200, 3,
          {"cmdq@15=1", "reqd@80=1", "reqd@100=x", "reqa@85=0", "reqa@90=1", "IO0@115=111",
           "IO0@185=000", "IO0@195=xxx", "SCK@5=1", "SCK@32=0", "SCK@37=1", "SCK@42=0"}},
         {"axi4_beats.js", 7, 0, 18, 0, 0, 0, 150, 3,
          {"ACLK@3=1", "ACLK@7=0", "ARESETn@5=0", "ARESETn@15=1", "R@35=001", "R@45=010", "B@145=10"}},
         {"ws2813_general.js", 5, 0, 0, 0, 0, 0, 190, 2,
          {"Data@85=0", "Data@125=1", "Data@165=0", "start@55=1", "CLK@15=0"}},
-        {"features.json5", 7, 2, 4, 3, 4, -10, 390, 8,
+        {"features.json5", 8, 2, 4, 3, 4, -10, 390, 6,
          {"clk@5=1", "clk@15=0", "clk@125=1", "<b>data<sub>in</sub></b>@39=xxx",
           "<b>data<sub>in</sub></b>@50=001", "<b>data<sub>in</sub></b>@70=010",
           "<b>data<sub>in</sub></b>@110=xxx", "<b>data<sub>in</sub></b>@150=100",
@@ -131,9 +131,15 @@ TEST(WaveJsonReader, DecorationsGroupsAndMarkupOfTheFeaturesFile) {
     EXPECT_EQ(diagram.signal(diagram.findSignal("clk")).clock().period, 20);
     const std::string data = "<b>data<sub>in</sub></b>";
     ASSERT_EQ(diagram.arrows().size(), 3u);
-    EXPECT_EQ(diagram.arrows()[0], (Arrow{{"clk", 20}, {data, 40}, "setup"}));
+    EXPECT_EQ(diagram.arrows()[0],
+              (Arrow{{"clk", 20}, {data, 40}, "setup", ArrowShape::Curved, ArrowHeads::End}));
     EXPECT_EQ(diagram.arrows()[1], (Arrow{{"req", 40}, {"req", 100}, ""}));
-    EXPECT_EQ(diagram.arrows()[2], (Arrow{{data, 40}, {data, 80}, ""}));
+    EXPECT_EQ(diagram.arrows()[2],
+              (Arrow{{data, 40}, {data, 80}, "", ArrowShape::Straight, ArrowHeads::Both}));
+    const Signal& spacer = diagram.signal(4);
+    EXPECT_EQ(spacer.kind(), SignalKind::Spacer);
+    EXPECT_FALSE(spacer.nameShown());
+    EXPECT_TRUE(diagram.signal(0).nameShown());
     EXPECT_EQ(diagram.gaps()[0], (Gap{120, "clk"}));
     EXPECT_EQ(diagram.annotations()[0], (Annotation{40, data, "head"}));
     EXPECT_EQ(diagram.annotations()[3], (Annotation{140, data, "data"}));
@@ -159,6 +165,9 @@ TEST(WaveJsonReader, LooseSyntaxIsReadAndBadFilesGiveFileAndLine) {
         {"{signal: []} trailing", "x:1: expected the end of the file after the value, found 'trailing'"},
         {"{signal: [\n\n{name: 'a', wave: '0', period: -1}]}", "x:3: expected a period above 0"},
         {"{signal: [3]}", "x:1: expected a wave lane {...} or a group [...]"},
+        {"{signal: [,{name: 'A\\u00e9\\tb', wave: '01'},, ,]}", ""},
+        {"{signal: [['g',,{name: 'A\\u00e9\\tb', wave: '01'}]]}", ""},
+        {"{signal: [{name: 'a', wave: '0'},,],\n head: {text: 'h',,}}", "x:2: expected a key or '}', found ','"},
         {"{signal: [{name: 'a', wave: '0'}], edge: ['a->b'], x: wat}", "x:1: expected a value, found 'wat'"},
         {"{signal: ['\\x4g']}", "x:1: expected hexadecimal digits after '\\x', found '4g'"},
         {std::string(300, '['), "x:1: expected lists nested at most 200 deep, found '['"},
