@@ -115,6 +115,7 @@ TEST_F(Program, VerbsAndOptionsGiveTheirStatusAndMessage) {
         {{"convert", "bad.tqd", "-o", "y.tqd"}, 1, "", "bad.tqd:2:"},
         {{"info"}, 2, "", "an INPUT file is needed"},
         {{"info", "good.tqd"}, 0, "top.cpu.data  bus         8         2", ""},
+        {{"info", TQ_SOURCE_DIR "/tests/app/data/wavejson/wavedrom_step5.js"}, 0, "\nlane 6  spacer      1         0  \nack ", ""},
         {{"script"}, 2, "", "a FILE.tcl is needed"},
         {{"script", "none.tcl"}, 1, "", "couldn't read file \"none.tcl\""},
     };
@@ -175,6 +176,10 @@ TEST_F(Program, ScriptsDriveTheDiagramCommands) {
         {build + "signal set top.valid 0\n", {}, 1, "", "wrong # args: should be \"signal set NAME TIME VALUE ?TIME VALUE ...?\""},
         {build + "signal set top.clk 0 1\n", {}, 1, "", "clock \"top.clk\" has no values to set"},
         {build + "signal add top.valid\n", {}, 1, "", "a signal named \"top.valid\" exists already"},
+        {build + "signal add gap -kind spacer\narrow add gap 10 top.valid 25\nputs [signal list]\n",
+         {}, 0, "top.clk top.data top.valid gap", ""},
+        {build + "signal add gap -kind spacer\nsignal set gap 0 1\n", {}, 1, "", "spacer \"gap\" has no values to set"},
+        {"signal add x -kind wire\n", {}, 1, "", "-kind takes bit, bus, clock or spacer, not \"wire\""},
         {"signal add\n", {}, 1, "", "wrong # args: should be \"signal add NAME"},
         {"signal frob\n", {}, 1, "", "unknown subcommand \"frob\": must be add, remove, rename, move, set, clear, list, help"},
         {"signal add x -colour red\n", {}, 1, "", "unknown option \"-colour\""},
