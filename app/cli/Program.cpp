@@ -235,7 +235,17 @@ int convert(int argc, char** argv, std::ostream& out, std::ostream& err) {
 }
 
 const char* kindName(SignalKind kind) {
-    return kind == SignalKind::Clock ? "clock" : kind == SignalKind::Bit ? "bit" : "bus";
+    switch (kind) {
+    case SignalKind::Clock:
+        return "clock";
+    case SignalKind::Bit:
+        return "bit";
+    case SignalKind::Bus:
+        return "bus";
+    case SignalKind::Spacer:
+        break;
+    }
+    return "spacer";
 }
 
 int info(int argc, char** argv, std::ostream& out, std::ostream& err) {
@@ -261,14 +271,14 @@ int info(int argc, char** argv, std::ostream& out, std::ostream& err) {
     for (std::size_t i = 0; i < diagram.signalCount(); ++i)
         nameWidth = std::max(nameWidth, diagram.signal(i).name().size());
     out << std::left << std::setw(static_cast<int>(nameWidth)) << "signal"
-        << "  kind   width   changes  group\n";
+        << "  kind    width   changes  group\n";
     for (std::size_t i = 0; i < diagram.signalCount(); ++i) {
         const Signal& s = diagram.signal(i);
         const auto changes = s.kind() == SignalKind::Clock
                                  ? static_cast<std::size_t>(s.clockEdgeCount(start, end))
                                  : s.changeCount();
         out << std::left << std::setw(static_cast<int>(nameWidth)) << s.name() << "  "
-            << std::setw(5) << kindName(s.kind()) << std::right << std::setw(7) << s.width()
+            << std::setw(6) << kindName(s.kind()) << std::right << std::setw(7) << s.width()
             << std::setw(10) << changes << "  " << s.group();
         if (s.kind() == SignalKind::Clock)
             out << (s.group().empty() ? "" : " ") << "(period "

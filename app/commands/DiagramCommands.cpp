@@ -275,9 +275,12 @@ int signalAdd(const Call& call) {
                                               : SignalKind::Bit;
     if (values.count("-kind")) {
         const std::string k = values["-kind"];
-        if (k != "bit" && k != "bus" && k != "clock")
-            return call.fail("-kind takes bit, bus or clock, not " + quote(k));
-        kind = k == "bit" ? SignalKind::Bit : k == "bus" ? SignalKind::Bus : SignalKind::Clock;
+        if (k != "bit" && k != "bus" && k != "clock" && k != "spacer")
+            return call.fail("-kind takes bit, bus, clock or spacer, not " + quote(k));
+        kind = k == "bit"     ? SignalKind::Bit
+               : k == "bus"   ? SignalKind::Bus
+               : k == "clock" ? SignalKind::Clock
+                              : SignalKind::Spacer;
     }
     BusFormat format;
     if (values.count("-radix") && !tqd::parseRadix(values["-radix"], format.radix))
@@ -387,8 +390,9 @@ int signalSet(const Call& call) {
     if (index == Signal::npos)
         return TCL_ERROR;
     Signal& signal = call.diagram().signal(index);
-    if (signal.kind() == SignalKind::Clock)
-        return call.fail("clock " + quote(signal.name()) + " has no values to set");
+    if (signal.kind() == SignalKind::Clock || signal.kind() == SignalKind::Spacer)
+        return call.fail(std::string(signal.kind() == SignalKind::Clock ? "clock " : "spacer ") +
+                         quote(signal.name()) + " has no values to set");
     if (call.argc % 2 == 0)
         return call.fail("wrong # args: should be \"signal set NAME TIME VALUE ?TIME VALUE ...?\"");
     int set = 0;
@@ -521,7 +525,7 @@ const Subcommand v_diagram[] = {
     {"close", "", "drops the diagram", 0, 0, diagramClose},
 };
 const Subcommand v_signal[] = {
-    {"add", "NAME ?-kind bit|bus|clock? ?-width W? ?-group G? ?-radix R? ?-notation N? ?-period T? ?-duty D? ?-phase T? ?-start low|high?",
+    {"add", "NAME ?-kind bit|bus|clock|spacer? ?-width W? ?-group G? ?-radix R? ?-notation N? ?-period T? ?-duty D? ?-phase T? ?-start low|high?",
      "adds a signal at the bottom", 1, 19, signalAdd},
     {"remove", "PATTERN", "removes the matching signals; returns how many", 1, 1, signalRemove},
     {"rename", "NAME NEWNAME", "renames a signal and what refers to it", 2, 2, signalRename},

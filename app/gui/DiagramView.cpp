@@ -150,7 +150,8 @@ std::vector<DiagramView::CursorValue> DiagramView::cursorValues() {
     if (!m_cursor || !ensureLayout())
         return values;
     for (const DiagramPainter::Row& row : m_painter->rows()) {
-        if (row.signal == Signal::npos)
+        // A spacer has no value to show.
+        if (row.signal == Signal::npos || m_diagram.signal(row.signal).kind() == SignalKind::Spacer)
             continue;
         const Signal& signal = m_diagram.signal(row.signal);
         values.push_back({signal.name(), valueAt(signal, *m_cursor)});
@@ -315,7 +316,7 @@ void DiagramView::paintCursor(QPainter& painter) {
     const double firstRow = m_painter->rows().empty() ? 0 : m_painter->rows().front().top;
     tag(firstRow - metrics.height() / 2.0 - 2, formatTime(*m_cursor, m_diagram.timeUnit()));
     for (const DiagramPainter::Row& row : m_painter->rows()) {
-        if (row.signal == Signal::npos)
+        if (row.signal == Signal::npos || m_diagram.signal(row.signal).kind() == SignalKind::Spacer)
             continue;
         tag(row.top + row.height / 2, valueAt(m_diagram.signal(row.signal), *m_cursor));
     }

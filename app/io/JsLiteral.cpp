@@ -205,6 +205,13 @@ private:
                 return true;
             }
             JsValue item;
+            // A hole ([a,,b]) is an element in its own right; read as null, the nearest a
+            // literal has to undefined.
+            if (at(',')) {
+                ++m_pos;
+                value.items.push_back(std::move(item));
+                continue;
+            }
             if (!parseValue(item, depth + 1) || !skipSpace())
                 return false;
             value.items.push_back(std::move(item));

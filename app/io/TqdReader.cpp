@@ -402,12 +402,16 @@ private:
         ClockSpec clock;
         BusFormat format;
         unsigned width = 1;
+        bool nameless = false;
         for (int i = 0; i < section.numberOfElements(); ++i) {
             FileElement& e = section.element(i);
             switch (e.id()) {
             case tqd::KeyName:
                 if (!text(e, 0, name))
                     return false;
+                break;
+            case tqd::KeyNameless:
+                nameless = true;
                 break;
             case tqd::KeyGroup:
                 if (!text(e, 0, group))
@@ -429,20 +433,25 @@ private:
                 if (!readBus(e, width, format))
                     return false;
                 break;
+            case tqd::KeySpacer:
+                kind = SignalKind::Spacer;
+                ++kinds;
+                break;
             default:
-                return unexpected(e, "Signal", "name, clock, bit, bus, group");
+                return unexpected(e, "Signal", "name, clock, bit, bus, spacer, group, nameless");
             }
         }
         if (name.empty())
             return fail(m_sectionOffset, "expected name(\"...\") in Signal");
         if (kinds != 1)
-            return fail(m_sectionOffset, "expected exactly one of clock(...), bit or bus(...) "
-                                         "in Signal '" +
+            return fail(m_sectionOffset, "expected exactly one of clock(...), bit, bus(...) or "
+                                         "spacer in Signal '" +
                                              name + "'");
         if (m_diagram.findSignal(name) != Signal::npos)
             return fail(m_sectionOffset, "signal '" + name + "' is defined twice");
         Signal& signal = m_diagram.addSignal(name, kind, width, group);
         signal.setBusFormat(format);
+        signal.setNameShown(!nameless);
         if (kind == SignalKind::Clock && !signal.setClock(clock))
             return fail(m_sectionOffset, "expected a clock with a period of at least 2 and a "
                                          "duty between 0 and 100 in Signal '" +
@@ -475,8 +484,24 @@ private:
                 if (!text(e, 0, arrow.label))
                     return false;
                 break;
+            case tqd::KeyShape: {
+                std::string word;
+                if (!text(e, 0, word) || (word != "straight" && word != "curved"))
+                    return fail(offsetOf(e), "expected straight or curved in shape(...), found " +
+                                                 shown(item(e, 0)));
+                arrow.shape = word == "curved" ? ArrowShape::Curved : ArrowShape::Straight;
+                break;
+            }
+            case tqd::KeyHeads: {
+                std::string word;
+                if (!text(e, 0, word) || !tqd::parseArrowHeads(word, arrow.heads))
+                    return fail(offsetOf(e), "expected none, end, begin or both in heads(...), "
+                                             "found " +
+                                                 shown(item(e, 0)));
+                break;
+            }
             default:
-                return unexpected(e, "Arrow", "from, to, label");
+                return unexpected(e, "Arrow", "from, to, label, shape, heads");
             }
         }
         if (ends != 2 || arrow.from.signal.empty() || arrow.to.signal.empty())
@@ -572,6 +597,10 @@ private:
         m_changes = &m_diagram.signal(index);
         if (m_changes->kind() == SignalKind::Clock) {
             stop("clock '" + name + "' has no changes");
+            return;
+        }
+        if (m_changes->kind() == SignalKind::Spacer) {
+            stop("spacer '" + name + "' has no changes");
             return;
         }
         m_changeStep = ChangeStep::Time;

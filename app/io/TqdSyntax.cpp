@@ -15,6 +15,7 @@ SectionDescriptor v_gap{"Gap", SectionGap, 0};
 SectionDescriptor* v_sections[] = {&v_diagram, &v_group,      &v_signal, &v_changes, &v_arrow,
                                    &v_marker,  &v_annotation, &v_gap,    nullptr};
 
+// clang-format off
 KeywordDescriptor v_keywords[] = {
     {"version", KeyVersion, 0}, {"title", KeyTitle, 0},       {"timeunit", KeyTimeUnit, 0},
     {"span", KeySpan, 0},       {"grid", KeyGrid, 0},         {"name", KeyName, 0},
@@ -23,8 +24,11 @@ KeywordDescriptor v_keywords[] = {
     {"bit", KeyBit, 0},         {"bus", KeyBus, 0},           {"width", KeyWidth, 0},
     {"radix", KeyRadix, 0},     {"notation", KeyNotation, 0}, {"from", KeyFrom, 0},
     {"to", KeyTo, 0},           {"label", KeyLabel, 0},       {"at", KeyAt, 0},
-    {"signal", KeySignal, 0},   {"text", KeyText, 0},         {nullptr, 0, 0},
+    {"signal", KeySignal, 0},   {"text", KeyText, 0},         {"spacer", KeySpacer, 0},
+    {"shape", KeyShape, 0},     {"heads", KeyHeads, 0},       {"nameless", KeyNameless, 0},
+    {nullptr, 0, 0},
 };
+// clang-format on
 
 struct Named {
     int value;
@@ -37,6 +41,10 @@ constexpr Named v_radixNames[] = {{RadixBinary, "bin"},
                                   {RadixPlainDecimal, "sdec"}};
 constexpr Named v_notationNames[] = {
     {HDLNone, "plain"}, {HDLVerilog, "verilog"}, {HDLVHDL, "vhdl"}};
+constexpr Named v_headsNames[] = {{static_cast<int>(ArrowHeads::End), "end"},
+                                  {static_cast<int>(ArrowHeads::None), "none"},
+                                  {static_cast<int>(ArrowHeads::Start), "begin"},
+                                  {static_cast<int>(ArrowHeads::Both), "both"}};
 
 template <std::size_t N>
 const char* nameOf(const Named (&table)[N], int value) {
@@ -89,6 +97,18 @@ bool parseNotation(std::string_view text, HDLanguage& language) {
     if (!valueOf(v_notationNames, text, value))
         return false;
     language = static_cast<HDLanguage>(value);
+    return true;
+}
+
+const char* arrowHeadsName(ArrowHeads heads) {
+    return nameOf(v_headsNames, static_cast<int>(heads));
+}
+
+bool parseArrowHeads(std::string_view text, ArrowHeads& heads) {
+    int value = 0;
+    if (!valueOf(v_headsNames, text, value))
+        return false;
+    heads = static_cast<ArrowHeads>(value);
     return true;
 }
 

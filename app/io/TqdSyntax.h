@@ -2,6 +2,8 @@
 /// writer (see docs/tqd-format.md).
 #pragma once
 
+#include "model/Diagram.h"
+
 #include "text/FileElement.h"
 
 #include "hdl/HDLConstant.h"
@@ -47,6 +49,10 @@ enum Keyword : short {
     KeyAt,
     KeySignal,
     KeyText,
+    KeySpacer,
+    KeyNameless,
+    KeyShape,
+    KeyHeads,
 };
 
 /// The version this program writes and the newest it reads.
@@ -63,5 +69,8 @@ const char* radixName(Radix radix);
 /// Static text: "plain", "verilog" or "vhdl".
 const char* notationName(HDLanguage language);
 [[nodiscard]] bool parseNotation(std::string_view text, HDLanguage& language);
+/// Static text: "none", "end", "begin" or "both" ("start" is a keyword of clocks).
+const char* arrowHeadsName(ArrowHeads heads);
+[[nodiscard]] bool parseArrowHeads(std::string_view text, ArrowHeads& heads);
 
 } // namespace tqd

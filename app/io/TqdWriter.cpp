@@ -71,9 +71,14 @@ void writeSignalSection(const Signal& signal, std::ostream& out) {
         FileParser::storeKeyword(out, "notation", tqd::notationName(signal.busFormat().notation));
         out << ") ";
         break;
+    case SignalKind::Spacer:
+        FileParser::storeKeyword(out, "spacer");
+        break;
     }
     if (!signal.group().empty())
         FileParser::storeKeyword(out, "group", quoted(signal.group()).c_str());
+    if (!signal.nameShown())
+        FileParser::storeKeyword(out, "nameless");
     out << ")\n";
 }
 
@@ -168,6 +173,11 @@ void TqdWriter::write(const Diagram& diagram, std::ostream& out) {
         writeEdge(out, "from", arrow.from);
         writeEdge(out, "to", arrow.to);
         FileParser::storeKeywordQuotedString(out, "label", arrow.label.c_str());
+        // The common arrow leaves both out, as files before curved arrows did.
+        if (arrow.shape == ArrowShape::Curved)
+            FileParser::storeKeyword(out, "shape", "curved");
+        if (arrow.heads != ArrowHeads::End)
+            FileParser::storeKeyword(out, "heads", tqd::arrowHeadsName(arrow.heads));
         out << ")\n";
     }
     for (const Marker& marker : diagram.markers()) {

@@ -234,13 +234,6 @@ private:
                 warn("lane keys other than name, wave, data, period, phase and node are left "
                      "out");
         }
-        if (!waveValue && !nameValue) {
-            if (lane.member("node"))
-                warn("nodes on lanes without a wave are left out, with their edges");
-            else
-                warn("spacer lanes {} are left out");
-            return true;
-        }
         if (waveValue && !waveValue->isString())
             return fail(*waveValue, "expected the wave as a string", error);
         const std::string wave = waveValue ? waveValue->text : std::string();
@@ -263,6 +256,14 @@ private:
         const Time half = std::max<Time>(1, static_cast<Time>(std::llround(slotLength / 2)));
 
         const std::string name = uniqueName(nameValue ? text(*nameValue) : std::string());
+        if (!waveValue) {
+            // A lane without a wave is an empty row: a spacer, which may carry a name and the
+            // nodes of arrows drawn across the diagram.
+            Signal& spacer = m_diagram.addSignal(name, SignalKind::Spacer, 1, group);
+            spacer.setNameShown(nameValue != nullptr);
+            nodes(lane.member("node"), name, slotTime);
+            return true;
+        }
         const std::vector<std::string> data = labels(lane.member("data"));
         const bool clockOnly = !wave.empty() && isClockChar(wave[0]) &&
                                wave.find_first_not_of(".|", 1) == std::string::npos;
@@ -296,6 +297,7 @@ private:
                                 : bus     ? SignalKind::Bus
                                           : SignalKind::Bit;
         Signal& signal = m_diagram.addSignal(name, kind, bus ? width : 1, group);
+        signal.setNameShown(nameValue != nullptr);
         if (bus && !(numeric && hexadecimal))
             signal.setBusFormat({RadixDecimal, HDLNone});
         if (!wave.empty()) {
@@ -393,13 +395,18 @@ private:
         if (bus && nextLabel < data.size())
             warn("data labels beyond the lane's data slots are left out");
 
-        if (const JsValue* node = lane.member("node"); node && node->isString()) {
-            for (std::size_t i = 0; i < node->text.size(); ++i) {
-                if (node->text[i] != '.')
-                    m_nodes[node->text[i]] = {name, slotTime(i)};
-            }
-        }
+        nodes(lane.member("node"), name, slotTime);
         return true;
+    }
+
+    template <typename SlotTime>
+    void nodes(const JsValue* node, const std::string& name, const SlotTime& slotTime) {
+        if (!node || !node->isString())
+            return;
+        for (std::size_t i = 0; i < node->text.size(); ++i) {
+            if (node->text[i] != '.')
+                m_nodes[node->text[i]] = {name, slotTime(i)};
+        }
     }
 
     // A label that reads as a number: decimal digits, or 0x / 0b and digits.
@@ -459,11 +466,29 @@ private:
                 warn("edges between nodes that no lane defines are left out");
                 continue;
             }
-            if (shape != "->")
-                warn("edge shapes other than '->' (~ -| + <->) are drawn as straight arrows");
-            m_diagram.addArrow(
-                {{a->second.signal, a->second.time}, {b->second.signal, b->second.time}, label});
+            Arrow arrow{{a->second.signal, a->second.time},
+                        {b->second.signal, b->second.time},
+                        label,
+                        ArrowShape::Straight,
+                        ArrowHeads::None};
+            arrowStyle(shape, arrow);
+            m_diagram.addArrow(arrow);
         }
+    }
+
+    // The shape characters between an edge's nodes: '~' bends the arrow into a curve, '<'
+    // and '>' put heads on its ends. Right-angled and marked shapes become the straight or
+    // curved arrow nearest to them.
+    void arrowStyle(const std::string& shape, Arrow& arrow) {
+        if (shape.find_first_of("|+") != std::string::npos)
+            warn("edge shapes -| |- -|- and + are drawn as straight or curved arrows");
+        if (shape.find('~') != std::string::npos)
+            arrow.shape = ArrowShape::Curved;
+        const bool start = shape.front() == '<', end = shape.back() == '>';
+        arrow.heads = start && end ? ArrowHeads::Both
+                      : start      ? ArrowHeads::Start
+                      : end        ? ArrowHeads::End
+                                   : ArrowHeads::None;
     }
 
     void headAndFoot(const JsValue* head, const JsValue* foot) {

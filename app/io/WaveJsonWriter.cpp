@@ -13,6 +13,7 @@
 #include <ostream>
 #include <set>
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -64,6 +65,10 @@ void warn(std::vector<std::string>& warnings, std::string text) {
 // One wave lane as it is written.
 struct Lane {
     std::string name;
+    // False for a row whose name is not shown: written without one.
+    bool named = true;
+    // An empty row: written as {} with only its name and nodes.
+    bool spacer = false;
     std::string group;
     std::string wave;
     std::vector<std::string> data;
@@ -74,11 +79,12 @@ struct Lane {
     Time start = 0;
     Time charLength = 1;
 
-    // The character index nearest to time, or npos outside the lane.
+    // The character index nearest to time, or npos outside the lane (a spacer spans the
+    // diagram through its node string).
     std::size_t indexOf(Time time) const {
         const double at =
             std::round(static_cast<double>(time - start) / static_cast<double>(charLength));
-        if (at < 0 || at >= static_cast<double>(wave.size()))
+        if (at < 0 || at >= static_cast<double>(node.size()))
             return std::string::npos;
         return static_cast<std::size_t>(at);
     }
@@ -108,13 +114,15 @@ public:
             if (!lane.group.empty() && lane.name.size() > lane.group.size() + 1 &&
                 lane.name.compare(0, lane.group.size() + 1, lane.group + ".") == 0)
                 lane.name.erase(0, lane.group.size() + 1);
+            lane.named = signal.nameShown();
             lane.start = m_from;
             lane.charLength = m_slot;
+            lane.spacer = signal.kind() == SignalKind::Spacer;
             if (signal.kind() == SignalKind::Clock)
                 clockLane(signal, lane);
-            else
+            else if (!lane.spacer)
                 sampledLane(signal, lane);
-            lane.node.assign(lane.wave.size(), '.');
+            lane.node.assign(lane.spacer ? m_slots : lane.wave.size(), '.');
             out.push_back(std::move(lane));
         }
         for (std::size_t i = 0; i < m_diagram.annotations().size(); ++i) {
@@ -293,7 +301,16 @@ char placeNode(std::vector<Lane>& lanes, const Diagram& diagram, const EdgeRef& 
 }
 
 void writeLane(const Lane& lane, std::ostream& out, const std::string& indent) {
-    out << indent << "{\"name\": " << quoted(lane.name) << ", \"wave\": " << quoted(lane.wave);
+    out << indent << "{";
+    const char* separator = "";
+    if (lane.named) {
+        out << "\"name\": " << quoted(lane.name);
+        separator = ", ";
+    }
+    if (!lane.spacer) {
+        out << separator << "\"wave\": " << quoted(lane.wave);
+        separator = ", ";
+    }
     if (!lane.data.empty()) {
         out << ", \"data\": [";
         for (std::size_t i = 0; i < lane.data.size(); ++i)
@@ -301,7 +318,8 @@ void writeLane(const Lane& lane, std::ostream& out, const std::string& indent) {
         out << "]";
     }
     if (lane.node.find_first_not_of('.') != std::string::npos)
-        out << ", \"node\": " << quoted(lane.node.substr(0, lane.node.find_last_not_of('.') + 1));
+        out << separator
+            << "\"node\": " << quoted(lane.node.substr(0, lane.node.find_last_not_of('.') + 1));
     if (lane.period != 1)
         out << ", \"period\": " << number(lane.period);
     if (lane.phase != 0)
@@ -370,7 +388,7 @@ void WaveJsonWriter::write(const Diagram& diagram, std::ostream& out,
 
     for (const Gap& gap : diagram.gaps()) {
         for (std::size_t i = 0; i < lanes.size(); ++i) {
-            if (!gap.signal.empty() && gap.signal != diagram.signal(i).name())
+            if (lanes[i].spacer || (!gap.signal.empty() && gap.signal != diagram.signal(i).name()))
                 continue;
             const std::size_t at = lanes[i].indexOf(gap.time);
             if (at != std::string::npos && lanes[i].wave[at] == '.')
@@ -382,13 +400,23 @@ void WaveJsonWriter::write(const Diagram& diagram, std::ostream& out,
     std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
     std::vector<std::string> edges;
     for (const Arrow& arrow : diagram.arrows()) {
-        const char from = placeNode(lanes, diagram, arrow.from, letters);
-        const char to = placeNode(lanes, diagram, arrow.to, letters);
+        char from = placeNode(lanes, diagram, arrow.from, letters);
+        char to = placeNode(lanes, diagram, arrow.to, letters);
         if (!from || !to) {
             warn(warnings, "arrows outside the span or beyond 52 nodes are left out");
             continue;
         }
-        std::string edge{from, '-', '>', to};
+        // The diagram tool has no shape with a head at the start only: such an arrow is
+        // written the other way round.
+        if (arrow.heads == ArrowHeads::Start)
+            std::swap(from, to);
+        std::string edge{from};
+        if (arrow.heads == ArrowHeads::Both)
+            edge.push_back('<');
+        edge.push_back(arrow.shape == ArrowShape::Curved ? '~' : '-');
+        if (arrow.heads != ArrowHeads::None)
+            edge.push_back('>');
+        edge.push_back(to);
         if (!arrow.label.empty())
             edge.append(" ").append(arrow.label);
         edges.push_back(edge);

@@ -40,11 +40,22 @@ struct EdgeRef {
     bool operator==(const EdgeRef&) const = default;
 };
 
+/// How an arrow runs from one end to the other.
+enum class ArrowShape : int {
+    Straight = 0,
+    Curved = 1, ///< an S-curve leaving and reaching its ends level
+};
+
+/// Which ends of an arrow carry a head.
+enum class ArrowHeads : int { None = 0, End = 1, Start = 2, Both = 3 };
+
 /// An arrow from one edge to another (a setup or hold relation), with a label.
 struct Arrow {
     EdgeRef from;
     EdgeRef to;
     std::string label;
+    ArrowShape shape = ArrowShape::Straight;
+    ArrowHeads heads = ArrowHeads::End;
     bool operator==(const Arrow&) const = default;
 };
 

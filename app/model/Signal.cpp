@@ -113,14 +113,14 @@ bool Signal::appendChange(Time time, BitState state) {
 }
 
 bool Signal::appendChange(Time time, const BigInt& value) {
-    if (!value.hasValue() || m_kind == SignalKind::Clock)
+    if (!value.hasValue() || m_kind == SignalKind::Clock || m_kind == SignalKind::Spacer)
         return false;
     std::unique_ptr<char[]> bits(value.BSLToBinary(m_width, 0, false));
     return bits && appendBinary(time, bits.get());
 }
 
 bool Signal::appendBinary(Time time, std::string_view digits) {
-    if (m_kind == SignalKind::Clock || digits.empty())
+    if (m_kind == SignalKind::Clock || m_kind == SignalKind::Spacer || digits.empty())
         return false;
     // Bit 0: the value plane, bit 1: the unknown plane, 4: not a digit, 8: '_'.
     static const auto codes = [] {
@@ -324,7 +324,8 @@ std::size_t Signal::memoryBytes() const {
 }
 
 bool Signal::operator==(const Signal& other) const {
-    return m_name == other.m_name && m_kind == other.m_kind && m_width == other.m_width &&
-           m_group == other.m_group && m_clock == other.m_clock && m_format == other.m_format &&
-           m_times == other.m_times && m_states == other.m_states && m_words == other.m_words;
+    return m_name == other.m_name && m_nameShown == other.m_nameShown && m_kind == other.m_kind &&
+           m_width == other.m_width && m_group == other.m_group && m_clock == other.m_clock &&
+           m_format == other.m_format && m_times == other.m_times && m_states == other.m_states &&
+           m_words == other.m_words;
 }

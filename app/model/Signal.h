@@ -18,6 +18,9 @@ enum class SignalKind : int {
     Clock = 0, ///< a periodic square wave described by ClockSpec; it stores no changes
     Bit = 1,   ///< one wire: 0, 1, X, Z, weak low and weak high
     Bus = 2,   ///< a four-state value of a given width per time slot
+    /// An empty row that spaces the others out; it stores no changes and draws no waveform,
+    /// but arrows may start or end on it.
+    Spacer = 3,
 };
 
 /// The state of a bit signal, or the state a bus slot shows when all its bits agree.
@@ -66,8 +69,12 @@ public:
     // --- Identity and appearance -------------------------------------------------------------
     const std::string& name() const { return m_name; }
     void setName(std::string name) { m_name = std::move(name); }
+    /// False when the row shows no name: the name stays the row's key for files, arrows and
+    /// commands (a lane that had none in the file it was read from).
+    bool nameShown() const { return m_nameShown; }
+    void setNameShown(bool shown) { m_nameShown = shown; }
     SignalKind kind() const { return m_kind; }
-    /// Bits per value: the bus width, 1 for a clock or bit.
+    /// Bits per value: the bus width, 1 for the other kinds.
     unsigned width() const { return m_width; }
     /// The group the signal is shown under; empty for none.
     const std::string& group() const { return m_group; }
@@ -82,8 +89,8 @@ public:
     // --- Building: changes ---------------------------------------------------------------------
     // A change sets the signal's value from its time until the next change. Changes are kept
     // sorted by time: appending in time order costs O(1); an earlier time is inserted in place
-    // (O(changes)); a change at the time of an existing one replaces it. A clock keeps no
-    // changes: these return false for it, as they do for a value of the wrong kind.
+    // (O(changes)); a change at the time of an existing one replaces it. A clock or a spacer
+    // keeps no changes: these return false for it, as they do for a value of the wrong kind.
 
     /// A bit signal's change. For a bus, the state fills every bit (X, Z, 0 or 1 only).
     [[nodiscard]] bool appendChange(Time time, BitState state);
@@ -137,7 +144,8 @@ public:
     /// Heap bytes the changes take, for reports on big inputs.
     std::size_t memoryBytes() const;
 
-    /// True when kind, width, group, clock, format and every change are the same (name too).
+    /// True when kind, width, group, clock, format and every change are the same (name and
+    /// whether it is shown too).
     bool operator==(const Signal& other) const;
 
 private:
@@ -152,6 +160,7 @@ private:
     void placeState(Time time, BitState state);
 
     std::string m_name;
+    bool m_nameShown = true;
     SignalKind m_kind;
     unsigned m_width;
     std::string m_group;

@@ -36,6 +36,34 @@ WsiFont& groupFont() {
     return font;
 }
 
+// An arrow's line and heads, in device units; head is a head's length and width. A curve is
+// the S-curve of a signal transition, leaving and reaching its ends level, so its heads are
+// short straight stubs along the time axis (along the row axis when the ends share a time).
+void drawArrow(Device& device, const Arrow& arrow, const DevicePoint& from, const DevicePoint& to,
+               const DevicePoint& head) {
+    const bool startHead = arrow.heads == ArrowHeads::Start || arrow.heads == ArrowHeads::Both;
+    const bool endHead = arrow.heads == ArrowHeads::End || arrow.heads == ArrowHeads::Both;
+    if (arrow.shape == ArrowShape::Straight) {
+        DevicePoint points[] = {from, to};
+        device.drawCappedPolylineUnTransformed(startHead ? wsiLineCapArrow : wsiLineCapRound,
+                                               endHead ? wsiLineCapArrow : wsiLineCapRound, head, 2,
+                                               points);
+        return;
+    }
+    device.drawCurveUnTransformed(from, to);
+    const bool across = from.x() == to.x();
+    const std::int32_t sign = (across ? to.y() >= from.y() : to.x() >= from.x()) ? 1 : -1;
+    const std::int32_t dx = across ? 0 : sign * head.x(), dy = across ? sign * head.x() : 0;
+    if (endHead) {
+        DevicePoint stub[] = {DevicePoint(to.x() - dx, to.y() - dy), to};
+        device.drawCappedPolylineUnTransformed(wsiLineCapRound, wsiLineCapArrow, head, 2, stub);
+    }
+    if (startHead) {
+        DevicePoint stub[] = {DevicePoint(from.x() + dx, from.y() + dy), from};
+        device.drawCappedPolylineUnTransformed(wsiLineCapRound, wsiLineCapArrow, head, 2, stub);
+    }
+}
+
 WsiFont& titleFont() {
     static WsiFont font = [] {
         WsiFont f("DejaVu Sans", 12);
@@ -129,8 +157,9 @@ bool DiagramPainter::layout(std::string& error) {
         }
         m_rows.push_back({i, group, y, v_rowHeight});
         y += v_rowHeight;
-        nameWidth =
-            std::max(nameWidth, measure(signal.name(), nameFont()) + (group.empty() ? 0 : 10));
+        if (signal.nameShown())
+            nameWidth =
+                std::max(nameWidth, measure(signal.name(), nameFont()) + (group.empty() ? 0 : 10));
     }
     if (m_rows.empty()) {
         error = "no signal matches the patterns given";
@@ -262,8 +291,11 @@ void DiagramPainter::paintRow(Device& device, const Row& row) {
     }
     const Signal& signal = m_diagram.signal(row.signal);
     setInk(device, wsiBlack);
-    drawLabel(device, signal.name(), SheetPoint(m_nameRight, middle), nameFont(), wsiAlignRight,
-              wsiAlignVCenter);
+    if (signal.nameShown())
+        drawLabel(device, signal.name(), SheetPoint(m_nameRight, middle), nameFont(), wsiAlignRight,
+                  wsiAlignVCenter);
+    if (signal.kind() == SignalKind::Spacer)
+        return;
     const double high = middle - v_swing / 2, low = middle + v_swing / 2;
     if (signal.kind() == SignalKind::Bus)
         paintBus(device, signal, high, low);
@@ -532,8 +564,7 @@ void DiagramPainter::paintDecorations(Device& device) {
                                       static_cast<std::int32_t>(std::lround(5 * m_unitsPerPixel)));
         setInk(device, wsiDarkRed);
         setPen(device, 1);
-        device.drawCappedPolylineUnTransformed(level ? wsiLineCapArrow : wsiLineCapRound,
-                                               wsiLineCapArrow, head, 2, points);
+        drawArrow(device, arrow, points[0], points[1], head);
         if (!arrow.label.empty()) {
             const SheetPoint at((from.x() + to.x()) / 2, (from.y() + to.y()) / 2 - 2);
             paintLabelBackground(device, arrow.label, at, smallFont(), true);

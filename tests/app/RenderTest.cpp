@@ -36,6 +36,8 @@ void sampleDiagram(Diagram& d) {
     ASSERT_TRUE(bus.appendChange(0, BigInt(0xA5)));
     ASSERT_TRUE(bus.appendChange(40, BitState::Unknown));
     ASSERT_TRUE(bus.appendChange(70, BitState::HighZ));
+    d.addSignal("gap", SignalKind::Spacer);
+    d.addArrow({{"gap", 20}, {"gap", 80}, "", ArrowShape::Curved, ArrowHeads::Both});
 }
 
 // Inked is any ink but white: the formats map the dark colours slightly differently.
@@ -92,6 +94,8 @@ const Sample v_samples[] = {
     {"bit z at mid level", "bit", 56, 0, Ink::Blue}, {"bit z, nothing high", "bit", 56, -9, Ink::White},
     {"bus value outline", "bus", 20, -9, Ink::Inked}, {"bus z at mid level", "bus", 85, 0, Ink::Blue},
     {"bus z, nothing high", "bus", 85, -9, Ink::White},
+    {"spacer, no waveform", "gap", 50, 0, Ink::White}, {"spacer, nothing low", "gap", 50, 9, Ink::White},
+    {"curved arrow over its row", "gap", 50, -12, Ink::Dark}, {"arrow head at its start", "gap", 21, -12, Ink::Dark},
 };
 // clang-format on
 

@@ -35,7 +35,7 @@ void generate(Diagram& d, unsigned seed) {
     const unsigned widths[] = {1, 3, 4, 5, 8, 63, 64, 65, 130};
     const int signals = 3 + pick(8);
     for (int i = 0; i < signals; ++i) {
-        const auto kind = static_cast<SignalKind>(pick(3));
+        const auto kind = static_cast<SignalKind>(pick(4));
         const unsigned width = widths[pick(9)];
         const std::string group = pick(2) ? std::string("G").append(std::to_string(pick(3))) : "";
         std::string name = "top.u";
@@ -44,6 +44,9 @@ void generate(Diagram& d, unsigned seed) {
             .append(std::to_string(width - 1))
             .append(":0]");
         Signal& s = d.addSignal(name, kind, width, group);
+        s.setNameShown(pick(4) != 0);
+        if (kind == SignalKind::Spacer)
+            continue;
         if (kind == SignalKind::Clock) {
             ASSERT_TRUE(s.setClock({2 + pick(50), 100.0 / (2 + pick(7)), pick(20) - 10,
                                     pick(2) ? BitState::High : BitState::Low}));
@@ -71,7 +74,9 @@ void generate(Diagram& d, unsigned seed) {
     }
     const std::string first = d.signal(0).name(), last = d.signal(d.signalCount() - 1).name();
     d.addArrow({{first, 10}, {last, 25}, "t_{SU} \"setup\""});
-    d.addArrow({{last, -3}, {last, 4}, ""});
+    d.addArrow({{last, -3}, {last, 4}, "", ArrowShape::Curved, ArrowHeads::Both});
+    d.addArrow({{first, 5}, {last, 5}, "", ArrowShape::Straight, ArrowHeads::Start});
+    d.addArrow({{first, 5}, {first, 9}, "hold", ArrowShape::Curved, ArrowHeads::None});
     d.addMarker({100, "T1"});
     d.addMarker({-7, ""});
     d.addAnnotation({50, first, "see (note)"});
@@ -134,7 +139,9 @@ TEST(TqdFile, BadFilesNameTheLineAndWhatWasExpected) {
         {"TimingDiagram( grid(maybe) )", "f.tqd:1: expected on or off in grid(...), found 'maybe'"},
         {"TimingDiagram( colour(red) )", "f.tqd:1: expected one of version, title, timeunit, span, grid in TimingDiagram, found 'colour'"},
         {head + "Signal( bit )", "f.tqd:4: expected name(\"...\") in Signal"},
-        {head + "Signal( name(\"c\") bit bus(width(2)) )", "f.tqd:4: expected exactly one of clock(...), bit or bus(...) in Signal 'c'"},
+        {head + "Signal( name(\"c\") bit bus(width(2)) )", "f.tqd:4: expected exactly one of clock(...), bit, bus(...) or spacer in Signal 'c'"},
+        {head + "Signal( name(\"c\") spacer bit )", "f.tqd:4: expected exactly one of clock(...), bit, bus(...) or spacer in Signal 'c'"},
+        {head + "Signal( name(\"c\") spacer )\nChanges( \"c\" 0 1 )", "f.tqd:5: spacer 'c' has no changes"},
         {head + "Signal( name(\"a\") bit )", "f.tqd:4: signal 'a' is defined twice"},
         {head + "Signal( name(\"c\") bus(width(0)) )", "f.tqd:4: expected a width from 1 to 1048576"},
         {head + "Signal( name(\"c\") bus(radix(hexa)) )", "f.tqd:4: expected bin, oct, dec, hex or sdec in radix(...), found 'hexa'"},
@@ -148,6 +155,8 @@ TEST(TqdFile, BadFilesNameTheLineAndWhatWasExpected) {
         {head + "Changes( \"b\" 0 1 )", "f.tqd:4: expected a bus value \"h...\" or \"b...\" in Changes, found '1'"},
         {head + "Arrow( from(\"a\", 1) to(\"zz\", 2) )", "f.tqd:4: unknown signal 'zz' (a Signal section must define it above)"},
         {head + "Arrow( from(\"a\", 1) )", "f.tqd:4: expected from(\"signal\", time) and to(\"signal\", time) in Arrow"},
+        {head + "Arrow( from(\"a\", 1) to(\"a\", 2) shape(wavy) )", "f.tqd:4: expected straight or curved in shape(...), found 'wavy'"},
+        {head + "Arrow( from(\"a\", 1) to(\"a\", 2) heads(2) )", "f.tqd:4: expected none, end, begin or both in heads(...), found '2'"},
         {head + "Marker( label(\"m\") )", "f.tqd:4: expected at(time) in Marker"},
         {head + "Marker( at(soon) )", "f.tqd:4: expected a time in at(...), found 'soon'"},
         {head + "Gap( at(1) signal(\"zz\") )", "f.tqd:4: unknown signal 'zz' (a Signal section must define it above)"},
@@ -180,7 +189,14 @@ TEST(TqdFile, TheDocumentedExampleReadsAndKeepsItsForeignSection) {
     Diagram d;
     std::string error;
     ASSERT_TRUE(TqdReader::readText(text, "example.tqd", d, error)) << error;
-    EXPECT_EQ(d.signalCount(), 5u);
+    EXPECT_EQ(d.signalCount(), 6u);
+    EXPECT_EQ(d.signal(5).kind(), SignalKind::Spacer);
+    EXPECT_FALSE(d.signal(5).nameShown());
+    ASSERT_EQ(d.arrows().size(), 2u);
+    EXPECT_EQ(
+        d.arrows()[1],
+        (Arrow{
+            {"spacer 1", 65}, {"spacer 1", 145}, "write", ArrowShape::Curved, ArrowHeads::Both}));
     EXPECT_EQ(d.signal(2).changeBinary(1), "0001101001000000");
     EXPECT_EQ(d.signal(3).changeBinary(2), "0101xx10");
     EXPECT_EQ(d.signal(4).changeState(0), BitState::WeakLow);

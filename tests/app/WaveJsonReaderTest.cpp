@@ -63,20 +63,57 @@ TEST(WaveJsonReader, TableOfDiagramsReadsAndDrawsWithTheseCounts) {
         {"spi_coo.js", 11, 2, 6, 0, 0, 0, 300, 4,
          {"d@15=1", "d@25=x", "q@15=1", "d (2)@199=xx", "d (2)@200=01", "a (2)@219=0",
           "a (2)@220=1", "IO0@35=111", "IO0@45=110", "IO0@105=000", "IO1@265=000", "IO1@275=xxx"}},
-        {"spi_data.js", 11, 0, 4, 0, 0, 0, 200, 4,
+        {"spi_data.js", 13, 0, 4, 0, 0, 0, 200, 3,
          {"cmdq@15=1", "reqd@80=1", "reqd@100=x", "reqa@85=0", "reqa@90=1", "IO0@115=111",
           "IO0@185=000", "IO0@195=xxx", "SCK@5=1", "SCK@32=0", "SCK@37=1", "SCK@42=0"}},
         {"axi4_beats.js", 7, 0, 18, 0, 0, 0, 150, 3,
          {"ACLK@3=1", "ACLK@7=0", "ARESETn@5=0", "ARESETn@15=1", "R@35=001", "R@45=010", "B@145=10"}},
         {"ws2813_general.js", 5, 0, 0, 0, 0, 0, 190, 2,
          {"Data@85=0", "Data@125=1", "Data@165=0", "start@55=1", "CLK@15=0"}},
-        {"features.json5", 7, 2, 4, 3, 4, -10, 390, 8,
+        {"features.json5", 8, 2, 4, 3, 4, -10, 390, 6,
          {"clk@5=1", "clk@15=0", "clk@125=1", "<b>data<sub>in</sub></b>@39=xxx",
           "<b>data<sub>in</sub></b>@50=001", "<b>data<sub>in</sub></b>@70=010",
           "<b>data<sub>in</sub></b>@110=xxx", "<b>data<sub>in</sub></b>@150=100",
           "req@50=1", "req@110=0", "req@150=1", "req@190=0", "count@0=011111", "count@45=100000",
           "ack@-10=1", "ack@260=1", "ack@280=0", "ack@320=1", "misc@5=z", "misc@25=h",
           "misc@45=l", "misc@65=0", "misc@85=1", "misc@145=x", "nine@0=1"}},
+        // The further public examples, with spacer rows, node-only rows and shaped edges.
+        {"wavedrom_signal_arcs.json5", 5, 0, 0, 9, 0, 0, 150, 1,
+         {"A@10=1", "A@100=0", "C@30=1", "E@50=1", "E@60=0"}},
+        {"wavedrom_signal_arcs1.json5", 6, 0, 1, 5, 6, 0, 140, 2,
+         {"Input@40=1", "Input@50=x", "Input@130=l", "Output@90=1", "Output@110=0",
+          "lane 2@0=(none)", "lane 6@0=(none)", "Reset@10=1"}},
+        {"wavedrom_signal_step4.json5", 5, 0, 4, 0, 4, 0, 100, 3,
+         {"Request@20=1", "Request@50=0", "Acknowledge@70=0", "Acknowledge@80=1",
+          "lane 4@0=(none)"}},
+        {"wavedrom_step1.js", 1, 0, 0, 0, 0, 0, 140, 1,
+         {"Alfa@0=000", "Alfa@10=111", "Alfa@30=zzz", "Alfa@40=xxx", "Alfa@50=001",
+          "Alfa@60=111", "Alfa@70=000", "Alfa@90=010", "Alfa@100=011", "Alfa@130=101"}},
+        {"wavedrom_step2.js", 10, 0, 0, 0, 0, 0, 80, 1,
+         {"pclk@0=1", "pclk@5=0", "nclk@5=1", "lane 5@0=(none)", "clk1@10=1", "clk1@20=0",
+          "clk4@30=1", "clk4@70=x"}},
+        {"wavedrom_step3.js", 3, 0, 3, 0, 0, 0, 70, 3,
+         {"bus@10=xx", "bus@20=01", "bus@30=10", "bus@50=11", "bus@60=xx", "wire@20=1",
+          "wire@50=0"}},
+        {"wavedrom_step5.js", 8, 4, 4, 0, 0, 0, 80, 3,
+         {"write@10=1", "write@30=0", "read@40=1", "read@70=0", "addr@10=01", "addr@40=10",
+          "lane 6@0=(none)", "ack@20=1", "ack@30=x", "rdata@60=1"}},
+        {"wavedrom_step6.js", 5, 0, 13, 0, 0, -5, 160, 3,
+         {"CMD@15=001", "ADDR@15=01", "DQS@80=0", "DQS@100=1", "DQ@100=001", "DQ@140=zzz"}},
+        {"wavedrom_step7.js", 3, 0, 3, 0, 0, 0, 60, 2,
+         {"Data@10=01", "Data@30=11", "Data@50=xx", "Request@10=1", "Request@50=0"}},
+        {"victor9000_ram.json", 16, 0, 0, 0, 0, -5, 188, 0,
+         {"CLK5@0=1", "CLK5@10=0", "PHASE2@5=1", "PHASE2@6=0", "A8-A19@30=10", "BD0-BD7@30=1",
+          "BD0-BD7@40=z", "lane 11@0=(none)"}},
+        {"ledcube_panel.json", 7, 0, 8, 2, 6, 0, 430, 4,
+         {"clk@12=0", "clk@15=1", "blank@0=1", "blank@10=0", "blank@90=1", "blank@120=0", "latch@100=1",
+          "latch@110=0", "data@10=0001", "data@60=xxxx", "lane 6@0=(none)"}},
+        {"tinytapeout_uart.json", 3, 0, 10, 0, 0, 0, 180, 1,
+         {"RESET@0=1", "RESET@25=0", "UART_TX@40=0000", "UART_TX@50=0001", "UART_TX@130=1111",
+          "UART_TX@160=1001"}},
+        {"uvm_spi_read.json", 5, 0, 12, 0, 0, 0, 150, 3,
+         {"ss@10=1", "ss@140=0", "mosi@10=1", "mosi@20=0", "miso@50=1", "bus@10=0001",
+          "bus@120=1100", "bus@130=xxxx"}},
     };
     // clang-format on
     const fs::path folder = fs::path(TQ_SOURCE_DIR) / "tests/app/data/wavejson";
@@ -131,12 +168,73 @@ TEST(WaveJsonReader, DecorationsGroupsAndMarkupOfTheFeaturesFile) {
     EXPECT_EQ(diagram.signal(diagram.findSignal("clk")).clock().period, 20);
     const std::string data = "<b>data<sub>in</sub></b>";
     ASSERT_EQ(diagram.arrows().size(), 3u);
-    EXPECT_EQ(diagram.arrows()[0], (Arrow{{"clk", 20}, {data, 40}, "setup"}));
+    EXPECT_EQ(diagram.arrows()[0],
+              (Arrow{{"clk", 20}, {data, 40}, "setup", ArrowShape::Curved, ArrowHeads::End}));
     EXPECT_EQ(diagram.arrows()[1], (Arrow{{"req", 40}, {"req", 100}, ""}));
-    EXPECT_EQ(diagram.arrows()[2], (Arrow{{data, 40}, {data, 80}, ""}));
+    EXPECT_EQ(diagram.arrows()[2],
+              (Arrow{{data, 40}, {data, 80}, "", ArrowShape::Straight, ArrowHeads::Both}));
+    const Signal& spacer = diagram.signal(4);
+    EXPECT_EQ(spacer.kind(), SignalKind::Spacer);
+    EXPECT_FALSE(spacer.nameShown());
+    EXPECT_TRUE(diagram.signal(0).nameShown());
     EXPECT_EQ(diagram.gaps()[0], (Gap{120, "clk"}));
     EXPECT_EQ(diagram.annotations()[0], (Annotation{40, data, "head"}));
     EXPECT_EQ(diagram.annotations()[3], (Annotation{140, data, "data"}));
+}
+
+TEST(WaveJsonReader, EdgeShapesAndNodesOnSpacerRowsOfThePublicExamples) {
+    const fs::path folder = fs::path(TQ_SOURCE_DIR) / "tests/app/data/wavejson";
+    Diagram arcs;
+    std::string error;
+    ASSERT_TRUE(readDiagramFile((folder / "wavedrom_signal_arcs1.json5").string(), arcs, error))
+        << error;
+    // The last row has only nodes: B and D, with the labelled two-headed arrow between them.
+    const std::string nodes = arcs.signal(5).name();
+    EXPECT_EQ(arcs.signal(5).kind(), SignalKind::Spacer);
+    ASSERT_EQ(arcs.arrows().size(), 5u);
+    EXPECT_EQ(arcs.arrows()[0],
+              (Arrow{{"Input", 40}, {nodes, 40}, "", ArrowShape::Straight, ArrowHeads::None}));
+    EXPECT_EQ(arcs.arrows()[2],
+              (Arrow{{"Input", 40}, {"Output", 90}, "", ArrowShape::Curved, ArrowHeads::End}));
+    EXPECT_EQ(arcs.arrows()[3],
+              (Arrow{{nodes, 40}, {nodes, 90}, "T > 45s", ArrowShape::Straight, ArrowHeads::Both}));
+
+    // Every curved shape of the other example, with and without a head.
+    Diagram shapes;
+    ASSERT_TRUE(readDiagramFile((folder / "wavedrom_signal_arcs.json5").string(), shapes, error))
+        << error;
+    const std::vector<std::pair<ArrowShape, ArrowHeads>> expected = {
+        {ArrowShape::Curved, ArrowHeads::None},  // a~b
+        {ArrowShape::Curved, ArrowHeads::None},  // c-~a
+        {ArrowShape::Curved, ArrowHeads::End},   // c-~>d
+        {ArrowShape::Curved, ArrowHeads::None},  // d~-e
+        {ArrowShape::Curved, ArrowHeads::End},   // e~>f
+        {ArrowShape::Straight, ArrowHeads::End}, // f->g
+        {ArrowShape::Curved, ArrowHeads::End},   // g-~>h
+        {ArrowShape::Curved, ArrowHeads::End},   // h~>i
+        {ArrowShape::Curved, ArrowHeads::End}};  // h~->j
+    ASSERT_EQ(shapes.arrows().size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(shapes.arrows()[i].shape, expected[i].first) << i;
+        EXPECT_EQ(shapes.arrows()[i].heads, expected[i].second) << i;
+    }
+    EXPECT_EQ(shapes.arrows()[8].label, "");
+    EXPECT_EQ(shapes.arrows()[7].label, "some text");
+
+    // Right-angled shapes are drawn as the nearest straight arrow, named in a warning.
+    Diagram angled;
+    WaveJsonReader reader("x");
+    ASSERT_TRUE(reader.readText("{signal: [{name: 'a', wave: '01', node: '.a'}, {node: 'b'}],"
+                                " edge: ['a-|>b', 'b|-a', 'a+b']}",
+                                "x", angled, error))
+        << error;
+    ASSERT_EQ(angled.arrows().size(), 3u);
+    EXPECT_EQ(angled.arrows()[0].heads, ArrowHeads::End);
+    EXPECT_EQ(angled.arrows()[1].heads, ArrowHeads::None);
+    EXPECT_EQ(angled.arrows()[2].shape, ArrowShape::Straight);
+    EXPECT_EQ(reader.warnings(),
+              (std::vector<std::string>{"edge shapes -| |- -|- and + are drawn as straight or "
+                                        "curved arrows"}));
 }
 
 TEST(WaveJsonReader, LooseSyntaxIsReadAndBadFilesGiveFileAndLine) {
@@ -159,6 +257,9 @@ TEST(WaveJsonReader, LooseSyntaxIsReadAndBadFilesGiveFileAndLine) {
         {"{signal: []} trailing", "x:1: expected the end of the file after the value, found 'trailing'"},
         {"{signal: [\n\n{name: 'a', wave: '0', period: -1}]}", "x:3: expected a period above 0"},
         {"{signal: [3]}", "x:1: expected a wave lane {...} or a group [...]"},
+        {"{signal: [,{name: 'A\\u00e9\\tb', wave: '01'},, ,]}", ""},
+        {"{signal: [['g',,{name: 'A\\u00e9\\tb', wave: '01'}]]}", ""},
+        {"{signal: [{name: 'a', wave: '0'},,],\n head: {text: 'h',,}}", "x:2: expected a key or '}', found ','"},
         {"{signal: [{name: 'a', wave: '0'}], edge: ['a->b'], x: wat}", "x:1: expected a value, found 'wat'"},
         {"{signal: ['\\x4g']}", "x:1: expected hexadecimal digits after '\\x', found '4g'"},
         {std::string(300, '['), "x:1: expected lists nested at most 200 deep, found '['"},

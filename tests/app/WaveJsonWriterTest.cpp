@@ -55,6 +55,7 @@ void expectSameSlots(const Diagram& original, const Diagram& again, Time slot,
         const Signal& b = again.signal(i);
         EXPECT_EQ(b.group(), a.group()) << where;
         EXPECT_EQ(b.kind(), a.kind()) << a.name() << " in " << where;
+        EXPECT_EQ(b.nameShown(), a.nameShown()) << a.name() << " in " << where;
         if (a.kind() == SignalKind::Bus && a.changeCount() > 0 && b.changeCount() > 0) {
             EXPECT_EQ(b.width(), a.width()) << a.name() << " in " << where;
         }
@@ -83,6 +84,8 @@ TEST(WaveJsonWriter, WaveJsonDiagramsComeBackSlotForSlot) {
     } cases[] = {
         {"asciiwave_test1.json", 5}, {"axi4_beats.js", 10}, {"ws2813_general.js", 10},
         {"spi_coo.js", 5}, {"spi_data.js", 5}, {"features.json5", 10}, {"asciiwave_step6.json", 1},
+        {"wavedrom_signal_arcs.json5", 10}, {"wavedrom_step2.js", 5},
+        {"wavedrom_step5.js", 5}, {"victor9000_ram.json", 1},
     };
     // clang-format on
     for (const auto& c : cases) {
@@ -99,7 +102,12 @@ TEST(WaveJsonWriter, WaveJsonDiagramsComeBackSlotForSlot) {
         EXPECT_EQ(again.groups(), diagram.groups()) << c.file;
         // Labels that were notes over bus slots are data labels again.
         EXPECT_EQ(again.annotations().size(), diagram.annotations().size()) << c.file << text;
-        EXPECT_EQ(again.arrows().size(), diagram.arrows().size()) << c.file << text;
+        ASSERT_EQ(again.arrows().size(), diagram.arrows().size()) << c.file << text;
+        for (std::size_t i = 0; i < diagram.arrows().size(); ++i) {
+            EXPECT_EQ(again.arrows()[i].shape, diagram.arrows()[i].shape) << c.file << i;
+            EXPECT_EQ(again.arrows()[i].heads, diagram.arrows()[i].heads) << c.file << i;
+            EXPECT_EQ(again.arrows()[i].label, diagram.arrows()[i].label) << c.file << i;
+        }
         EXPECT_EQ(again.gaps().size(), diagram.gaps().size()) << c.file << text;
         for (const std::string& w : warnings)
             ADD_FAILURE() << c.file << ": " << w;
@@ -125,6 +133,39 @@ TEST(WaveJsonWriter, FeaturesFileKeepsItsDecorationsInPlace) {
     EXPECT_EQ(again.signal(again.findSignal("count")).busFormat().radix, RadixHexadecimal);
     EXPECT_EQ(again.grid(), (Grid{true, 40}));
     EXPECT_NE(text.find("\"data\": [\"0x1F\", \"0x20\", \"0x21\", \"0x22\"]"), std::string::npos)
+        << text;
+}
+
+TEST(WaveJsonWriter, SpacersAndEveryArrowShapeComeBack) {
+    Diagram diagram;
+    Signal& a = diagram.addSignal("a", SignalKind::Bit);
+    (void)a.appendChange(0, BitState::Low);
+    (void)a.appendChange(20, BitState::High);
+    diagram.addSignal("lane 2", SignalKind::Spacer).setNameShown(false);
+    diagram.addSignal("gap", SignalKind::Spacer);
+    diagram.addSignal("lane 4", SignalKind::Spacer).setNameShown(false);
+    diagram.addArrow({{"a", 10}, {"gap", 30}, "t", ArrowShape::Curved, ArrowHeads::Start});
+    diagram.addArrow({{"a", 0}, {"a", 20}, "", ArrowShape::Straight, ArrowHeads::None});
+    diagram.addArrow({{"gap", 0}, {"a", 30}, "", ArrowShape::Curved, ArrowHeads::Both});
+    Diagram again;
+    std::vector<std::string> warnings;
+    std::string text;
+    roundTrip(diagram, again, warnings, text);
+    EXPECT_TRUE(warnings.empty()) << text;
+    // A head at the start only is written as the arrow the other way round.
+    ASSERT_EQ(again.arrows().size(), 3u) << text;
+    EXPECT_EQ(again.arrows()[0],
+              (Arrow{{"gap", 30}, {"a", 10}, "t", ArrowShape::Curved, ArrowHeads::End}));
+    EXPECT_EQ(again.arrows()[1], diagram.arrows()[1]);
+    EXPECT_EQ(again.arrows()[2], diagram.arrows()[2]);
+    ASSERT_EQ(again.signalCount(), 4u);
+    for (std::size_t i = 1; i < 4; ++i) {
+        EXPECT_EQ(again.signal(i).kind(), SignalKind::Spacer) << text;
+        EXPECT_EQ(again.signal(i).name(), diagram.signal(i).name()) << text;
+        EXPECT_EQ(again.signal(i).nameShown(), diagram.signal(i).nameShown()) << text;
+    }
+    EXPECT_NE(text.find("\n  {},\n  {\"name\": \"gap\", \"node\": \"e..b\"},\n  {}\n"),
+              std::string::npos)
         << text;
 }
 

@@ -1,0 +1,1 @@
+{ signal: [{ name: "Alfa", wave: "01.zx=ud.23.45" }] }
