@@ -181,28 +181,47 @@ Time DiagramPainter::tickStep() const {
 }
 
 void DiagramPainter::paint(Device& device, double unitsPerPixel) {
+    paintBand(device, unitsPerPixel, 0, m_height);
+}
+
+void DiagramPainter::paintBand(Device& device, double unitsPerPixel, double top, double bottom) {
+    top = std::max(top, 0.0);
+    bottom = std::min(bottom, static_cast<double>(m_height));
+    if (bottom <= top)
+        return;
     m_unitsPerPixel = unitsPerPixel;
     device.setPenWidth(std::max(1L, std::lround(unitsPerPixel)));
     device.setDisplayTransformation(
         TqMatrix(FloatPoint(unitsPerPixel, unitsPerPixel), FloatPoint(0, 0)));
+    const SheetRectangle band(SheetPoint(0, top), SheetPoint(m_width, bottom));
+    // The whole picture needs no clip (and a file would only carry it).
+    if (top > 0 || bottom < m_height)
+        device.setClipRect(band);
     device.setBackgroundColor(wsiWhite);
     device.setColor(wsiWhite);
-    device.fillRectangle(SheetRectangle(SheetPoint(0, 0), SheetPoint(m_width, m_height)));
+    device.fillRectangle(band);
     device.setPenStyle(wsiPenSolid);
     device.setBackgroundFillMode(wsiTransparent);
 
-    if (!m_diagram.title().empty()) {
+    auto reaches = [&](double from, double to) { return from < bottom && to > top; };
+    if (!m_diagram.title().empty() && reaches(m_titleTop, m_titleTop + v_titleHeight)) {
         setInk(device, wsiBlack);
         drawLabel(device, m_diagram.title(),
                   SheetPoint((m_scale.left() + m_scale.right()) / 2, m_titleTop + 4), titleFont(),
                   wsiAlignHCenter, wsiAlignTop);
     }
-    paintGrid(device);
-    paintAxis(device, m_axisTop + v_axisHeight);
-    for (const Row& row : m_rows) {
+    if (reaches(m_rowsTop, m_rowsBottom))
+        paintGrid(device);
+    if (reaches(m_axisTop, m_axisTop + v_axisHeight))
+        paintAxis(device, m_axisTop + v_axisHeight);
+    // Rows stay within their own height but for a pixel of antialiasing.
+    const double reach = 2;
+    auto row = std::partition_point(m_rows.begin(), m_rows.end(),
+                                    [&](const Row& r) { return r.top + r.height + reach <= top; });
+    for (; row != m_rows.end() && row->top - reach < bottom; ++row) {
         if (Device::checkBreakExecution())
             return;
-        paintRow(device, row);
+        paintRow(device, *row);
     }
     paintDecorations(device);
 }

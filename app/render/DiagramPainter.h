@@ -41,6 +41,10 @@ public:
     /// (its display transformation is set here). Stops early, leaving the picture partial,
     /// when Device::checkBreakExecution says the user asked to.
     void paint(Device& device, double unitsPerPixel);
+    /// Draws the band of the picture from top to bottom (layout pixels) as paint draws it
+    /// there, leaving the device clipped to the band: only the rows that reach into it are
+    /// drawn, so a viewer pays for what it shows, not for the whole diagram.
+    void paintBand(Device& device, double unitsPerPixel, double top, double bottom);
 
     // Layout constants, in layout pixels.
     static constexpr double v_margin = 12;
