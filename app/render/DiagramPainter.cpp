@@ -363,13 +363,8 @@ void DiagramPainter::paintBit(Device& device, const Signal& signal, double high,
     double previous = -1;
     for (const WaveformRun& run : m_runs) {
         if (run.kind == WaveformRun::Dense) {
-            flush();
-            setInk(device, signal.kind() == SignalKind::Clock ? wsiPaleBlue : wsiPaleGray);
-            device.fillRectangle(SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low)));
-            setInk(device, ink);
-            setPen(device, 1);
-            device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
-            device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
+            // The level line runs on under the block, which paintDense draws over it, so a
+            // busy row is one polyline and not one per block.
             previous = -1;
             continue;
         }
@@ -418,6 +413,33 @@ void DiagramPainter::paintBit(Device& device, const Signal& signal, double high,
         }
     }
     flush();
+    paintDense(device, ink, signal.kind() == SignalKind::Clock ? wsiPaleBlue : wsiPaleGray, high,
+               low);
+}
+
+// Each dense block is a pale box between the levels with an ink edge along each: drawn as an
+// ink box with the pale one inside it, all blocks of the row in one colour and then the other,
+// so that a busy row costs two fills a block and two changes of colour.
+void DiagramPainter::paintDense(Device& device, wsiColor ink, wsiColor fill, double high,
+                                double low) {
+    const double edge = 1;
+    bool any = false;
+    for (const WaveformRun& run : m_runs) {
+        if (run.kind != WaveformRun::Dense)
+            continue;
+        setInk(device, ink);
+        device.fillRectangle(
+            SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low + edge)));
+        any = true;
+    }
+    if (!any)
+        return;
+    setInk(device, fill);
+    for (const WaveformRun& run : m_runs) {
+        if (run.kind == WaveformRun::Dense)
+            device.fillRectangle(
+                SheetRectangle(SheetPoint(run.x0, high + edge), SheetPoint(run.x1, low)));
+    }
 }
 
 void DiagramPainter::paintBus(Device& device, const Signal& signal, double high, double low) {
@@ -425,15 +447,8 @@ void DiagramPainter::paintBus(Device& device, const Signal& signal, double high,
     const double middle = (high + low) / 2;
     const double slope = m_options.slopedEdges ? 3 : 0;
     for (const WaveformRun& run : m_runs) {
-        if (run.kind == WaveformRun::Dense) {
-            setInk(device, wsiPaleGray);
-            device.fillRectangle(SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low)));
-            setInk(device, wsiBlack);
-            setPen(device, 1);
-            device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
-            device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
+        if (run.kind == WaveformRun::Dense)
             continue;
-        }
         const double s = std::min(slope, (run.x1 - run.x0) / 2);
         const double left = run.edge ? s : 0;
         const bool reachesEnd = run.x1 >= m_scale.right() - 0.01;
@@ -458,6 +473,7 @@ void DiagramPainter::paintBus(Device& device, const Signal& signal, double high,
         if (!allUnknown)
             paintBusValue(device, signal, run.change, run.x0 + left, run.x1 - right, middle);
     }
+    paintDense(device, wsiBlack, wsiPaleGray, high, low);
 }
 
 void DiagramPainter::paintBusValue(Device& device, const Signal& signal, std::size_t change,

@@ -61,6 +61,7 @@ private:
     void paintRow(Device& device, const Row& row);
     void paintBit(Device& device, const Signal& signal, double high, double low);
     void paintBus(Device& device, const Signal& signal, double high, double low);
+    void paintDense(Device& device, wsiColor ink, wsiColor fill, double high, double low);
     void paintHatch(Device& device, double x0, double x1, double high, double low);
     void paintBusValue(Device& device, const Signal& signal, std::size_t change, double x0,
                        double x1, double middle);

@@ -53,9 +53,19 @@ private:
             key[k] = m_scale.columnStart(column + static_cast<double>(k));
             base[k] = from;
         }
+        // The search is bounded by galloping from the last batch's stride, so that the
+        // batch's keys share the few top levels of a short range.
+        const std::size_t count = m_signal.changeCount();
+        std::size_t step = std::max<std::size_t>(m_stride, 1);
+        std::size_t end = from + step;
+        while (end < count && m_signal.changeTime(end) < key[v_batch - 1]) {
+            step *= 2;
+            end = from + step;
+        }
+        end = std::min(end + 1, count);
         // A branch-free lower bound: each step is a conditional move, and the loads of the
         // batch do not wait for one another.
-        std::size_t n = m_signal.changeCount() - from;
+        std::size_t n = end - from;
         while (n > 1) {
             const std::size_t half = n / 2;
             for (std::size_t k = 0; k < v_batch; ++k)
@@ -64,12 +74,14 @@ private:
         }
         for (std::size_t k = 0; k < v_batch; ++k)
             m_index[k] = base[k] + (m_signal.changeTime(base[k]) < key[k] ? 1 : 0);
+        m_stride = m_index[v_batch - 1] - from;
     }
 
     const Signal& m_signal;
     const TimeScale& m_scale;
     double m_first = -std::numeric_limits<double>::infinity();
     std::size_t m_index[v_batch] = {};
+    std::size_t m_stride = 0;
 };
 
 // Levels held for less than this many pixels cannot be read as levels.
