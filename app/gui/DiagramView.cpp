@@ -258,6 +258,7 @@ void DiagramView::paintEvent(QPaintEvent* event) {
         // Scrolling, the cursor and uncovered parts of the window only copy the exposed part.
         painter.drawImage(exposed, m_picture, exposed.translated(0, top));
     } else {
+        painter.fillRect(exposed, Qt::white);
         painter.translate(0, -top);
         Device device(painter);
         ++m_renderCount;

@@ -1,7 +1,7 @@
 /// DiagramView: a diagram on the screen, painted by the renderer over the window of time the
 /// user scrolled and zoomed to, with a cursor line that reads every shown signal's value.
-/// A change of the diagram, the window of time or the width renders the picture again; other
-/// frames copy the exposed part of it.
+/// A change of the diagram, the window of time or the width starts the picture again, drawing
+/// only the rows in view; other frames copy the exposed part of it.
 #pragma once
 
 #include "model/Diagram.h"
@@ -107,10 +107,9 @@ private:
     RenderOptions m_options;
     std::unique_ptr<DiagramPainter> m_painter;
     std::string m_layoutError;
-    // The picture of the current layout: frames that only scroll vertically, move the cursor
-    // or uncover the window copy from it instead of rendering again.
-    // A frame after a zoom draws only the strips it shows; each strip is drawn once per
-    // picture.
+    // The picture of the current layout, drawn strip by strip as the strips come into view:
+    // frames that only scroll vertically, move the cursor or uncover the window copy from it,
+    // and a frame after a zoom draws only the strips it shows.
     QImage m_picture;
     bool m_pictureValid = false;
     std::vector<bool> m_stripDrawn;
