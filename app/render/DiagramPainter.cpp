@@ -294,25 +294,32 @@ void DiagramPainter::paintHatch(Device& device, double x0, double x1, double hig
     const double h = low - high;
     setInk(device, wsiGray);
     setPen(device, 1);
-    // The strokes that fit whole are one zigzag polyline: up one stroke, along the top edge to
-    // the next, down it, along the bottom edge; the edges are drawn over by the outline. A
-    // wide unknown slot so costs one call instead of one per stroke. The strokes cut by the
-    // slot's ends are drawn one by one.
+    // The strokes are one zigzag polyline: up one stroke, along the top edge to the next, down
+    // it, along the bottom edge; the edges are drawn over by the outline. A wide unknown slot
+    // so costs one call instead of one per stroke. On a painter the strokes cut by the slot's
+    // ends are in the zigzag too, cut by a clip to the slot; without one they are drawn one by
+    // one.
     std::vector<SheetPoint>& zigzag = m_points;
     zigzag.clear();
-    // A hatch is a texture, not a shape: drawn without antialiasing it looks as crisp and
-    // costs a fraction of the time on a painter.
     TqPainter* painter = device.painter();
-    const bool smooth = painter && painter->testRenderHint(QPainter::Antialiasing);
-    if (smooth)
+    if (painter) {
+        painter->save();
+        const TqMatrix& m = device.displayTransformation(false);
+        const DevicePoint topLeft(SheetPoint(x0, high), m), bottomRight(SheetPoint(x1, low), m);
+        painter->setClipRect(
+            QRect(QPoint(topLeft.x(), topLeft.y()), QPoint(bottomRight.x(), bottomRight.y())),
+            Qt::IntersectClip);
+        // A hatch is a texture, not a shape: drawn without antialiasing it looks as crisp and
+        // costs a fraction of the time.
         painter->setRenderHint(QPainter::Antialiasing, false);
+    }
     auto flush = [&] {
         if (zigzag.size() > 1)
             device.drawPolyline(static_cast<int>(zigzag.size()), zigzag.data());
         zigzag.clear();
     };
     for (double a = x0 - h; a < x1; a += 4) {
-        if (a >= x0 && a + h <= x1) {
+        if (painter || (a >= x0 && a + h <= x1)) {
             const bool up = (zigzag.size() / 2) % 2 == 0;
             zigzag.emplace_back(up ? a : a + h, up ? low : high);
             zigzag.emplace_back(up ? a + h : a, up ? high : low);
@@ -325,8 +332,8 @@ void DiagramPainter::paintHatch(Device& device, double x0, double x1, double hig
             device.drawLine(SheetPoint(start, low - (start - a)), SheetPoint(end, low - (end - a)));
     }
     flush();
-    if (smooth)
-        painter->setRenderHint(QPainter::Antialiasing, true);
+    if (painter)
+        painter->restore();
 }
 
 void DiagramPainter::paintBit(Device& device, const Signal& signal, double high, double low) {
