@@ -296,30 +296,33 @@ void DiagramPainter::paintHatch(Device& device, double x0, double x1, double hig
     setPen(device, 1);
     // The strokes are one zigzag polyline: up one stroke, along the top edge to the next, down
     // it, along the bottom edge; the edges are drawn over by the outline. A wide unknown slot
-    // so costs one call instead of one per stroke. On a painter the strokes cut by the slot's
-    // ends are in the zigzag too, cut by a clip to the slot; without one they are drawn one by
-    // one.
+    // so costs one call instead of one per stroke. On a painter the strokes cut by the ends of
+    // a slot wider than it is high are in the zigzag too, cut by a clip to the slot (which
+    // costs more than the few strokes of a narrower one); otherwise they are drawn one by one.
     std::vector<SheetPoint>& zigzag = m_points;
     zigzag.clear();
-    TqPainter* painter = device.painter();
-    if (painter) {
-        painter->save();
+    TqPainter* clipping = x1 - x0 > h ? device.painter() : nullptr;
+    if (clipping) {
+        clipping->save();
         const TqMatrix& m = device.displayTransformation(false);
         const DevicePoint topLeft(SheetPoint(x0, high), m), bottomRight(SheetPoint(x1, low), m);
-        painter->setClipRect(
+        clipping->setClipRect(
             QRect(QPoint(topLeft.x(), topLeft.y()), QPoint(bottomRight.x(), bottomRight.y())),
             Qt::IntersectClip);
-        // A hatch is a texture, not a shape: drawn without antialiasing it looks as crisp and
-        // costs a fraction of the time.
-        painter->setRenderHint(QPainter::Antialiasing, false);
     }
+    // A hatch is a texture, not a shape: drawn without antialiasing it looks as crisp and
+    // costs a fraction of the time on a painter.
+    TqPainter* target = device.painter();
+    const bool smooth = target && target->testRenderHint(QPainter::Antialiasing);
+    if (smooth)
+        target->setRenderHint(QPainter::Antialiasing, false);
     auto flush = [&] {
         if (zigzag.size() > 1)
             device.drawPolyline(static_cast<int>(zigzag.size()), zigzag.data());
         zigzag.clear();
     };
     for (double a = x0 - h; a < x1; a += 4) {
-        if (painter || (a >= x0 && a + h <= x1)) {
+        if (clipping || (a >= x0 && a + h <= x1)) {
             const bool up = (zigzag.size() / 2) % 2 == 0;
             zigzag.emplace_back(up ? a : a + h, up ? low : high);
             zigzag.emplace_back(up ? a + h : a, up ? high : low);
@@ -332,8 +335,10 @@ void DiagramPainter::paintHatch(Device& device, double x0, double x1, double hig
             device.drawLine(SheetPoint(start, low - (start - a)), SheetPoint(end, low - (end - a)));
     }
     flush();
-    if (painter)
-        painter->restore();
+    if (smooth)
+        target->setRenderHint(QPainter::Antialiasing, true);
+    if (clipping)
+        clipping->restore();
 }
 
 void DiagramPainter::paintBit(Device& device, const Signal& signal, double high, double low) {
