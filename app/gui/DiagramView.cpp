@@ -254,34 +254,58 @@ void DiagramView::paintEvent(QPaintEvent* event) {
         return;
     }
     const int top = verticalScrollBar()->value();
-    if (ensurePicture()) {
+    const QRect exposed = event->rect();
+    if (ensurePicture(exposed.top() + top, exposed.bottom() + 1 + top)) {
         // Scrolling, the cursor and uncovered parts of the window only copy the exposed part.
-        const QRect exposed = event->rect();
         painter.drawImage(exposed, m_picture, exposed.translated(0, top));
     } else {
-        painter.fillRect(event->rect(), Qt::white);
+        painter.fillRect(exposed, Qt::white);
         painter.translate(0, -top);
         Device device(painter);
         ++m_renderCount;
-        m_painter->paint(device, 1);
+        m_painter->paintBand(device, 1, exposed.top() + top, exposed.bottom() + 1 + top);
         painter.resetTransform();
+        painter.setClipRect(exposed);
     }
     painter.translate(0, -top);
     paintCursor(painter);
 }
 
-bool DiagramView::ensurePicture() {
+bool DiagramView::ensurePicture(int top, int bottom) {
     if (m_painter->height() > v_maxPictureHeight)
         return false;
-    if (m_pictureValid)
-        return true;
-    ++m_renderCount;
-    m_picture = QImage(m_painter->width(), m_painter->height(), QImage::Format_RGB32);
-    TqPainter painter(&m_picture);
-    Device device(painter);
-    m_painter->paint(device, 1);
-    painter.end();
-    m_pictureValid = true;
+    if (!m_pictureValid) {
+        ++m_renderCount;
+        // The picture's memory is kept from one window of time to the next: allocating and
+        // clearing a screenful of rows would cost more than drawing them.
+        if (m_picture.width() != m_painter->width() || m_picture.height() != m_painter->height())
+            m_picture = QImage(m_painter->width(), m_painter->height(), QImage::Format_RGB32);
+        m_stripDrawn.assign(static_cast<std::size_t>(m_painter->height()) / v_stripHeight + 1,
+                            false);
+        m_pictureValid = true;
+    }
+    const std::size_t first = static_cast<std::size_t>(std::max(top, 0)) / v_stripHeight;
+    const std::size_t last = std::min(
+        static_cast<std::size_t>(std::max(bottom - 1, 0)) / v_stripHeight, m_stripDrawn.size() - 1);
+    std::optional<TqPainter> painter;
+    std::optional<Device> device;
+    for (std::size_t strip = first; strip <= last; ++strip) {
+        if (m_stripDrawn[strip])
+            continue;
+        // Undrawn strips next to each other are drawn as one band.
+        std::size_t end = strip;
+        while (end + 1 <= last && !m_stripDrawn[end + 1])
+            ++end;
+        if (!painter) {
+            painter.emplace(&m_picture);
+            device.emplace(*painter);
+        }
+        m_painter->paintBand(*device, 1, static_cast<double>(strip * v_stripHeight),
+                             static_cast<double>((end + 1) * v_stripHeight));
+        std::fill(m_stripDrawn.begin() + static_cast<std::ptrdiff_t>(strip),
+                  m_stripDrawn.begin() + static_cast<std::ptrdiff_t>(end) + 1, true);
+        strip = end;
+    }
     return true;
 }
 

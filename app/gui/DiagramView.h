@@ -1,7 +1,7 @@
 /// DiagramView: a diagram on the screen, painted by the renderer over the window of time the
 /// user scrolled and zoomed to, with a cursor line that reads every shown signal's value.
-/// A change of the diagram, the window of time or the width renders the picture again; other
-/// frames copy the exposed part of it.
+/// A change of the diagram, the window of time or the width starts the picture again, drawing
+/// only the rows in view; other frames copy the exposed part of it.
 #pragma once
 
 #include "model/Diagram.h"
@@ -74,7 +74,9 @@ public:
     const std::string& layoutError() const { return m_layoutError; }
     /// Paints so far, for tests that wait for the repaint a change causes.
     int paintCount() const { return m_paintCount; }
-    /// How often the renderer has drawn the picture so far.
+    /// How often the renderer has started the picture over so far (after a change of the
+    /// diagram, the window of time or the width); rows scrolled into view later are added to
+    /// the same picture.
     int renderCount() const { return m_renderCount; }
 
 protected:
@@ -93,9 +95,10 @@ private:
     bool ensureLayout();
     void invalidate();
     void updateScrollBars();
-    /// Renders the whole picture (every row at the view's width) for later frames to copy
-    /// from; false when it would be too tall to keep, and frames are then painted directly.
-    bool ensurePicture();
+    /// Renders the rows of the picture between top and bottom (picture pixels) that are not
+    /// drawn yet, for this and later frames to copy from; false when the picture would be too
+    /// tall to keep, and frames are then painted directly.
+    bool ensurePicture(int top, int bottom);
     void paintCursor(QPainter& painter);
     void notifyStatus();
 
@@ -104,10 +107,13 @@ private:
     RenderOptions m_options;
     std::unique_ptr<DiagramPainter> m_painter;
     std::string m_layoutError;
-    // The picture of the current layout: frames that only scroll vertically, move the cursor
-    // or uncover the window copy from it instead of rendering again.
+    // The picture of the current layout, drawn strip by strip as the strips come into view:
+    // frames that only scroll vertically, move the cursor or uncover the window copy from it,
+    // and a frame after a zoom draws only the strips it shows.
     QImage m_picture;
     bool m_pictureValid = false;
+    std::vector<bool> m_stripDrawn;
+    static constexpr int v_stripHeight = 32;
     static constexpr int v_maxPictureHeight = 32768;
     bool m_layoutValid = false;
     Time m_from = 0;

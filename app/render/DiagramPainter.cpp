@@ -210,28 +210,47 @@ Time DiagramPainter::tickStep() const {
 }
 
 void DiagramPainter::paint(Device& device, double unitsPerPixel) {
+    paintBand(device, unitsPerPixel, 0, m_height);
+}
+
+void DiagramPainter::paintBand(Device& device, double unitsPerPixel, double top, double bottom) {
+    top = std::max(top, 0.0);
+    bottom = std::min(bottom, static_cast<double>(m_height));
+    if (bottom <= top)
+        return;
     m_unitsPerPixel = unitsPerPixel;
     device.setPenWidth(std::max(1L, std::lround(unitsPerPixel)));
     device.setDisplayTransformation(
         TqMatrix(FloatPoint(unitsPerPixel, unitsPerPixel), FloatPoint(0, 0)));
+    const SheetRectangle band(SheetPoint(0, top), SheetPoint(m_width, bottom));
+    // The whole picture needs no clip (and a file would only carry it).
+    if (top > 0 || bottom < m_height)
+        device.setClipRect(band);
     device.setBackgroundColor(wsiWhite);
     device.setColor(wsiWhite);
-    device.fillRectangle(SheetRectangle(SheetPoint(0, 0), SheetPoint(m_width, m_height)));
+    device.fillRectangle(band);
     device.setPenStyle(wsiPenSolid);
     device.setBackgroundFillMode(wsiTransparent);
 
-    if (!m_diagram.title().empty()) {
+    auto reaches = [&](double from, double to) { return from < bottom && to > top; };
+    if (!m_diagram.title().empty() && reaches(m_titleTop, m_titleTop + v_titleHeight)) {
         setInk(device, wsiBlack);
         drawLabel(device, m_diagram.title(),
                   SheetPoint((m_scale.left() + m_scale.right()) / 2, m_titleTop + 4), titleFont(),
                   wsiAlignHCenter, wsiAlignTop);
     }
-    paintGrid(device);
-    paintAxis(device, m_axisTop + v_axisHeight);
-    for (const Row& row : m_rows) {
+    if (reaches(m_rowsTop, m_rowsBottom))
+        paintGrid(device);
+    if (reaches(m_axisTop, m_axisTop + v_axisHeight))
+        paintAxis(device, m_axisTop + v_axisHeight);
+    // Rows stay within their own height but for a pixel of antialiasing.
+    const double reach = 2;
+    auto row = std::partition_point(m_rows.begin(), m_rows.end(),
+                                    [&](const Row& r) { return r.top + r.height + reach <= top; });
+    for (; row != m_rows.end() && row->top - reach < bottom; ++row) {
         if (Device::checkBreakExecution())
             return;
-        paintRow(device, row);
+        paintRow(device, *row);
     }
     paintDecorations(device);
 }
@@ -307,25 +326,35 @@ void DiagramPainter::paintHatch(Device& device, double x0, double x1, double hig
     const double h = low - high;
     setInk(device, wsiGray);
     setPen(device, 1);
-    // The strokes that fit whole are one zigzag polyline: up one stroke, along the top edge to
-    // the next, down it, along the bottom edge; the edges are drawn over by the outline. A
-    // wide unknown slot so costs one call instead of one per stroke. The strokes cut by the
-    // slot's ends are drawn one by one.
+    // The strokes are one zigzag polyline: up one stroke, along the top edge to the next, down
+    // it, along the bottom edge; the edges are drawn over by the outline. A wide unknown slot
+    // so costs one call instead of one per stroke. On a painter the strokes cut by the ends of
+    // a slot wider than it is high are in the zigzag too, cut by a clip to the slot (which
+    // costs more than the few strokes of a narrower one); otherwise they are drawn one by one.
     std::vector<SheetPoint>& zigzag = m_points;
     zigzag.clear();
+    TqPainter* clipping = x1 - x0 > h ? device.painter() : nullptr;
+    if (clipping) {
+        clipping->save();
+        const TqMatrix& m = device.displayTransformation(false);
+        const DevicePoint topLeft(SheetPoint(x0, high), m), bottomRight(SheetPoint(x1, low), m);
+        clipping->setClipRect(
+            QRect(QPoint(topLeft.x(), topLeft.y()), QPoint(bottomRight.x(), bottomRight.y())),
+            Qt::IntersectClip);
+    }
     // A hatch is a texture, not a shape: drawn without antialiasing it looks as crisp and
     // costs a fraction of the time on a painter.
-    TqPainter* painter = device.painter();
-    const bool smooth = painter && painter->testRenderHint(QPainter::Antialiasing);
+    TqPainter* target = device.painter();
+    const bool smooth = target && target->testRenderHint(QPainter::Antialiasing);
     if (smooth)
-        painter->setRenderHint(QPainter::Antialiasing, false);
+        target->setRenderHint(QPainter::Antialiasing, false);
     auto flush = [&] {
         if (zigzag.size() > 1)
             device.drawPolyline(static_cast<int>(zigzag.size()), zigzag.data());
         zigzag.clear();
     };
     for (double a = x0 - h; a < x1; a += 4) {
-        if (a >= x0 && a + h <= x1) {
+        if (clipping || (a >= x0 && a + h <= x1)) {
             const bool up = (zigzag.size() / 2) % 2 == 0;
             zigzag.emplace_back(up ? a : a + h, up ? low : high);
             zigzag.emplace_back(up ? a + h : a, up ? high : low);
@@ -339,7 +368,9 @@ void DiagramPainter::paintHatch(Device& device, double x0, double x1, double hig
     }
     flush();
     if (smooth)
-        painter->setRenderHint(QPainter::Antialiasing, true);
+        target->setRenderHint(QPainter::Antialiasing, true);
+    if (clipping)
+        clipping->restore();
 }
 
 void DiagramPainter::paintBit(Device& device, const Signal& signal, double high, double low) {
@@ -376,13 +407,8 @@ void DiagramPainter::paintBit(Device& device, const Signal& signal, double high,
     double previous = -1;
     for (const WaveformRun& run : m_runs) {
         if (run.kind == WaveformRun::Dense) {
-            flush();
-            setInk(device, signal.kind() == SignalKind::Clock ? wsiPaleBlue : wsiPaleGray);
-            device.fillRectangle(SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low)));
-            setInk(device, ink);
-            setPen(device, 1);
-            device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
-            device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
+            // The level line runs on under the block, which paintDense draws over it, so a
+            // busy row is one polyline and not one per block.
             previous = -1;
             continue;
         }
@@ -431,6 +457,33 @@ void DiagramPainter::paintBit(Device& device, const Signal& signal, double high,
         }
     }
     flush();
+    paintDense(device, ink, signal.kind() == SignalKind::Clock ? wsiPaleBlue : wsiPaleGray, high,
+               low);
+}
+
+// Each dense block is a pale box between the levels with an ink edge along each: drawn as an
+// ink box with the pale one inside it, all blocks of the row in one colour and then the other,
+// so that a busy row costs two fills a block and two changes of colour.
+void DiagramPainter::paintDense(Device& device, wsiColor ink, wsiColor fill, double high,
+                                double low) {
+    const double edge = 1;
+    bool any = false;
+    for (const WaveformRun& run : m_runs) {
+        if (run.kind != WaveformRun::Dense)
+            continue;
+        setInk(device, ink);
+        device.fillRectangle(
+            SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low + edge)));
+        any = true;
+    }
+    if (!any)
+        return;
+    setInk(device, fill);
+    for (const WaveformRun& run : m_runs) {
+        if (run.kind == WaveformRun::Dense)
+            device.fillRectangle(
+                SheetRectangle(SheetPoint(run.x0, high + edge), SheetPoint(run.x1, low)));
+    }
 }
 
 void DiagramPainter::paintBus(Device& device, const Signal& signal, double high, double low) {
@@ -438,15 +491,8 @@ void DiagramPainter::paintBus(Device& device, const Signal& signal, double high,
     const double middle = (high + low) / 2;
     const double slope = m_options.slopedEdges ? 3 : 0;
     for (const WaveformRun& run : m_runs) {
-        if (run.kind == WaveformRun::Dense) {
-            setInk(device, wsiPaleGray);
-            device.fillRectangle(SheetRectangle(SheetPoint(run.x0, high), SheetPoint(run.x1, low)));
-            setInk(device, wsiBlack);
-            setPen(device, 1);
-            device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
-            device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
+        if (run.kind == WaveformRun::Dense)
             continue;
-        }
         const double s = std::min(slope, (run.x1 - run.x0) / 2);
         const double left = run.edge ? s : 0;
         const bool reachesEnd = run.x1 >= m_scale.right() - 0.01;
@@ -471,6 +517,7 @@ void DiagramPainter::paintBus(Device& device, const Signal& signal, double high,
         if (!allUnknown)
             paintBusValue(device, signal, run.change, run.x0 + left, run.x1 - right, middle);
     }
+    paintDense(device, wsiBlack, wsiPaleGray, high, low);
 }
 
 void DiagramPainter::paintBusValue(Device& device, const Signal& signal, std::size_t change,

@@ -41,6 +41,10 @@ public:
     /// (its display transformation is set here). Stops early, leaving the picture partial,
     /// when Device::checkBreakExecution says the user asked to.
     void paint(Device& device, double unitsPerPixel);
+    /// Draws the band of the picture from top to bottom (layout pixels) as paint draws it
+    /// there, leaving the device clipped to the band: only the rows that reach into it are
+    /// drawn, so a viewer pays for what it shows, not for the whole diagram.
+    void paintBand(Device& device, double unitsPerPixel, double top, double bottom);
 
     // Layout constants, in layout pixels.
     static constexpr double v_margin = 12;
@@ -57,6 +61,7 @@ private:
     void paintRow(Device& device, const Row& row);
     void paintBit(Device& device, const Signal& signal, double high, double low);
     void paintBus(Device& device, const Signal& signal, double high, double low);
+    void paintDense(Device& device, wsiColor ink, wsiColor fill, double high, double low);
     void paintHatch(Device& device, double x0, double x1, double high, double low);
     void paintBusValue(Device& device, const Signal& signal, std::size_t change, double x0,
                        double x1, double middle);

@@ -1,7 +1,8 @@
 /// WaveformRuns: a signal's changes within a window of time reduced to what can be seen at
 /// the output's width: steady runs between visible changes, and dense blocks where several
-/// changes fall in one pixel column. The work is proportional to the number of pixel
-/// columns (times a binary search), not to the number of changes.
+/// changes fall in one pixel column or levels are too narrow to read. The work is
+/// proportional to the number of pixel columns (times a binary search), not to the number of
+/// changes.
 #pragma once
 
 #include "model/Signal.h"

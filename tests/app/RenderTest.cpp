@@ -6,6 +6,9 @@
 #include "render/DiagramPainter.h"
 #include "render/WaveformRuns.h"
 
+#include "graphics/device/Device.h"
+#include "graphics/device/TqPainter.h"
+
 #include <QImage>
 #include <QPainter>
 #include <QSvgRenderer>
@@ -274,6 +277,100 @@ TEST(WaveformRuns, AMillionChangesCostTheOutputsWidth) {
     const double middle = painter.rowMiddle("fast");
     EXPECT_GT(inkIn(image, 300, middle - 6, 1900, middle + 6), 1600 * 10)
         << "a dense block fills the row";
+}
+
+TEST(WaveformRuns, BusyStretchesBecomeOneBlockButALoneGlitchStays) {
+    // clang-format off
+    const struct { const char* what; std::vector<Time> times; const char* expected; } cases[] = {
+        {"a lone glitch", {0, 40, 44, 120}, "S0-10 /S10-11 /S11-30 /S30-100"},
+        {"two narrow levels", {0, 40, 44, 49, 120}, "S0-10 D10-12.25 S12.25-30 /S30-100"},
+        {"dense, narrow, dense", {0, 40, 41, 45, 48, 49, 120}, "S0-10 D10-13 S13-30 /S30-100"},
+        {"wide level between blocks", {0, 40, 41, 60, 61, 120}, "S0-10 D10-11 S11-15 D15-16 S16-30 /S30-100"},
+        // More columns than are searched at once.
+        {"a long burst", {0, 100, 101, 102, 103, 104, 105, 106, 107, 108, 109, 110, 111, 112, 113,
+                          114, 115, 116, 117, 118, 119, 120, 121, 122, 123, 124, 125, 126, 127,
+                          128, 129, 130, 131, 132, 133, 134, 135, 136, 137, 138, 139, 140, 141,
+                          142, 143, 144, 145, 146, 147, 148, 149, 150, 151, 152, 153, 154, 155,
+                          156, 157, 158, 159, 160, 161, 162, 163, 164, 165, 166, 167, 300},
+         "S0-25 D25-42 S42-75 /S75-100"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Signal s("s", SignalKind::Bit);
+        for (std::size_t i = 0; i < c.times.size(); ++i)
+            ASSERT_TRUE(s.appendChange(c.times[i], i % 2 ? BitState::High : BitState::Low));
+        // 4 time units a pixel; "/" marks a level that starts with an edge.
+        std::vector<WaveformRun> runs;
+        collectRuns(s, TimeScale(0, 400, 0, 100), runs);
+        std::ostringstream shown;
+        for (const WaveformRun& r : runs)
+            shown << (shown.tellp() > 0 ? " " : "") << (r.edge ? "/" : "")
+                  << (r.kind == WaveformRun::Dense ? "D" : "S") << r.x0 << "-" << r.x1;
+        EXPECT_EQ(shown.str(), c.expected) << c.what;
+    }
+}
+
+// Text blended through a clip may round its antialiasing a grey level differently.
+bool samePixel(QRgb a, QRgb b) {
+    return std::abs(qRed(a) - qRed(b)) <= 2 && std::abs(qGreen(a) - qGreen(b)) <= 2 &&
+           std::abs(qBlue(a) - qBlue(b)) <= 2;
+}
+
+// A picture painted in bands shows in each band what the whole picture shows there, and
+// leaves everything outside the band alone.
+TEST(DiagramPainterBand, ABandShowsTheSamePixelsAsTheWholePicture) {
+    Diagram d;
+    sampleDiagram(d);
+    Signal& fast = d.addSignal("fast", SignalKind::Bit, 1, "Busy");
+    for (Time t = 0; t < 100; ++t)
+        ASSERT_TRUE(fast.appendChange(t, t % 3 ? BitState::High : BitState::Low));
+    d.addSignal("idle", SignalKind::Bit, 1, "Busy");
+    d.setGrid({.visible = true, .spacing = 10});
+    d.addMarker({.time = 50, .label = "half"});
+    d.addArrow({.from = {"bit", 16}, .to = {"fast", 40}, .label = "cause"});
+    d.addAnnotation({.time = 30, .signal = "fast", .text = "busy"});
+    d.addGap({.time = 70, .signal = ""});
+    // clang-format off
+    const struct { Time from, to; double top, bottom; } cases[] = {
+        {0, 100, 0, 40},     {0, 100, 100, 131},  {0, 100, 143, 250},
+        {20, 40, 61, 190},   {45, 55, 180, 400},  {0, 100, 0, 400},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        RenderOptions options;
+        options.width = 600;
+        options.from = c.from;
+        options.to = c.to;
+        DiagramPainter painter(d, options);
+        std::string error;
+        ASSERT_TRUE(painter.layout(error)) << error;
+        auto paint = [&](bool band) {
+            QImage image(painter.width(), painter.height(), QImage::Format_RGB32);
+            image.fill(Qt::magenta);
+            TqPainter qpainter(&image);
+            qpainter.setRenderHint(QPainter::Antialiasing);
+            Device device(qpainter);
+            if (band)
+                painter.paintBand(device, 1, c.top, c.bottom);
+            else
+                painter.paint(device, 1);
+            qpainter.end();
+            return image;
+        };
+        const QImage whole = paint(false), part = paint(true);
+        const int bottom = std::min(static_cast<int>(c.bottom), painter.height());
+        int differing = 0, outside = 0;
+        for (int y = 0; y < painter.height(); ++y) {
+            for (int x = 0; x < painter.width(); ++x) {
+                if (y >= c.top && y < bottom)
+                    differing += !samePixel(part.pixel(x, y), whole.pixel(x, y));
+                else
+                    outside += part.pixel(x, y) != QColor(Qt::magenta).rgb();
+            }
+        }
+        EXPECT_EQ(differing, 0) << c.from << ".." << c.to << " band " << c.top << ".." << c.bottom;
+        EXPECT_EQ(outside, 0) << c.from << ".." << c.to << " band " << c.top << ".." << c.bottom;
+    }
 }
 
 TEST(DiagramLayout, GroupsGetHeadingsAndUngroupedSignalsAfterAGroupARule) {

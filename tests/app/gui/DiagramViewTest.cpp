@@ -4,7 +4,11 @@
 
 #include "hdl/BigInt.h"
 
+#include "graphics/device/Device.h"
+#include "graphics/device/TqPainter.h"
+
 #include <QApplication>
+#include <QImage>
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QTest>
@@ -168,6 +172,39 @@ TEST_F(DiagramViewTest, DiagramChangeRepaintsAndPatternsChooseTheSignals) {
     EXPECT_TRUE(view->cursorValues().empty());
     EXPECT_FALSE(view->layoutError().empty());
     QApplication::processEvents(); // paints the message instead of the picture
+}
+
+// Frames after a zoom draw only the rows in view; rows scrolled into view later are drawn
+// then. Every frame shows what the whole picture shows at that place.
+TEST_F(DiagramViewTest, FramesShowTheWholePicturesPixelsWhereverTheyAreScrolled) {
+    for (int s = 0; s < 60; ++s) {
+        Signal& extra = diagram.addSignal("extra" + std::to_string(s), SignalKind::Bit);
+        for (Time t = s % 7; t < 100; t += 3 + s % 5)
+            ASSERT_TRUE(extra.appendChange(t, t % 2 ? BitState::High : BitState::Low));
+    }
+    view->zoom(2);
+    const int steps[] = {0, 40, 700, 350, 10000};
+    for (int value : steps) {
+        view->verticalScrollBar()->setValue(value);
+        const int top = view->verticalScrollBar()->value();
+        const QImage frame =
+            view->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+        const RenderOptions options = view->renderOptions();
+        DiagramPainter painter(diagram, options);
+        std::string error;
+        ASSERT_TRUE(painter.layout(error)) << error;
+        QImage whole(painter.width(), painter.height(), QImage::Format_RGB32);
+        TqPainter qpainter(&whole);
+        Device device(qpainter);
+        painter.paint(device, 1);
+        qpainter.end();
+        int differing = 0;
+        const int rows = std::min(frame.height(), whole.height() - top);
+        for (int y = 0; y < rows; ++y)
+            for (int x = 0; x < frame.width(); ++x)
+                differing += frame.pixel(x, y) != whole.pixel(x, y + top);
+        EXPECT_EQ(differing, 0) << "scrolled to " << top;
+    }
 }
 
 } // namespace
