@@ -277,7 +277,9 @@ private:
             warn("variables declared twice under one name were kept once");
             return true;
         }
-        const bool bus = kind == VarKind::Logic && width > 1;
+        // Real and string variables are buses whose changes show their values as text.
+        const bool bus =
+            (kind == VarKind::Logic && width > 1) || kind == VarKind::Real || kind == VarKind::Text;
         Signal& signal = m_diagram.addSignal(name, bus ? SignalKind::Bus : SignalKind::Bit,
                                              bus ? width : 1, group);
         if (type == "integer")
@@ -473,22 +475,13 @@ private:
         return signal.appendBinary(m_now, folded) || fail("cannot keep the change");
     }
 
-    // A real or string value. The diagram has no text waveform: the variable's row is a
-    // neutral mid-level line from its first value on, and each value is a note on the row.
+    // A real or string value, shown as it is written as the text of a bus slot.
     bool text(const Target& target, const std::string& value) {
         if (target.kind == VarKind::Logic || target.kind == VarKind::Event) {
             warn("real or string values given to logic variables were skipped");
             return true;
         }
-        Signal& signal = *target.signal;
-        if (signal.changeCount() == 0)
-            (void)signal.appendChange(m_now, BitState::HighZ);
-        // Of two values at one time the later stands, as it does for a logic variable.
-        const std::vector<Annotation>& notes = m_diagram.annotations();
-        if (!notes.empty() && notes.back().time == m_now && notes.back().signal == signal.name())
-            (void)m_diagram.removeAnnotation(notes.size() - 1);
-        m_diagram.addAnnotation({m_now, signal.name(), value});
-        return true;
+        return target.signal->appendText(m_now, value) || fail("cannot keep the change");
     }
 
     VcdTokens& m_tokens;

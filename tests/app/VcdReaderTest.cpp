@@ -24,6 +24,8 @@ std::string valueAt(const Signal& signal, Time time) {
     const std::size_t index = signal.indexAt(time);
     if (index == Signal::npos)
         return "(none)";
+    if (signal.changeHasText(index))
+        return std::string("'").append(signal.changeText(index)).append("'");
     if (signal.kind() == SignalKind::Bus)
         return signal.changeBinary(index);
     return std::string(1, bitStateChar(signal.changeState(index)));
@@ -223,27 +225,48 @@ TEST(VcdReader, HandWrittenDumpsGiveTheseValues) {
     EXPECT_EQ(odd.findSignal("[a:b]"), 0u);
 }
 
-TEST(VcdReader, RealValuesAreNotesOnTheirRowAndOddInputIsWarnedAboutOnce) {
+TEST(VcdReader, RealAndStringValuesAreTextsOfTheirBusAndOddInputIsWarnedAboutOnce) {
     Diagram diagram;
     std::string error;
     VcdReader reader("real.vcd");
     const std::string text = std::string(v_header) +
-                             "$scope module top $end $var wire 1 & a $end $upscope $end\n"
+                             "$scope module top $end $var wire 1 & a $end\n"
+                             "$var string 1 ' mode $end $upscope $end\n"
                              "$enddefinitions $end\n"
-                             "#0 r1.5 # r-2e-3 # 1? 1? #4 r3.25 # b1 #";
-    // top.a declared twice, an undeclared code twice, a bit value on the real; of two values
-    // at one time the later stays.
+                             "#0 r1.5 # r-2e-3 # 1? 1? sidle ' #4 r3.25 # b1 # r3.25 # "
+                             "sbusy\\x20now ' #6 b1 ! ridle ! r1 '";
+    // top.a declared twice, an undeclared code twice, bit values on the real, a real and a
+    // string value on a logic variable and a string; of two values at one time the later
+    // stays.
     ASSERT_TRUE(reader.readText(text, "real.vcd", diagram, error)) << error;
-    std::vector<std::string> notes;
-    for (const Annotation& note : diagram.annotations()) {
-        EXPECT_EQ(note.signal, "top.r");
-        notes.push_back(std::to_string(note.time) + ":" + note.text);
+    // clang-format off
+    const struct { const char* name; unsigned width; std::vector<std::string> probes; } cases[] = {
+        {"top.r", 64, {"-1=(none)", "0='-2e-3'", "39='-2e-3'", "40='3.25'", "99='3.25'"}},
+        {"top.mode", 1, {"0='idle'", "40='busy\\x20now'", "60='1'"}},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        const std::size_t index = diagram.findSignal(c.name);
+        ASSERT_NE(index, Signal::npos) << c.name;
+        const Signal& signal = diagram.signal(index);
+        EXPECT_EQ(signal.kind(), SignalKind::Bus) << c.name;
+        EXPECT_EQ(signal.width(), c.width) << c.name;
+        for (const std::string& probe : c.probes) {
+            const std::size_t equals = probe.find('=');
+            EXPECT_EQ(valueAt(signal, std::stoll(probe.substr(0, equals))),
+                      probe.substr(equals + 1))
+                << c.name << "@" << probe;
+        }
     }
-    EXPECT_EQ(notes, (std::vector<std::string>{"0:-2e-3", "40:3.25"}));
+    EXPECT_EQ(valueAt(diagram.signal(diagram.findSignal("top.a")), 60), "1");
+    EXPECT_EQ(diagram.signal(diagram.findSignal("top.r")).changeCount(), 2u);
+    EXPECT_TRUE(diagram.annotations().empty());
     EXPECT_EQ(reader.warnings(),
               (std::vector<std::string>{"variables declared twice under one name were kept once",
                                         "value changes of undeclared identifier codes were skipped",
                                         "bit values given to real or string variables were "
+                                        "skipped",
+                                        "real or string values given to logic variables were "
                                         "skipped"}));
 }
 
