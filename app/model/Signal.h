@@ -169,6 +169,10 @@ private:
     // (null for a bit signal, whose state the caller stores).
     std::uint64_t* placeBusValue(Time time);
     void placeState(Time time, BitState state);
+    // The common case of appendBinary: a bus value of at most v_fastDigits digits, all 0 or 1,
+    // no more than the width. False, nothing placed, for any other.
+    bool appendKnownBinary(Time time, std::string_view digits);
+    static constexpr std::size_t v_fastDigits = 256;
     // True when every change shows the same text as the other's change of that index.
     bool sameTexts(const Signal& other) const;
     // The index of text in m_texts, adding it when new.

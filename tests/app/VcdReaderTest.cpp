@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -298,6 +300,47 @@ TEST(VcdReader, BadDumpsGiveFileAndLineAndLeaveTheDiagramAlone) {
         EXPECT_FALSE(reader.readText(c.text, "bad.vcd", diagram, error)) << c.text;
         EXPECT_EQ(error, c.message);
         EXPECT_EQ(diagram.title(), "kept");
+    }
+}
+
+TEST(VcdReader, AValueAndItsCodeAreReadWholeWhereverTheChunkEnds) {
+    // Records "#TTTTTTT\nb<64 digits> !!\n", with the first chunk made to end at each place in
+    // one of them: in the time, in the digits, after them, after the space, in the code.
+    TemporaryFolder folder;
+    const fs::path path = folder.path() / "cut.vcd";
+    const std::string head = "$timescale 1ns $end $var wire 64 !! w $end $enddefinitions $end\n";
+    const std::size_t record = 9 + 1 + 64 + 4;
+    const auto digitsAt = [](std::uint64_t t) {
+        std::string digits;
+        const std::uint64_t bits = t * 0x9E3779B97F4A7C15ull;
+        for (int b = 63; b >= 0; --b)
+            digits.push_back((bits >> b) & 1 ? '1' : '0');
+        return digits;
+    };
+    for (const std::size_t cut : {3u, 10u, 40u, 74u, 75u, 76u, 77u}) {
+        const std::size_t comment = std::string("$comment  $end\n").size();
+        const std::size_t before =
+            (VcdReader::v_chunkBytes - head.size() - comment - record) / record;
+        const std::size_t filler =
+            VcdReader::v_chunkBytes - head.size() - comment - before * record - cut;
+        // A second full chunk overwrites the bytes of the first.
+        const std::size_t records = 2 * before + 20;
+        {
+            std::ofstream out(path);
+            out << head << "$comment " << std::string(filler, '.') << " $end\n";
+            char time[32];
+            for (std::size_t t = 0; t < records; ++t) {
+                std::snprintf(time, sizeof time, "#%07zu\n", t);
+                out << time << 'b' << digitsAt(t) << " !!\n";
+            }
+        }
+        Diagram diagram;
+        std::string error;
+        ASSERT_TRUE(readDiagramFile(path.string(), diagram, error)) << error << " cut " << cut;
+        const Signal& w = diagram.signal(0);
+        ASSERT_EQ(w.changeCount(), records) << cut;
+        for (std::size_t t = 0; t < records; ++t)
+            ASSERT_EQ(w.changeBinary(t), digitsAt(t)) << "change " << t << " cut " << cut;
     }
 }
 
