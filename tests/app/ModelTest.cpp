@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
+#include <random>
 
 namespace {
 
@@ -154,6 +156,32 @@ TEST(Signal, ATextRepeatedOnManyChangesIsStoredOnce) {
     EXPECT_GT(each.memoryBytes(), 1000 * 200u);
     EXPECT_EQ(once.changeText(999), longText);
     EXPECT_EQ(each.changeText(999), longText + "999");
+}
+
+TEST(Signal, BinaryDigitsOfEveryLengthAroundTheWordSizeReadBackAsWritten) {
+    // Digits of 0 and 1 take a path eight at a time; with '_', x or z, or more digits than
+    // the width, the general one. Both must agree with the padded or cut text.
+    std::mt19937 random(5);
+    for (const unsigned width : {1u, 2u, 7u, 8u, 9u, 31u, 63u, 64u, 65u, 127u, 129u, 256u, 300u}) {
+        Signal bus("b", SignalKind::Bus, width);
+        std::vector<std::string> expected;
+        for (const unsigned length : {1u, 7u, 8u, 9u, 16u, 17u, 63u, 64u, 65u, 257u, 301u}) {
+            for (const char* alphabet : {"01", "01xz"}) {
+                std::string digits;
+                for (unsigned i = 0; i < length; ++i)
+                    digits.push_back(alphabet[random() % std::strlen(alphabet)]);
+                ASSERT_TRUE(bus.appendBinary(static_cast<Time>(expected.size()), digits));
+                const char fill = digits[0] == 'x' || digits[0] == 'z' ? digits[0] : '0';
+                expected.push_back(length >= width ? digits.substr(length - width)
+                                                   : std::string(width - length, fill) + digits);
+            }
+        }
+        for (std::size_t i = 0; i < expected.size(); ++i)
+            EXPECT_EQ(bus.changeBinary(i), expected[i]) << "width " << width << " change " << i;
+        EXPECT_FALSE(bus.appendBinary(99, "0101012"));
+        EXPECT_FALSE(bus.appendBinary(99, std::string(300, '1') + "q"));
+        EXPECT_EQ(bus.changeCount(), expected.size());
+    }
 }
 
 TEST(Signal, ClockEdgesFollowPeriodDutyPhaseAndStartLevel) {
