@@ -266,7 +266,8 @@ int info(int argc, char** argv, std::ostream& out, std::ostream& err) {
     out << "time unit: " << timeUnitName(unit) << "\n"
         << "span:      " << formatTime(start, unit) << " to " << formatTime(end, unit) << "\n"
         << "signals:   " << diagram.signalCount() << "\n"
-        << "changes:   " << diagram.totalChanges() << "\n\n";
+        << "changes:   " << diagram.totalChanges() << "\n"
+        << "texts:     " << diagram.totalTexts() << "\n\n";
     std::size_t nameWidth = 6;
     for (std::size_t i = 0; i < diagram.signalCount(); ++i)
         nameWidth = std::max(nameWidth, diagram.signal(i).name().size());

@@ -238,6 +238,7 @@ int diagramInfo(const Call& call) {
         formatTime(d.spanStart(), d.timeUnit()) + " " + formatTime(d.spanEnd(), d.timeUnit()));
     add("signals", std::to_string(d.signalCount()));
     add("changes", std::to_string(d.totalChanges()));
+    add("texts", std::to_string(d.totalTexts()));
     add("arrows", std::to_string(d.arrows().size()));
     add("markers", std::to_string(d.markers().size()));
     Tcl_SetObjResult(call.interp, result);
@@ -393,24 +394,32 @@ int signalSet(const Call& call) {
     if (signal.kind() == SignalKind::Clock || signal.kind() == SignalKind::Spacer)
         return call.fail(std::string(signal.kind() == SignalKind::Clock ? "clock " : "spacer ") +
                          quote(signal.name()) + " has no values to set");
-    if (call.argc % 2 == 0)
-        return call.fail("wrong # args: should be \"signal set NAME TIME VALUE ?TIME VALUE ...?\"");
+    // With -text every value is the text a bus slot shows instead of a number.
+    const bool text = call.argc > 1 && call.arg(1) == "-text";
+    const int first = text ? 2 : 1;
+    if ((call.argc - first) % 2 != 0 || call.argc == first)
+        return call.fail(
+            "wrong # args: should be \"signal set NAME ?-text? TIME VALUE ?TIME VALUE ...?\"");
+    if (text && signal.kind() != SignalKind::Bus)
+        return call.fail("bit " + quote(signal.name()) + " shows no text: -text is for buses");
     int set = 0;
-    for (int i = 1; i + 1 < call.argc; i += 2) {
+    for (int i = first; i + 1 < call.argc; i += 2) {
         Time t = 0;
         if (!time(call, call.arg(i), t))
             return TCL_ERROR;
-        const std::string text = call.arg(i + 1);
-        if (signal.kind() == SignalKind::Bit) {
+        const std::string value = call.arg(i + 1);
+        if (text) {
+            (void)signal.appendText(t, value);
+        } else if (signal.kind() == SignalKind::Bit) {
             BitState state{};
-            if (text.size() != 1 || !parseBitState(text[0], state))
-                return call.fail("expected a bit value 0, 1, x, z, l or h, found " + quote(text));
+            if (value.size() != 1 || !parseBitState(value[0], state))
+                return call.fail("expected a bit value 0, 1, x, z, l or h, found " + quote(value));
             (void)signal.appendChange(t, state);
         } else {
-            BigInt value;
-            if (!busValue(call, signal, text, value))
+            BigInt number;
+            if (!busValue(call, signal, value, number))
                 return TCL_ERROR;
-            (void)signal.appendChange(t, value);
+            (void)signal.appendChange(t, number);
         }
         ++set;
     }
@@ -530,7 +539,7 @@ const Subcommand v_signal[] = {
     {"remove", "PATTERN", "removes the matching signals; returns how many", 1, 1, signalRemove},
     {"rename", "NAME NEWNAME", "renames a signal and what refers to it", 2, 2, signalRename},
     {"move", "NAME POSITION", "moves a signal to a position (0 the top, or end)", 2, 2, signalMove},
-    {"set", "NAME TIME VALUE ?TIME VALUE ...?", "sets values from the times on (0 1 x z l h, or a bus value)", 3, -1, signalSet},
+    {"set", "NAME ?-text? TIME VALUE ?TIME VALUE ...?", "sets values from the times on (0 1 x z l h, or a bus value; with -text, the texts bus slots show)", 3, -1, signalSet},
     {"clear", "NAME ?FROM TO?", "removes a signal's changes (within [FROM, TO))", 1, 3, signalClear},
     {"list", "?PATTERN?", "the names of the (matching) signals, in order", 0, 1, signalList},
 };

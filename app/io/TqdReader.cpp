@@ -633,8 +633,13 @@ private:
             (void)m_changes->appendChange(m_time, state);
             return;
         }
+        if (type == ST_STRING && text[0] == 't') {
+            (void)m_changes->appendText(m_time, unescaped(text + 1));
+            return;
+        }
         if (type != ST_STRING || !busBits(text, current.length())) {
-            stop("expected a bus value \"h...\" or \"b...\" in Changes, found " + shown(text));
+            stop("expected a bus value \"h...\", \"b...\" or \"t...\" in Changes, found " +
+                 shown(text));
             return;
         }
         (void)m_changes->appendBinary(m_time, m_bits);

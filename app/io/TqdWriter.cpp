@@ -128,6 +128,8 @@ void writeChanges(const Signal& signal, std::ostream& out) {
             line.append(buffer, end).push_back(' ');
             if (signal.kind() == SignalKind::Bit)
                 line.push_back(bitStateChar(signal.changeState(i)));
+            else if (signal.changeHasText(i))
+                line.append("\"t").append(quoted(std::string(signal.changeText(i))), 1);
             else
                 appendBusValue(signal.changeBinary(i), line);
             if (line.size() > 60000) {

@@ -269,29 +269,25 @@ private:
                                wave.find_first_not_of(".|", 1) == std::string::npos;
         const bool bus = std::any_of(wave.begin(), wave.end(), isDataChar);
 
-        // Numbers as labels become the bus values; other labels are notes over numbered slots.
+        // Numbers as labels become the bus values; a lane with any other label shows every label
+        // as the text of its slot. Empty labels are empty slots in either.
         unsigned width = 1;
-        bool numeric = !data.empty();
+        bool numeric = std::any_of(data.begin(), data.end(), [](auto& l) { return !l.empty(); });
         bool hexadecimal = false;
         std::vector<BigInt> values;
         if (bus) {
             for (const std::string& label : data) {
                 BigInt value;
-                if (!numericLabel(label, value, hexadecimal)) {
+                if (!label.empty() && !numericLabel(label, value, hexadecimal)) {
                     numeric = false;
                     break;
                 }
                 values.push_back(value);
-            }
-            if (numeric) {
-                for (const BigInt& value : values)
+                if (!label.empty())
                     width = std::max(width, significantBits(value));
-            } else {
-                const std::size_t slots =
-                    static_cast<std::size_t>(std::count_if(wave.begin(), wave.end(), isDataChar));
-                while (width < 64 && (std::uint64_t{1} << width) <= slots)
-                    ++width;
             }
+            if (!numeric)
+                width = 1;
         }
         const SignalKind kind = clockOnly ? SignalKind::Clock
                                 : bus     ? SignalKind::Bus
@@ -339,16 +335,11 @@ private:
                 if (c >= '3' && c <= '9')
                     warn("bus slot colours (3-9) are drawn in the one bus colour");
                 const std::size_t index = nextLabel++;
-                if (numeric && index < values.size()) {
+                if (numeric && index < values.size() && !data[index].empty())
                     (void)signal.appendChange(t, values[index]);
-                } else {
-                    (void)signal.appendChange(t, BigInt(static_cast<long>(index + 1)));
-                    if (!numeric && index < data.size() && !data[index].empty()) {
-                        warn("data labels that are not numbers are shown as notes over numbered "
-                             "bus slots");
-                        m_diagram.addAnnotation({t, name, data[index]});
-                    }
-                }
+                else
+                    // The label as text; a slot without one is drawn empty, as the tool draws it.
+                    (void)signal.appendText(t, index < data.size() ? data[index] : std::string());
                 continue;
             }
             if (c == 'P' || c == 'N' || c == 'H' || c == 'L')

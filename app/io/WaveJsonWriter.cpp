@@ -7,11 +7,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
-#include <map>
 #include <numeric>
 #include <ostream>
-#include <set>
 #include <sstream>
 #include <utility>
 
@@ -97,10 +94,6 @@ public:
         m_from = diagram.spanStart();
         m_to = std::max(diagram.spanEnd(), m_from + 1);
         chooseSlot();
-        for (std::size_t i = 0; i < diagram.annotations().size(); ++i) {
-            const Annotation& note = diagram.annotations()[i];
-            m_notes.emplace(std::make_pair(note.signal, note.time), i);
-        }
     }
 
     std::vector<Lane> lanes() {
@@ -125,10 +118,8 @@ public:
             lane.node.assign(lane.spacer ? m_slots : lane.wave.size(), '.');
             out.push_back(std::move(lane));
         }
-        for (std::size_t i = 0; i < m_diagram.annotations().size(); ++i) {
-            if (!m_usedNotes.count(i))
-                warn(m_warnings, "notes other than bus labels are left out");
-        }
+        if (!m_diagram.annotations().empty())
+            warn(m_warnings, "notes are left out");
         return out;
     }
 
@@ -219,18 +210,8 @@ private:
         return text;
     }
 
-    // The note a bus label was read into, at the time of change on the signal's row.
-    std::size_t noteAt(const Signal& signal, Time time) const {
-        const auto found = m_notes.find({signal.name(), time});
-        return found == m_notes.end() ? std::string::npos : found->second;
-    }
-
     void sampledLane(const Signal& signal, Lane& lane) {
         const bool bus = signal.kind() == SignalKind::Bus;
-        // A bus whose labels were text keeps its unlabelled slots unlabelled, rather than
-        // showing the numbers that only stood in for the text.
-        const auto row = m_notes.lower_bound({signal.name(), std::numeric_limits<Time>::min()});
-        const bool textLabels = bus && row != m_notes.end() && row->first.first == signal.name();
         std::size_t previous = Signal::npos;
         char previousChar = 0;
         for (std::size_t i = 0; i < m_slots; ++i) {
@@ -241,24 +222,21 @@ private:
                 c = '.';
             } else if (change != Signal::npos && !bus) {
                 c = stateChar(signal.changeState(change));
+            } else if (change != Signal::npos && signal.changeHasText(change)) {
+                // Every text slot is a slot of its own, as the reader made it.
+                c = '=';
+                lane.data.emplace_back(signal.changeText(change));
             } else if (change != Signal::npos) {
                 const std::string digits = signal.changeBinary(change);
-                const std::size_t note = noteAt(signal, signal.changeTime(change));
                 if (digits.find_first_not_of('x') == std::string::npos) {
                     c = 'x';
                 } else if (digits.find_first_not_of('z') == std::string::npos) {
                     c = 'z';
-                } else if (note == std::string::npos && previous != Signal::npos &&
-                           signal.sameValue(previous, change)) {
+                } else if (previous != Signal::npos && signal.sameValue(previous, change)) {
                     c = '.';
                 } else {
                     c = '=';
-                    if (note != std::string::npos) {
-                        m_usedNotes.insert(note);
-                        lane.data.push_back(m_diagram.annotations()[note].text);
-                    } else {
-                        lane.data.push_back(textLabels ? std::string() : label(signal, change));
-                    }
+                    lane.data.push_back(label(signal, change));
                 }
             }
             if (c != '=' && c == previousChar)
@@ -276,9 +254,6 @@ private:
     Time m_to = 1;
     Time m_slot = 1;
     std::size_t m_slots = 1;
-    std::set<std::size_t> m_usedNotes;
-    // Notes by row and time; the first of several at one place.
-    std::map<std::pair<std::string, Time>, std::size_t> m_notes;
 };
 
 // Places a node for an arrow end; its letter, or 0 when the lane or the letters ran out.

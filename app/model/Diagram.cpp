@@ -251,3 +251,10 @@ std::size_t Diagram::totalChanges() const {
         total += signal->changeCount();
     return total;
 }
+
+std::size_t Diagram::totalTexts() const {
+    std::size_t total = 0;
+    for (const auto& signal : m_signals)
+        total += signal->textCount();
+    return total;
+}

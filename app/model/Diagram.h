@@ -177,6 +177,8 @@ public:
 
     /// Changes stored over all signals (clock edges not counted).
     std::size_t totalChanges() const;
+    /// Bus changes that show text, over all signals.
+    std::size_t totalTexts() const;
 
 private:
     void renameReferences(const std::string& from, const std::string& to);

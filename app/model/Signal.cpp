@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -81,12 +83,24 @@ void Signal::placeState(Time time, BitState state) {
 }
 
 std::uint64_t* Signal::placeBusValue(Time time) {
+    const std::size_t words = 2 * wordsPerPlane();
+    if (m_times.empty() || time > m_times.back()) {
+        // Appending in time order, as readers do: new words come zeroed.
+        m_times.push_back(time);
+        m_words.resize(m_words.size() + words);
+        if (!m_textOf.empty())
+            m_textOf.push_back(v_noText);
+        return m_words.data() + m_words.size() - words;
+    }
     bool replace = false;
     const std::size_t index = slotFor(time, replace);
-    const std::size_t words = 2 * wordsPerPlane();
     if (!replace) {
         m_times.insert(m_times.begin() + static_cast<std::ptrdiff_t>(index), time);
         m_words.insert(m_words.begin() + static_cast<std::ptrdiff_t>(index * words), words, 0);
+        if (!m_textOf.empty())
+            m_textOf.insert(m_textOf.begin() + static_cast<std::ptrdiff_t>(index), v_noText);
+    } else if (!m_textOf.empty()) {
+        m_textOf[index] = v_noText;
     }
     std::uint64_t* value = m_words.data() + index * words;
     std::fill(value, value + words, 0);
@@ -133,6 +147,8 @@ bool Signal::appendBinary(Time time, std::string_view digits) {
         table['_'] = 8;
         return table;
     }();
+    if (m_kind == SignalKind::Bus && digits.size() <= m_width && appendKnownBinary(time, digits))
+        return true;
     std::uint8_t seen = 0;
     for (const char c : digits)
         seen |= codes[static_cast<unsigned char>(c)];
@@ -168,6 +184,74 @@ bool Signal::appendBinary(Time time, std::string_view digits) {
     return true;
 }
 
+std::uint32_t Signal::textIndex(std::string_view text) {
+    const std::size_t hash = std::hash<std::string_view>()(text);
+    const auto found = m_textIndices.find(hash);
+    if (found != m_textIndices.end() && m_texts[found->second] == text)
+        return found->second;
+    const auto index = static_cast<std::uint32_t>(m_texts.size());
+    m_texts.emplace_back(text);
+    if (found == m_textIndices.end())
+        m_textIndices.emplace(hash, index);
+    return index;
+}
+
+bool Signal::appendText(Time time, std::string_view text) {
+    if (m_kind != SignalKind::Bus)
+        return false;
+    const std::uint32_t label = textIndex(text);
+    std::uint64_t* value = placeBusValue(time);
+    // All X: a text is no number.
+    const std::size_t plane = wordsPerPlane();
+    std::fill(value + plane, value + 2 * plane, ~std::uint64_t(0));
+    if (m_width % 64 != 0)
+        value[2 * plane - 1] = (std::uint64_t(1) << (m_width % 64)) - 1;
+    if (m_textOf.empty())
+        m_textOf.assign(m_times.size(), v_noText);
+    m_textOf[static_cast<std::size_t>(value - m_words.data()) / (2 * plane)] = label;
+    return true;
+}
+
+std::size_t Signal::textCount() const {
+    return static_cast<std::size_t>(
+        std::count_if(m_textOf.begin(), m_textOf.end(), [](auto t) { return t != v_noText; }));
+}
+
+// Eight digits of 0 and 1 at a time: a word of eight such characters, less '0' in every byte,
+// times a constant whose shifted copies land byte i on bit 7 - i of the top byte (no two
+// partial products meet, so nothing carries into it).
+bool Signal::appendKnownBinary(Time time, std::string_view digits) {
+    if constexpr (std::endian::native != std::endian::little)
+        return false;
+    constexpr std::uint64_t zeros = 0x3030303030303030, notBit = 0xfefefefefefefefe;
+    const char* const first = digits.data();
+    const char* end = first + digits.size();
+    std::uint64_t chunks[(v_fastDigits + 7) / 8];
+    std::size_t count = 0;
+    // Check every digit before placing the change: a dump's x and z take the general path.
+    for (; end - first >= 8 && count < std::size(chunks); end -= 8) {
+        std::uint64_t eight;
+        std::memcpy(&eight, end - 8, 8);
+        if ((eight & notBit) != zeros)
+            return false;
+        chunks[count++] = ((eight - zeros) * 0x8040201008040201) >> 56;
+    }
+    if (end - first >= 8)
+        return false;
+    std::uint64_t rest = 0;
+    for (const char* c = first; c < end; ++c) {
+        if ((*c & 0xfe) != '0')
+            return false;
+        rest = rest << 1 | static_cast<std::uint64_t>(*c - '0');
+    }
+    std::uint64_t* value = placeBusValue(time);
+    for (std::size_t i = 0; i < count; ++i)
+        value[i / 8] |= chunks[i] << (i % 8 * 8);
+    if (end > first)
+        value[count / 8] |= rest << (count % 8 * 8);
+    return true;
+}
+
 std::size_t Signal::eraseChanges(Time from, Time to) {
     const std::size_t first = firstIndexFrom(from);
     const std::size_t last = std::max(first, firstIndexFrom(to));
@@ -178,6 +262,8 @@ std::size_t Signal::eraseChanges(Time from, Time to) {
     } else if (m_kind == SignalKind::Bus) {
         const auto words = static_cast<std::ptrdiff_t>(2 * wordsPerPlane());
         m_words.erase(m_words.begin() + begin * words, m_words.begin() + end * words);
+        if (!m_textOf.empty())
+            m_textOf.erase(m_textOf.begin() + begin, m_textOf.begin() + end);
     }
     return last - first;
 }
@@ -186,6 +272,9 @@ void Signal::clearChanges() {
     m_times.clear();
     m_states.clear();
     m_words.clear();
+    m_textOf.clear();
+    m_texts.clear();
+    m_textIndices.clear();
 }
 
 void Signal::reserve(std::size_t count) {
@@ -201,6 +290,8 @@ void Signal::reserve(std::size_t count) {
 BitState Signal::changeState(std::size_t index) const {
     if (m_kind == SignalKind::Bit)
         return m_states[index];
+    if (changeHasText(index))
+        return BitState::High;
     const std::size_t plane = wordsPerPlane();
     const std::uint64_t* value = m_words.data() + index * 2 * plane;
     bool allFlagged = true, anyFlagged = false, allOnes = true, allZeros = true;
@@ -255,6 +346,8 @@ bool Signal::changeIsKnown(std::size_t index) const {
 bool Signal::sameValue(std::size_t a, std::size_t b) const {
     if (m_kind == SignalKind::Bit)
         return m_states[a] == m_states[b];
+    if (changeText(a) != changeText(b) || changeHasText(a) != changeHasText(b))
+        return false;
     const std::size_t words = 2 * wordsPerPlane();
     return std::equal(m_words.begin() + static_cast<std::ptrdiff_t>(a * words),
                       m_words.begin() + static_cast<std::ptrdiff_t>((a + 1) * words),
@@ -319,13 +412,27 @@ std::int64_t Signal::clockEdgeCount(Time from, Time to) const {
 }
 
 std::size_t Signal::memoryBytes() const {
+    std::size_t texts = m_textOf.capacity() * sizeof(std::uint32_t) +
+                        m_texts.capacity() * sizeof(std::string) + m_textIndices.size() * 32;
+    for (const std::string& text : m_texts)
+        texts += text.capacity() > 15 ? text.capacity() + 1 : 0;
     return m_times.capacity() * sizeof(Time) + m_states.capacity() +
-           m_words.capacity() * sizeof(std::uint64_t);
+           m_words.capacity() * sizeof(std::uint64_t) + texts;
+}
+
+bool Signal::sameTexts(const Signal& other) const {
+    if (m_textOf.empty() && other.m_textOf.empty())
+        return true;
+    for (std::size_t i = 0; i < m_times.size() && i < other.m_times.size(); ++i) {
+        if (changeHasText(i) != other.changeHasText(i) || changeText(i) != other.changeText(i))
+            return false;
+    }
+    return true;
 }
 
 bool Signal::operator==(const Signal& other) const {
     return m_name == other.m_name && m_nameShown == other.m_nameShown && m_kind == other.m_kind &&
            m_width == other.m_width && m_group == other.m_group && m_clock == other.m_clock &&
            m_format == other.m_format && m_times == other.m_times && m_states == other.m_states &&
-           m_words == other.m_words;
+           m_words == other.m_words && sameTexts(other);
 }

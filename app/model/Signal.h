@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 /// What a signal shows.
@@ -102,6 +103,10 @@ public:
     /// with 0, or with X or Z when the first digit is x or z; more keep the low digits. False
     /// for any other character.
     [[nodiscard]] bool appendBinary(Time time, std::string_view digits);
+    /// A bus change that shows text instead of a number ("IDLE", "3.25", or "" for a slot
+    /// without text). Read as a number it is all X. Each distinct text is stored once per
+    /// signal. False for a bit signal or a clock.
+    [[nodiscard]] bool appendText(Time time, std::string_view text);
     /// Removes every change in [from, to); returns how many.
     std::size_t eraseChanges(Time from, Time to);
     /// Removes every change.
@@ -114,7 +119,8 @@ public:
     std::size_t changeCount() const { return m_times.size(); }
     Time changeTime(std::size_t index) const { return m_times[index]; }
     /// A bit change's state; for a bus, the state all bits share, or Unknown when they differ
-    /// in kind (some X, some Z) and Low/High as "a number" for a fully known value.
+    /// in kind (some X, some Z) and Low/High as "a number" for a fully known value. A text
+    /// change is High: it shows as a slot with its text.
     BitState changeState(std::size_t index) const;
     /// A bus change's value (sign character '0', the signal's width); for a bit signal a
     /// 1-bit value. By value.
@@ -123,7 +129,19 @@ public:
     std::string changeBinary(std::size_t index) const;
     /// True when the bus value of change index has no X or Z bit.
     bool changeIsKnown(std::size_t index) const;
-    /// True when changes a and b hold the same value.
+    /// True when change index shows text (see appendText).
+    bool changeHasText(std::size_t index) const {
+        return !m_textOf.empty() && m_textOf[index] != v_noText;
+    }
+    /// The text of change index, or empty for a change without text. It lives in the signal
+    /// until the signal's changes are cleared.
+    std::string_view changeText(std::size_t index) const {
+        return changeHasText(index) ? std::string_view(m_texts[m_textOf[index]])
+                                    : std::string_view();
+    }
+    /// How many changes show text.
+    std::size_t textCount() const;
+    /// True when changes a and b hold the same value (and the same text, if any).
     bool sameValue(std::size_t a, std::size_t b) const;
     /// The index of the last change at or before time, or npos when all are later (binary
     /// search, O(log changes)).
@@ -144,8 +162,8 @@ public:
     /// Heap bytes the changes take, for reports on big inputs.
     std::size_t memoryBytes() const;
 
-    /// True when kind, width, group, clock, format and every change are the same (name and
-    /// whether it is shown too).
+    /// True when kind, width, group, clock, format and every change (with its text) are the
+    /// same (name and whether it is shown too).
     bool operator==(const Signal& other) const;
 
 private:
@@ -158,6 +176,14 @@ private:
     // (null for a bit signal, whose state the caller stores).
     std::uint64_t* placeBusValue(Time time);
     void placeState(Time time, BitState state);
+    // The common case of appendBinary: a bus value of at most v_fastDigits digits, all 0 or 1,
+    // no more than the width. False, nothing placed, for any other.
+    bool appendKnownBinary(Time time, std::string_view digits);
+    static constexpr std::size_t v_fastDigits = 256;
+    // True when every change shows the same text as the other's change of that index.
+    bool sameTexts(const Signal& other) const;
+    // The index of text in m_texts, adding it when new.
+    std::uint32_t textIndex(std::string_view text);
 
     std::string m_name;
     bool m_nameShown = true;
@@ -171,4 +197,12 @@ private:
     std::vector<BitState> m_states;
     // Buses: 2 * wordsPerPlane() words a change.
     std::vector<std::uint64_t> m_words;
+    // Buses with text: per change an index into m_texts, or v_noText. Empty while no change
+    // has text, so a signal of numbers pays nothing for it.
+    static constexpr std::uint32_t v_noText = 0xffffffffu;
+    std::vector<std::uint32_t> m_textOf;
+    std::vector<std::string> m_texts;
+    // Text hash to index into m_texts, to store each text once; a colliding text is simply
+    // stored again.
+    std::unordered_map<std::size_t, std::uint32_t> m_textIndices;
 };

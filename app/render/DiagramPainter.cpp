@@ -526,6 +526,8 @@ void DiagramPainter::paintBusValue(Device& device, const Signal& signal, std::si
     if (room <= 0)
         return;
     std::string text = busValueText(signal, change);
+    if (text.empty())
+        return;
     WsiFont& font = smallFont();
     if (static_cast<double>(labelWidth(device, text, font)) > room) {
         // The longest start of the text that fits with ".." after it, by bisection, so a long
@@ -637,6 +639,8 @@ void DiagramPainter::paintDecorations(Device& device) {
 }
 
 std::string busValueText(const Signal& signal, std::size_t change) {
+    if (signal.changeHasText(change))
+        return std::string(signal.changeText(change));
     const BigInt value = signal.changeValue(change);
     const BusFormat& format = signal.busFormat();
     const unsigned width = signal.width();

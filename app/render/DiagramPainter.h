@@ -94,5 +94,5 @@ private:
 };
 
 /// The text a bus change shows: its value in the signal's radix and notation ("A5", "8'hA5",
-/// X"A5", "-3"); digits that hold X or Z show X or Z.
+/// X"A5", "-3"); digits that hold X or Z show X or Z. A change with text shows its text.
 std::string busValueText(const Signal& signal, std::size_t change);

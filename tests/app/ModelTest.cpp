@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
+#include <random>
 
 namespace {
 
@@ -83,6 +85,103 @@ TEST(Signal, BusValuesKeepEveryFourStateBitAcrossWordBoundaries) {
     std::unique_ptr<char[]> hex(bus.changeValue(0).asNumericString(RadixHexadecimal, 8, 0, true));
     EXPECT_STREQ(hex.get(), "A5");
     EXPECT_FALSE(bus.appendChange(9, BitState::WeakHigh));
+}
+
+TEST(Signal, TextChangesStaySortedWithTheValuesAndGiveWayToThem) {
+    Signal s("state", SignalKind::Bus, 70);
+    // Each step appends at a time; "=" marks a number, anything else is text. A text replaces
+    // a value at its time and a value a text.
+    // clang-format off
+    const struct { Time time; const char* value; } steps[] = {
+        {10, "IDLE"}, {30, "=101"}, {20, "READ"}, {0, ""}, {30, "WRITE"}, {40, "IDLE"},
+        {20, "=111"}, {50, "IDLE"},
+    };
+    // clang-format on
+    for (const auto& step : steps) {
+        if (step.value[0] == '=')
+            ASSERT_TRUE(s.appendBinary(step.time, step.value + 1));
+        else
+            ASSERT_TRUE(s.appendText(step.time, step.value));
+    }
+    // clang-format off
+    const struct { Time time; bool text; const char* shown; } expected[] = {
+        {0, true, ""}, {10, true, "IDLE"}, {20, false, "111"}, {30, true, "WRITE"},
+        {40, true, "IDLE"}, {50, true, "IDLE"},
+    };
+    // clang-format on
+    ASSERT_EQ(s.changeCount(), std::size(expected));
+    for (std::size_t i = 0; i < std::size(expected); ++i) {
+        EXPECT_EQ(s.changeTime(i), expected[i].time);
+        EXPECT_EQ(s.changeHasText(i), expected[i].text) << i;
+        if (expected[i].text) {
+            EXPECT_EQ(s.changeText(i), expected[i].shown) << i;
+            EXPECT_EQ(s.changeState(i), BitState::High) << i;
+            EXPECT_EQ(s.changeBinary(i), std::string(70, 'x')) << i;
+            EXPECT_FALSE(s.changeIsKnown(i)) << i;
+        } else {
+            EXPECT_EQ(s.changeBinary(i), std::string(67, '0') + expected[i].shown);
+        }
+    }
+    EXPECT_EQ(s.textCount(), 5u);
+    EXPECT_TRUE(s.sameValue(1, 4));
+    EXPECT_FALSE(s.sameValue(3, 4));
+    EXPECT_FALSE(s.sameValue(0, 2));
+
+    Signal copy = s;
+    EXPECT_TRUE(copy == s);
+    ASSERT_TRUE(copy.appendText(50, "BUSY"));
+    EXPECT_FALSE(copy == s);
+    EXPECT_EQ(s.eraseChanges(15, 45), 3u);
+    EXPECT_EQ(s.changeText(2), "IDLE");
+    EXPECT_EQ(s.textCount(), 3u);
+    s.clearChanges();
+    ASSERT_TRUE(s.appendBinary(0, "1"));
+    EXPECT_FALSE(s.changeHasText(0));
+    EXPECT_EQ(s.textCount(), 0u);
+
+    Signal bit("b", SignalKind::Bit), clock("c", SignalKind::Clock);
+    EXPECT_FALSE(bit.appendText(0, "no"));
+    EXPECT_FALSE(clock.appendText(0, "no"));
+    EXPECT_EQ(bit.changeCount(), 0u);
+}
+
+TEST(Signal, ATextRepeatedOnManyChangesIsStoredOnce) {
+    Signal once("a", SignalKind::Bus, 8), each("b", SignalKind::Bus, 8);
+    const std::string longText(200, 'q');
+    for (Time t = 0; t < 1000; ++t) {
+        ASSERT_TRUE(once.appendText(t, longText));
+        ASSERT_TRUE(each.appendText(t, longText + std::to_string(t)));
+    }
+    EXPECT_LT(once.memoryBytes(), 1000 * 40u);
+    EXPECT_GT(each.memoryBytes(), 1000 * 200u);
+    EXPECT_EQ(once.changeText(999), longText);
+    EXPECT_EQ(each.changeText(999), longText + "999");
+}
+
+TEST(Signal, BinaryDigitsOfEveryLengthAroundTheWordSizeReadBackAsWritten) {
+    // Digits of 0 and 1 take a path eight at a time; with '_', x or z, or more digits than
+    // the width, the general one. Both must agree with the padded or cut text.
+    std::mt19937 random(5);
+    for (const unsigned width : {1u, 2u, 7u, 8u, 9u, 31u, 63u, 64u, 65u, 127u, 129u, 256u, 300u}) {
+        Signal bus("b", SignalKind::Bus, width);
+        std::vector<std::string> expected;
+        for (const unsigned length : {1u, 7u, 8u, 9u, 16u, 17u, 63u, 64u, 65u, 257u, 301u}) {
+            for (const char* alphabet : {"01", "01xz"}) {
+                std::string digits;
+                for (unsigned i = 0; i < length; ++i)
+                    digits.push_back(alphabet[random() % std::strlen(alphabet)]);
+                ASSERT_TRUE(bus.appendBinary(static_cast<Time>(expected.size()), digits));
+                const char fill = digits[0] == 'x' || digits[0] == 'z' ? digits[0] : '0';
+                expected.push_back(length >= width ? digits.substr(length - width)
+                                                   : std::string(width - length, fill) + digits);
+            }
+        }
+        for (std::size_t i = 0; i < expected.size(); ++i)
+            EXPECT_EQ(bus.changeBinary(i), expected[i]) << "width " << width << " change " << i;
+        EXPECT_FALSE(bus.appendBinary(99, "0101012"));
+        EXPECT_FALSE(bus.appendBinary(99, std::string(300, '1') + "q"));
+        EXPECT_EQ(bus.changeCount(), expected.size());
+    }
 }
 
 TEST(Signal, ClockEdgesFollowPeriodDutyPhaseAndStartLevel) {

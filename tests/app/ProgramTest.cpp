@@ -45,7 +45,7 @@ protected:
                           "Signal( name(\"top.cpu.req\") bit )\n"
                           "Signal( name(\"top.cpu.data\") bus(width(8)) )\n"
                           "Changes( \"top.cpu.req\" 0 0 20 1 60 0 )\n"
-                          "Changes( \"top.cpu.data\" 0 \"hxx\" 30 \"h3c\" )\n");
+                          "Changes( \"top.cpu.data\" 0 \"hxx\" 30 \"h3c\" 50 \"tdone\" )\n");
         write("bad.tqd", "TimingDiagram( timeunit(ns) )\nSignal( name(\"a\") bitt )\n");
     }
     void TearDown() override { fs::remove_all(m_folder); }
@@ -114,8 +114,9 @@ TEST_F(Program, VerbsAndOptionsGiveTheirStatusAndMessage) {
         {{"render", "good.tqd", "-o", "no/such/folder/x.png"}, 1, "", "cannot write no/such/folder/x.png"},
         {{"convert", "bad.tqd", "-o", "y.tqd"}, 1, "", "bad.tqd:2:"},
         {{"info"}, 2, "", "an INPUT file is needed"},
-        {{"info", "good.tqd"}, 0, "top.cpu.data  bus         8         2", ""},
+        {{"info", "good.tqd"}, 0, "top.cpu.data  bus        8         3", ""},
         {{"info", TQ_SOURCE_DIR "/tests/app/data/wavejson/wavedrom_step5.js"}, 0, "\nlane 6  spacer      1         0  \nack ", ""},
+        {{"info", "good.tqd"}, 0, "changes:   6\ntexts:     1\n", ""},
         {{"script"}, 2, "", "a FILE.tcl is needed"},
         {{"script", "none.tcl"}, 1, "", "couldn't read file \"none.tcl\""},
     };
@@ -173,7 +174,10 @@ TEST_F(Program, ScriptsDriveTheDiagramCommands) {
                  "puts [signal list]\n", {}, 0, "top.clk top.data top.valid", ""},
         {build + "puts [signal set top.data 0 QQ]\n", {}, 1, "", "s.tcl:5: expected a value for bus \"top.data\" such as A5"},
         {build + "signal set top.valid 0 2\n", {}, 1, "", "expected a bit value 0, 1, x, z, l or h, found \"2\""},
-        {build + "signal set top.valid 0\n", {}, 1, "", "wrong # args: should be \"signal set NAME TIME VALUE ?TIME VALUE ...?\""},
+        {build + "signal set top.valid 0\n", {}, 1, "", "wrong # args: should be \"signal set NAME ?-text? TIME VALUE ?TIME VALUE ...?\""},
+        {build + "signal set top.data -text\n", {}, 1, "", "wrong # args: should be \"signal set NAME ?-text? TIME VALUE"},
+        {build + "signal set top.data -text 0 {read \"A\"} 20 idle 40 -text\nputs [dict get [diagram info] texts]\n", {}, 0, "3", ""},
+        {build + "signal set top.valid -text 0 idle\n", {}, 1, "", "bit \"top.valid\" shows no text: -text is for buses"},
         {build + "signal set top.clk 0 1\n", {}, 1, "", "clock \"top.clk\" has no values to set"},
         {build + "signal add top.valid\n", {}, 1, "", "a signal named \"top.valid\" exists already"},
         {build + "signal add gap -kind spacer\narrow add gap 10 top.valid 25\nputs [signal list]\n",
@@ -214,8 +218,9 @@ TEST_F(Program, ScriptsDriveTheDiagramCommands) {
         EXPECT_NE(r.err.find(c.err), std::string::npos) << c.script << "\nerr: " << r.err;
     }
     // The first script's files: a picture, an EPS and a diagram that reads back.
-    write("s.tcl",
-          build + "signal set top.data 0 x 20ns A5\ndiagram export s.png\ndiagram save s.tqd\n");
+    write("s.tcl", build +
+                       "signal set top.data 0 x 20ns A5\nsignal set top.data -text 40 {a \"b\"}\n"
+                       "diagram export s.png\ndiagram save s.tqd\n");
     ASSERT_EQ(run({"script", "s.tcl"}).status, 0);
     EXPECT_EQ(slurp(m_folder / "s.png").rfind("\x89PNG", 0), 0u);
     Diagram saved;
@@ -224,6 +229,7 @@ TEST_F(Program, ScriptsDriveTheDiagramCommands) {
     ASSERT_EQ(saved.signalCount(), 3u);
     EXPECT_EQ(saved.signal(1).group(), "Bus");
     EXPECT_EQ(saved.signal(1).changeBinary(1), "10100101");
+    EXPECT_EQ(saved.signal(1).changeText(2), "a \"b\"");
     EXPECT_EQ(saved.signal(0).clock().period, 10);
 }
 

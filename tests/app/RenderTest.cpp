@@ -409,6 +409,38 @@ TEST(DiagramLayout, GroupsGetHeadingsAndUngroupedSignalsAfterAGroupARule) {
     }
 }
 
+TEST(BusValueText, TextSlotsShowTheirTextWholeWhenItFitsAndShortenedWhenNot) {
+    Diagram d;
+    d.setSpan(0, 100);
+    Signal& bus = d.addSignal("state", SignalKind::Bus, 2);
+    const std::string tooLong = "WAITING_FOR_THE_SLOWEST_TARGET";
+    // clang-format off
+    const struct { Time time; std::string text; const char* shown; } cases[] = {
+        {0, "IDLE", "IDLE"}, {40, tooLong, "WAIT"}, {50, "", nullptr}, {60, "A&B <c>", "A&amp;B"},
+    };
+    // clang-format on
+    for (const auto& c : cases)
+        ASSERT_TRUE(bus.appendText(c.time, c.text));
+    EXPECT_EQ(busValueText(bus, 1), tooLong);
+    const auto output = std::filesystem::temp_directory_path() /
+                        ("tq_app_text_slots_" + std::to_string(getpid()) + ".svg");
+    std::string error;
+    ASSERT_TRUE(
+        DiagramExporter::exportFile(d, RenderOptions(), output.string(), OutputFormat::Svg, error))
+        << error;
+    std::ifstream in(output);
+    std::stringstream svg;
+    svg << in.rdbuf();
+    std::filesystem::remove(output);
+    for (const auto& c : cases) {
+        if (c.shown) {
+            EXPECT_NE(svg.str().find(c.shown), std::string::npos) << c.text;
+        }
+    }
+    EXPECT_EQ(svg.str().find(tooLong), std::string::npos) << "the long text is shortened";
+    EXPECT_NE(svg.str().find(".."), std::string::npos);
+}
+
 TEST(BusValueText, RadixAndNotationAsDesignersWriteThem) {
     // clang-format off
     const struct { Radix radix; HDLanguage notation; const char* bits; const char* text; } cases[] = {

@@ -61,6 +61,10 @@ void generate(Diagram& d, unsigned seed) {
             t += 1 + pick(20);
             if (kind == SignalKind::Bit) {
                 ASSERT_TRUE(s.appendChange(t, static_cast<BitState>(pick(6))));
+            } else if (pick(5) == 0) {
+                // Texts with the characters the file escapes, repeated and empty ones.
+                const char* texts[] = {"IDLE", "", "say \"hi\"\\ \t\n\xC3\xA9", "3.25", "t"};
+                ASSERT_TRUE(s.appendText(t, texts[pick(5)]));
             } else {
                 std::string bits;
                 const int style = pick(4); // known, all x, all z, mixed
@@ -151,8 +155,10 @@ TEST(TqdFile, BadFilesNameTheLineAndWhatWasExpected) {
         {head + "Changes( \"a\" 0 1\n 5 )", "f.tqd:5: expected a value after the time in Changes"},
         {head + "Changes( \"a\" zero 1 )", "f.tqd:4: expected a time (a whole number) in Changes, found 'zero'"},
         {head + "Changes( \"nope\" 0 1 )", "f.tqd:4: unknown signal 'nope' (a Signal section must define it above)"},
-        {head + "Changes( \"b\" 0 \"hg1\" )", "f.tqd:4: expected a bus value \"h...\" or \"b...\" in Changes, found 'hg1'"},
-        {head + "Changes( \"b\" 0 1 )", "f.tqd:4: expected a bus value \"h...\" or \"b...\" in Changes, found '1'"},
+        {head + "Changes( \"b\" 0 \"hg1\" )", "f.tqd:4: expected a bus value \"h...\", \"b...\" or \"t...\" in Changes, found 'hg1'"},
+        {head + "Changes( \"b\" 0 1 )", "f.tqd:4: expected a bus value \"h...\", \"b...\" or \"t...\" in Changes, found '1'"},
+        {head + "Changes( \"b\" 0 \"\" )", "f.tqd:4: expected a bus value \"h...\", \"b...\" or \"t...\" in Changes, found nothing"},
+        {head + "Changes( \"a\" 0 \"tIDLE\" )", "f.tqd:4: expected a bit value 0, 1, x, z, l or h in Changes, found 'tIDLE'"},
         {head + "Arrow( from(\"a\", 1) to(\"zz\", 2) )", "f.tqd:4: unknown signal 'zz' (a Signal section must define it above)"},
         {head + "Arrow( from(\"a\", 1) )", "f.tqd:4: expected from(\"signal\", time) and to(\"signal\", time) in Arrow"},
         {head + "Arrow( from(\"a\", 1) to(\"a\", 2) shape(wavy) )", "f.tqd:4: expected straight or curved in shape(...), found 'wavy'"},
@@ -189,9 +195,9 @@ TEST(TqdFile, TheDocumentedExampleReadsAndKeepsItsForeignSection) {
     Diagram d;
     std::string error;
     ASSERT_TRUE(TqdReader::readText(text, "example.tqd", d, error)) << error;
-    EXPECT_EQ(d.signalCount(), 6u);
-    EXPECT_EQ(d.signal(5).kind(), SignalKind::Spacer);
-    EXPECT_FALSE(d.signal(5).nameShown());
+    EXPECT_EQ(d.signalCount(), 7u);
+    EXPECT_EQ(d.signal(6).kind(), SignalKind::Spacer);
+    EXPECT_FALSE(d.signal(6).nameShown());
     ASSERT_EQ(d.arrows().size(), 2u);
     EXPECT_EQ(
         d.arrows()[1],
@@ -199,7 +205,9 @@ TEST(TqdFile, TheDocumentedExampleReadsAndKeepsItsForeignSection) {
             {"spacer 1", 65}, {"spacer 1", 145}, "write", ArrowShape::Curved, ArrowHeads::Both}));
     EXPECT_EQ(d.signal(2).changeBinary(1), "0001101001000000");
     EXPECT_EQ(d.signal(3).changeBinary(2), "0101xx10");
-    EXPECT_EQ(d.signal(4).changeState(0), BitState::WeakLow);
+    EXPECT_EQ(d.signal(5).changeState(0), BitState::WeakLow);
+    EXPECT_EQ(d.signal(4).changeText(1), "WRITE \"A\"");
+    EXPECT_EQ(d.signal(4).changeBinary(1), "xx");
     ASSERT_EQ(d.foreignSections().size(), 1u);
     EXPECT_EQ(written(d).substr(written(d).rfind("ViewerState")),
               "ViewerState( zoom(\"2.5\") scroll(0) )\n");

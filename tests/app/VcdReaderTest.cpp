@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -24,6 +26,8 @@ std::string valueAt(const Signal& signal, Time time) {
     const std::size_t index = signal.indexAt(time);
     if (index == Signal::npos)
         return "(none)";
+    if (signal.changeHasText(index))
+        return std::string("'").append(signal.changeText(index)).append("'");
     if (signal.kind() == SignalKind::Bus)
         return signal.changeBinary(index);
     return std::string(1, bitStateChar(signal.changeState(index)));
@@ -223,27 +227,48 @@ TEST(VcdReader, HandWrittenDumpsGiveTheseValues) {
     EXPECT_EQ(odd.findSignal("[a:b]"), 0u);
 }
 
-TEST(VcdReader, RealValuesAreNotesOnTheirRowAndOddInputIsWarnedAboutOnce) {
+TEST(VcdReader, RealAndStringValuesAreTextsOfTheirBusAndOddInputIsWarnedAboutOnce) {
     Diagram diagram;
     std::string error;
     VcdReader reader("real.vcd");
     const std::string text = std::string(v_header) +
-                             "$scope module top $end $var wire 1 & a $end $upscope $end\n"
+                             "$scope module top $end $var wire 1 & a $end\n"
+                             "$var string 1 ' mode $end $upscope $end\n"
                              "$enddefinitions $end\n"
-                             "#0 r1.5 # r-2e-3 # 1? 1? #4 r3.25 # b1 #";
-    // top.a declared twice, an undeclared code twice, a bit value on the real; of two values
-    // at one time the later stays.
+                             "#0 r1.5 # r-2e-3 # 1? 1? sidle ' #4 r3.25 # b1 # r3.25 # "
+                             "sbusy\\x20now ' #6 b1 ! ridle ! r1 '";
+    // top.a declared twice, an undeclared code twice, bit values on the real, a real and a
+    // string value on a logic variable and a string; of two values at one time the later
+    // stays.
     ASSERT_TRUE(reader.readText(text, "real.vcd", diagram, error)) << error;
-    std::vector<std::string> notes;
-    for (const Annotation& note : diagram.annotations()) {
-        EXPECT_EQ(note.signal, "top.r");
-        notes.push_back(std::to_string(note.time) + ":" + note.text);
+    // clang-format off
+    const struct { const char* name; unsigned width; std::vector<std::string> probes; } cases[] = {
+        {"top.r", 64, {"-1=(none)", "0='-2e-3'", "39='-2e-3'", "40='3.25'", "99='3.25'"}},
+        {"top.mode", 1, {"0='idle'", "40='busy\\x20now'", "60='1'"}},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        const std::size_t index = diagram.findSignal(c.name);
+        ASSERT_NE(index, Signal::npos) << c.name;
+        const Signal& signal = diagram.signal(index);
+        EXPECT_EQ(signal.kind(), SignalKind::Bus) << c.name;
+        EXPECT_EQ(signal.width(), c.width) << c.name;
+        for (const std::string& probe : c.probes) {
+            const std::size_t equals = probe.find('=');
+            EXPECT_EQ(valueAt(signal, std::stoll(probe.substr(0, equals))),
+                      probe.substr(equals + 1))
+                << c.name << "@" << probe;
+        }
     }
-    EXPECT_EQ(notes, (std::vector<std::string>{"0:-2e-3", "40:3.25"}));
+    EXPECT_EQ(valueAt(diagram.signal(diagram.findSignal("top.a")), 60), "1");
+    EXPECT_EQ(diagram.signal(diagram.findSignal("top.r")).changeCount(), 2u);
+    EXPECT_TRUE(diagram.annotations().empty());
     EXPECT_EQ(reader.warnings(),
               (std::vector<std::string>{"variables declared twice under one name were kept once",
                                         "value changes of undeclared identifier codes were skipped",
                                         "bit values given to real or string variables were "
+                                        "skipped",
+                                        "real or string values given to logic variables were "
                                         "skipped"}));
 }
 
@@ -275,6 +300,47 @@ TEST(VcdReader, BadDumpsGiveFileAndLineAndLeaveTheDiagramAlone) {
         EXPECT_FALSE(reader.readText(c.text, "bad.vcd", diagram, error)) << c.text;
         EXPECT_EQ(error, c.message);
         EXPECT_EQ(diagram.title(), "kept");
+    }
+}
+
+TEST(VcdReader, AValueAndItsCodeAreReadWholeWhereverTheChunkEnds) {
+    // Records "#TTTTTTT\nb<64 digits> !!\n", with the first chunk made to end at each place in
+    // one of them: in the time, in the digits, after them, after the space, in the code.
+    TemporaryFolder folder;
+    const fs::path path = folder.path() / "cut.vcd";
+    const std::string head = "$timescale 1ns $end $var wire 64 !! w $end $enddefinitions $end\n";
+    const std::size_t record = 9 + 1 + 64 + 4;
+    const auto digitsAt = [](std::uint64_t t) {
+        std::string digits;
+        const std::uint64_t bits = t * 0x9E3779B97F4A7C15ull;
+        for (int b = 63; b >= 0; --b)
+            digits.push_back((bits >> b) & 1 ? '1' : '0');
+        return digits;
+    };
+    for (const std::size_t cut : {3u, 10u, 40u, 74u, 75u, 76u, 77u}) {
+        const std::size_t comment = std::string("$comment  $end\n").size();
+        const std::size_t before =
+            (VcdReader::v_chunkBytes - head.size() - comment - record) / record;
+        const std::size_t filler =
+            VcdReader::v_chunkBytes - head.size() - comment - before * record - cut;
+        // A second full chunk overwrites the bytes of the first.
+        const std::size_t records = 2 * before + 20;
+        {
+            std::ofstream out(path);
+            out << head << "$comment " << std::string(filler, '.') << " $end\n";
+            char time[32];
+            for (std::size_t t = 0; t < records; ++t) {
+                std::snprintf(time, sizeof time, "#%07zu\n", t);
+                out << time << 'b' << digitsAt(t) << " !!\n";
+            }
+        }
+        Diagram diagram;
+        std::string error;
+        ASSERT_TRUE(readDiagramFile(path.string(), diagram, error)) << error << " cut " << cut;
+        const Signal& w = diagram.signal(0);
+        ASSERT_EQ(w.changeCount(), records) << cut;
+        for (std::size_t t = 0; t < records; ++t)
+            ASSERT_EQ(w.changeBinary(t), digitsAt(t)) << "change " << t << " cut " << cut;
     }
 }
 

@@ -24,6 +24,8 @@ std::string valueAt(const Signal& signal, Time time) {
     const std::size_t index = signal.indexAt(time);
     if (index == Signal::npos)
         return "(none)";
+    if (signal.changeHasText(index))
+        return std::string("'").append(signal.changeText(index)).append("'");
     if (signal.kind() == SignalKind::Bus)
         return signal.changeBinary(index);
     return std::string(1, bitStateChar(signal.changeState(index)));
@@ -45,38 +47,40 @@ void checkProbes(const Diagram& diagram, const std::vector<std::string>& probes,
 
 TEST(WaveJsonReader, TableOfDiagramsReadsAndDrawsWithTheseCounts) {
     // Times in ns: one wave character is 10 ns, times hscale and the lane's period; phase moves
-    // a lane earlier. Notes are the data labels that are not numbers.
+    // a lane earlier. Texts are the data slots of lanes whose labels are not all numbers, and
+    // the unlabelled slots; such a lane is one bit wide.
     // clang-format off
     const struct {
         const char* file;
-        std::size_t lanes, groups, notes, arrows, gaps;
+        std::size_t lanes, groups, texts, arrows, gaps;
         Time spanStart, spanEnd;
         std::size_t warnings;
         std::vector<std::string> probes;
     } cases[] = {
-        {"asciiwave_step6.json", 5, 0, 13, 0, 0, -5, 164, 3,
-         {"CK@5=1", "CK@15=0", "CK@25=1", "CMD@14=xxx", "CMD@16=001", "CMD@26=xxx", "DQ@103=zzz",
-          "DQ@104=001", "DQS@83=z", "DQS@84=0"}},
+        {"asciiwave_step6.json", 5, 0, 13, 0, 0, -5, 164, 2,
+         {"CK@5=1", "CK@15=0", "CK@25=1", "CMD@14=x", "CMD@16='RAS'", "CMD@26=x", "DQ@103=z",
+          "DQ@104='D0'", "DQS@83=z", "DQS@84=0"}},
         {"asciiwave_test1.json", 3, 0, 0, 0, 0, 0, 80, 1,
          {"lane 1@5=1", "lane 1@12=1", "lane 1@17=0", "lane 1@33=0", "lane 1@37=1", "lane 1@45=1",
           "lane 1@57=0", "lane 1@77=1", "lane 2@5=1", "lane 3@45=0"}},
-        {"spi_coo.js", 11, 2, 6, 0, 0, 0, 300, 4,
-         {"d@15=1", "d@25=x", "q@15=1", "d (2)@199=xx", "d (2)@200=01", "a (2)@219=0",
+        {"spi_coo.js", 11, 2, 10, 0, 0, 0, 300, 3,
+         {"d@15='C'", "d@25=x", "q@15=1", "d (2)@199=x", "d (2)@200='D0'", "a (2)@219=0",
           "a (2)@220=1", "IO0@35=111", "IO0@45=110", "IO0@105=000", "IO1@265=000", "IO1@275=xxx"}},
-        {"spi_data.js", 13, 0, 4, 0, 0, 0, 200, 3,
-         {"cmdq@15=1", "reqd@80=1", "reqd@100=x", "reqa@85=0", "reqa@90=1", "IO0@115=111",
-          "IO0@185=000", "IO0@195=xxx", "SCK@5=1", "SCK@32=0", "SCK@37=1", "SCK@42=0"}},
-        {"axi4_beats.js", 7, 0, 18, 0, 0, 0, 150, 3,
-         {"ACLK@3=1", "ACLK@7=0", "ARESETn@5=0", "ARESETn@15=1", "R@35=001", "R@45=010", "B@145=10"}},
+        {"spi_data.js", 13, 0, 8, 0, 0, 0, 200, 3,
+         {"cmdq@15=1", "reqd@80='D0'", "reqd@100=x", "reqa@85=0", "reqa@90=1", "IO0@115=111",
+          "IO0@185=000", "IO0@195=xxx", "SCK@5=''", "SCK@32=0", "SCK@37=1", "SCK@42=0"}},
+        {"axi4_beats.js", 7, 0, 18, 0, 0, 0, 150, 2,
+         {"ACLK@3=1", "ACLK@7=0", "ARESETn@5=0", "ARESETn@15=1", "R@35='T1D0'", "R@45='T1D1'",
+          "B@145='T4'"}},
         {"ws2813_general.js", 5, 0, 0, 0, 0, 0, 190, 2,
          {"Data@85=0", "Data@125=1", "Data@165=0", "start@55=1", "CLK@15=0"}},
-        {"features.json5", 8, 2, 4, 3, 4, -10, 390, 6,
-         {"clk@5=1", "clk@15=0", "clk@125=1", "<b>data<sub>in</sub></b>@39=xxx",
-          "<b>data<sub>in</sub></b>@50=001", "<b>data<sub>in</sub></b>@70=010",
-          "<b>data<sub>in</sub></b>@110=xxx", "<b>data<sub>in</sub></b>@150=100",
+        {"features.json5", 8, 2, 5, 3, 4, -10, 390, 5,
+         {"clk@5=1", "clk@15=0", "clk@125=1", "<b>data<sub>in</sub></b>@39=x",
+          "<b>data<sub>in</sub></b>@50='head'", "<b>data<sub>in</sub></b>@70='body'",
+          "<b>data<sub>in</sub></b>@110=x", "<b>data<sub>in</sub></b>@150='data'",
           "req@50=1", "req@110=0", "req@150=1", "req@190=0", "count@0=011111", "count@45=100000",
           "ack@-10=1", "ack@260=1", "ack@280=0", "ack@320=1", "misc@5=z", "misc@25=h",
-          "misc@45=l", "misc@65=0", "misc@85=1", "misc@145=x", "nine@0=1"}},
+          "misc@45=l", "misc@65=0", "misc@85=1", "misc@145=x", "nine@0=''"}},
         // The further public examples, with spacer rows, node-only rows and shaped edges.
         {"wavedrom_signal_arcs.json5", 5, 0, 0, 9, 0, 0, 150, 1,
          {"A@10=1", "A@100=0", "C@30=1", "E@50=1", "E@60=0"}},
@@ -131,7 +135,8 @@ TEST(WaveJsonReader, TableOfDiagramsReadsAndDrawsWithTheseCounts) {
         ASSERT_TRUE(reader.readText(text.str(), c.file, diagram, error)) << error;
         EXPECT_EQ(diagram.signalCount(), c.lanes) << c.file;
         EXPECT_EQ(diagram.groups().size(), c.groups) << c.file;
-        EXPECT_EQ(diagram.annotations().size(), c.notes) << c.file;
+        EXPECT_EQ(diagram.totalTexts(), c.texts) << c.file;
+        EXPECT_TRUE(diagram.annotations().empty()) << c.file;
         EXPECT_EQ(diagram.arrows().size(), c.arrows) << c.file;
         EXPECT_EQ(diagram.gaps().size(), c.gaps) << c.file;
         EXPECT_EQ(diagram.spanStart(), c.spanStart) << c.file;
@@ -178,8 +183,9 @@ TEST(WaveJsonReader, DecorationsGroupsAndMarkupOfTheFeaturesFile) {
     EXPECT_FALSE(spacer.nameShown());
     EXPECT_TRUE(diagram.signal(0).nameShown());
     EXPECT_EQ(diagram.gaps()[0], (Gap{120, "clk"}));
-    EXPECT_EQ(diagram.annotations()[0], (Annotation{40, data, "head"}));
-    EXPECT_EQ(diagram.annotations()[3], (Annotation{140, data, "data"}));
+    const Signal& lane = diagram.signal(diagram.findSignal(data));
+    EXPECT_EQ(lane.changeText(lane.indexAt(40)), "head");
+    EXPECT_EQ(lane.changeText(lane.indexAt(140)), "data");
 }
 
 TEST(WaveJsonReader, EdgeShapesAndNodesOnSpacerRowsOfThePublicExamples) {
