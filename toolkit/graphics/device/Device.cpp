@@ -261,8 +261,14 @@ void Device::primitiveDrawAlignedText(const char* text, const DevicePoint& at, i
                                       DeviceRectangle& bounds) {
     if (!m_painter || !text)
         return;
+    // alignText leaves the painter set to font; drawing straight away spares a second font
+    // change and a second measurement for every name and label on the screen.
+    WsiFont* previous = selectedFont();
     DevicePoint start;
     alignText(text, at, length, font, h, v, start, bounds);
-    long advance = 0;
-    primitiveDrawText(text, start, length, font, advance);
+    m_painter->drawText(start.toQPoint(), WsiFontMetric::textOf(text, length));
+    if (previous)
+        selectFont(*previous);
+    else
+        deselectFont(); // font belongs to the caller and may not outlive this call
 }
