@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
+#include <QRegion>
 #include <QScrollBar>
 #include <QWheelEvent>
 
@@ -257,7 +258,13 @@ void DiagramView::paintEvent(QPaintEvent* event) {
     const QRect exposed = event->rect();
     if (ensurePicture(exposed.top() + top, exposed.bottom() + 1 + top)) {
         // Scrolling, the cursor and uncovered parts of the window only copy the exposed part.
-        painter.drawImage(exposed, m_picture, exposed.translated(0, top));
+        // A window larger than the diagram is white beyond it: the viewport paints opaquely,
+        // so nothing else clears that part.
+        const QRect picture(0, -top, m_picture.width(), m_picture.height());
+        const QRect shown = exposed & picture;
+        painter.drawImage(shown, m_picture, shown.translated(0, top));
+        for (const QRect& beyond : QRegion(exposed).subtracted(picture))
+            painter.fillRect(beyond, Qt::white);
     } else {
         painter.fillRect(exposed, Qt::white);
         painter.translate(0, -top);

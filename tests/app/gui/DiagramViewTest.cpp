@@ -207,4 +207,17 @@ TEST_F(DiagramViewTest, FramesShowTheWholePicturesPixelsWhereverTheyAreScrolled)
     }
 }
 
+TEST_F(DiagramViewTest, AWindowTallerThanTheDiagramIsWhiteBelowIt) {
+    DiagramPainter painter(diagram, view->renderOptions());
+    std::string error;
+    ASSERT_TRUE(painter.layout(error)) << error;
+    const QImage frame = view->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    ASSERT_LT(painter.height(), frame.height());
+    int dark = 0;
+    for (int y = painter.height(); y < frame.height(); ++y)
+        for (int x = 0; x < frame.width(); ++x)
+            dark += frame.pixel(x, y) != qRgb(255, 255, 255);
+    EXPECT_EQ(dark, 0);
+}
+
 } // namespace
