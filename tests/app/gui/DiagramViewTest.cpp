@@ -208,7 +208,8 @@ TEST_F(DiagramViewTest, FramesShowTheWholePicturesPixelsWhereverTheyAreScrolled)
 }
 
 TEST_F(DiagramViewTest, AWindowTallerThanTheDiagramIsWhiteBelowIt) {
-    DiagramPainter painter(diagram, view->renderOptions());
+    const RenderOptions options = view->renderOptions();
+    DiagramPainter painter(diagram, options);
     std::string error;
     ASSERT_TRUE(painter.layout(error)) << error;
     const QImage frame = view->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
