@@ -2,6 +2,7 @@
 // data/vcd give, at every time the testbench printed its variables, the values it printed;
 // hand-written dumps cover what the simulator does not write, and bad dumps give FILE:LINE.
 #include "io/VcdReader.h"
+#include "SignalProbes.h"
 #include "io/DiagramFile.h"
 #include "model/Diagram.h"
 
@@ -20,18 +21,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-// The value a signal shows at time, as Verilog's %b prints it.
-std::string valueAt(const Signal& signal, Time time) {
-    const std::size_t index = signal.indexAt(time);
-    if (index == Signal::npos)
-        return "(none)";
-    if (signal.changeHasText(index))
-        return std::string("'").append(signal.changeText(index)).append("'");
-    if (signal.kind() == SignalKind::Bus)
-        return signal.changeBinary(index);
-    return std::string(1, bitStateChar(signal.changeState(index)));
-}
 
 // A temporary folder, removed with its files.
 class TemporaryFolder {
@@ -207,15 +196,7 @@ TEST(VcdReader, HandWrittenDumpsGiveTheseValues) {
                                     "case.vcd", diagram, error))
             << error << " in " << c.body;
         EXPECT_EQ(diagram.timeUnit(), TimeUnit::ps);
-        for (const std::string& probe : c.probes) {
-            const std::size_t at = probe.find('@'), equals = probe.find('=');
-            const std::string name = probe.substr(0, at);
-            const Time time = std::stoll(probe.substr(at + 1, equals - at - 1));
-            const std::size_t index = diagram.findSignal(name);
-            ASSERT_NE(index, Signal::npos) << name;
-            EXPECT_EQ(valueAt(diagram.signal(index), time), probe.substr(equals + 1))
-                << probe << " in " << c.body;
-        }
+        checkProbes(diagram, c.probes, c.body);
     }
     // A name that starts with a bracket (an escaped name some writers strip) keeps it whole.
     Diagram odd;

@@ -2,6 +2,7 @@
 // data/wavejson) read and drawn, with their lanes, slots, labels and values checked, and bad
 // files reported as FILE:LINE.
 #include "io/WaveJsonReader.h"
+#include "SignalProbes.h"
 #include "io/DiagramFile.h"
 #include "model/Diagram.h"
 #include "render/DiagramExporter.h"
@@ -17,33 +18,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string valueAt(const Signal& signal, Time time) {
-    if (signal.kind() == SignalKind::Clock)
-        return std::string(1, bitStateChar(signal.clockLevel(time)));
-    const std::size_t index = signal.indexAt(time);
-    if (index == Signal::npos)
-        return "(none)";
-    if (signal.changeHasText(index))
-        return std::string("'").append(signal.changeText(index)).append("'");
-    if (signal.kind() == SignalKind::Bus)
-        return signal.changeBinary(index);
-    return std::string(1, bitStateChar(signal.changeState(index)));
-}
-
-// "name@time=value" probes, as in the dump reader's test.
-void checkProbes(const Diagram& diagram, const std::vector<std::string>& probes,
-                 const std::string& where) {
-    for (const std::string& probe : probes) {
-        const std::size_t at = probe.rfind('@'), equals = probe.rfind('=');
-        const std::string name = probe.substr(0, at);
-        const Time time = std::stoll(probe.substr(at + 1, equals - at - 1));
-        const std::size_t index = diagram.findSignal(name);
-        ASSERT_NE(index, Signal::npos) << name << " in " << where;
-        EXPECT_EQ(valueAt(diagram.signal(index), time), probe.substr(equals + 1))
-            << probe << " in " << where;
-    }
-}
 
 TEST(WaveJsonReader, TableOfDiagramsReadsAndDrawsWithTheseCounts) {
     // Times in ns: one wave character is 10 ns, times hscale and the lane's period; phase moves

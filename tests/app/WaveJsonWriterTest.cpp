@@ -2,6 +2,7 @@
 // the same values at every slot (one written slot reads back as 10 ns), with their groups,
 // labels and arrows; what the format cannot hold is named.
 #include "io/WaveJsonWriter.h"
+#include "SignalProbes.h"
 #include "io/DiagramFile.h"
 #include "io/VcdReader.h"
 #include "io/WaveJsonReader.h"
@@ -21,19 +22,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string valueAt(const Signal& signal, Time time) {
-    if (signal.kind() == SignalKind::Clock)
-        return std::string(1, bitStateChar(signal.clockLevel(time)));
-    const std::size_t index = signal.indexAt(time);
-    if (index == Signal::npos)
-        return "x";
-    if (signal.changeHasText(index))
-        return std::string("'").append(signal.changeText(index)).append("'");
-    if (signal.kind() == SignalKind::Bus)
-        return signal.changeBinary(index);
-    return std::string(1, bitStateChar(signal.changeState(index)));
-}
 
 // Writes diagram and reads it back; the slot the writer chose is the span's divisor found
 // from the written text's first lane.
@@ -65,8 +53,8 @@ void expectSameSlots(const Diagram& original, const Diagram& again, Time slot,
         int mismatches = 0;
         for (Time t = from; t < original.spanEnd() && mismatches < 3; t += slot) {
             const Time mapped = (t - from) / slot * WaveJsonReader::v_slotTime;
-            const std::string expected = valueAt(a, t);
-            std::string found = valueAt(b, mapped);
+            const std::string expected = valueAt(a, t, "x");
+            std::string found = valueAt(b, mapped, "x");
             // A bus with no value yet reads back as all x.
             if (expected == "x" && found.find_first_not_of('x') == std::string::npos)
                 found.assign(1, 'x');
