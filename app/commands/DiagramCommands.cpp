@@ -471,7 +471,17 @@ int arrowAdd(const Call& call) {
     Arrow arrow;
     if (!edge(call, 0, arrow.from) || !edge(call, 2, arrow.to))
         return TCL_ERROR;
-    arrow.label = call.argc > 4 ? call.arg(4) : "";
+    // A word after the ends other than an option's name is the label, which may begin with a
+    // dash ("-5ns").
+    const bool labelled = call.argc > 4 && call.arg(4) != "-shape" && call.arg(4) != "-heads";
+    arrow.label = labelled ? call.arg(4) : "";
+    std::map<std::string, std::string> values;
+    if (!options(call, labelled ? 5 : 4, {"-shape", "-heads"}, values))
+        return TCL_ERROR;
+    if (values.count("-shape") && !tqd::parseArrowShape(values["-shape"], arrow.shape))
+        return call.fail("-shape takes straight or curved, not " + quote(values["-shape"]));
+    if (values.count("-heads") && !tqd::parseArrowHeads(values["-heads"], arrow.heads))
+        return call.fail("-heads takes none, end, begin or both, not " + quote(values["-heads"]));
     call.diagram().addArrow(arrow);
     return call.ok(std::to_string(call.diagram().arrows().size() - 1));
 }
@@ -544,7 +554,8 @@ const Subcommand v_signal[] = {
     {"list", "?PATTERN?", "the names of the (matching) signals, in order", 0, 1, signalList},
 };
 const Subcommand v_arrow[] = {
-    {"add", "FROMSIGNAL FROMTIME TOSIGNAL TOTIME ?LABEL?", "adds an arrow between two edges; returns its index", 4, 5, arrowAdd},
+    {"add", "FROMSIGNAL FROMTIME TOSIGNAL TOTIME ?LABEL? ?-shape straight|curved? ?-heads none|end|begin|both?",
+     "adds an arrow between two edges (straight, a head at the TO end by default; begin is the FROM end); returns its index", 4, 9, arrowAdd},
     {"remove", "INDEX", "removes an arrow", 1, 1, arrowRemove},
 };
 const Subcommand v_marker[] = {

@@ -486,10 +486,9 @@ private:
                 break;
             case tqd::KeyShape: {
                 std::string word;
-                if (!text(e, 0, word) || (word != "straight" && word != "curved"))
+                if (!text(e, 0, word) || !tqd::parseArrowShape(word, arrow.shape))
                     return fail(offsetOf(e), "expected straight or curved in shape(...), found " +
                                                  shown(item(e, 0)));
-                arrow.shape = word == "curved" ? ArrowShape::Curved : ArrowShape::Straight;
                 break;
             }
             case tqd::KeyHeads: {

@@ -41,6 +41,8 @@ constexpr Named v_radixNames[] = {{RadixBinary, "bin"},
                                   {RadixPlainDecimal, "sdec"}};
 constexpr Named v_notationNames[] = {
     {HDLNone, "plain"}, {HDLVerilog, "verilog"}, {HDLVHDL, "vhdl"}};
+constexpr Named v_shapeNames[] = {{static_cast<int>(ArrowShape::Straight), "straight"},
+                                  {static_cast<int>(ArrowShape::Curved), "curved"}};
 constexpr Named v_headsNames[] = {{static_cast<int>(ArrowHeads::End), "end"},
                                   {static_cast<int>(ArrowHeads::None), "none"},
                                   {static_cast<int>(ArrowHeads::Start), "begin"},
@@ -97,6 +99,18 @@ bool parseNotation(std::string_view text, HDLanguage& language) {
     if (!valueOf(v_notationNames, text, value))
         return false;
     language = static_cast<HDLanguage>(value);
+    return true;
+}
+
+const char* arrowShapeName(ArrowShape shape) {
+    return nameOf(v_shapeNames, static_cast<int>(shape));
+}
+
+bool parseArrowShape(std::string_view text, ArrowShape& shape) {
+    int value = 0;
+    if (!valueOf(v_shapeNames, text, value))
+        return false;
+    shape = static_cast<ArrowShape>(value);
     return true;
 }
 

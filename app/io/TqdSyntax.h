@@ -69,6 +69,9 @@ const char* radixName(Radix radix);
 /// Static text: "plain", "verilog" or "vhdl".
 const char* notationName(HDLanguage language);
 [[nodiscard]] bool parseNotation(std::string_view text, HDLanguage& language);
+/// Static text: "straight" or "curved".
+const char* arrowShapeName(ArrowShape shape);
+[[nodiscard]] bool parseArrowShape(std::string_view text, ArrowShape& shape);
 /// Static text: "none", "end", "begin" or "both" ("start" is a keyword of clocks).
 const char* arrowHeadsName(ArrowHeads heads);
 [[nodiscard]] bool parseArrowHeads(std::string_view text, ArrowHeads& heads);

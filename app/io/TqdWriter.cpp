@@ -177,7 +177,7 @@ void TqdWriter::write(const Diagram& diagram, std::ostream& out) {
         FileParser::storeKeywordQuotedString(out, "label", arrow.label.c_str());
         // The common arrow leaves both out, as files before curved arrows did.
         if (arrow.shape == ArrowShape::Curved)
-            FileParser::storeKeyword(out, "shape", "curved");
+            FileParser::storeKeyword(out, "shape", tqd::arrowShapeName(arrow.shape));
         if (arrow.heads != ArrowHeads::End)
             FileParser::storeKeyword(out, "heads", tqd::arrowHeadsName(arrow.heads));
         out << ")\n";

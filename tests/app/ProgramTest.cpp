@@ -162,6 +162,9 @@ TEST_F(Program, ScriptsDriveTheDiagramCommands) {
                               "signal add top.clk -period 10\n"
                               "signal add top.data -width 8 -radix hex -group Bus\n"
                               "signal add top.valid\n";
+    // The arrows as the saved file has them.
+    const std::string showSaved = "diagram save s.tqd\nset f [open s.tqd]\n"
+                                  "puts [lsearch -inline -all [split [read $f] \\n] Arrow*]\n";
     // clang-format off
     const struct { std::string script; std::vector<std::string> args; int status; const char* out; const char* err; } cases[] = {
         {build + "signal set top.data 0 x 20ns A5 40 8'h3C 60 z\n"
@@ -203,6 +206,18 @@ TEST_F(Program, ScriptsDriveTheDiagramCommands) {
         {"diagram open good.tqd\nputs [signal list top.cpu.*]\n", {}, 0, "top.cpu.req top.cpu.data", ""},
         {"diagram save\n", {}, 1, "", "the diagram has no file yet"},
         {build + "arrow remove 5\n", {}, 1, "", "no arrow with index \"5\""},
+        {build + "arrow add top.clk 20 top.valid 25 hold -shape curved -heads both\n" + showSaved, {}, 0,
+         "label(\"hold\") shape(curved) heads(both)", ""},
+        {build + "arrow add top.clk 20 top.valid 25 -heads none -shape straight\n" + showSaved, {}, 0,
+         "label(\"\") heads(none)", ""},
+        {build + "arrow add top.clk 20 top.valid 25 -heads begin\n" + showSaved, {}, 0, "heads(begin)", ""},
+        {build + "arrow add top.clk 20 top.valid 25 -5ns\n" + showSaved, {}, 0, "label(\"-5ns\") )", ""},
+        {build + "arrow add top.clk 20 top.valid 25 -shape bent\n", {}, 1, "", "-shape takes straight or curved, not \"bent\""},
+        {build + "arrow add top.clk 20 top.valid 25 x -heads start\n", {}, 1, "", "-heads takes none, end, begin or both, not \"start\""},
+        {build + "arrow add top.clk 20 top.valid 25 x -colour red\n", {}, 1, "", "unknown option \"-colour\": must be -shape, -heads"},
+        {build + "arrow add top.clk 20 top.valid 25 x -shape\n", {}, 1, "", "option \"-shape\" needs a value"},
+        {build + "arrow add top.clk 20 top.valid 25 x -shape curved -heads both -shape\n", {}, 1, "",
+         "wrong # args: should be \"arrow add FROMSIGNAL FROMTIME TOSIGNAL TOTIME ?LABEL? ?-shape straight|curved? ?-heads none|end|begin|both?\""},
         {build + "marker add soon\n", {}, 1, "", "expected a time such as 250ns, found 'soon'"},
         {build + "diagram export s.gif\n", {}, 1, "", "cannot tell the format of \"s.gif\""},
         {"puts \"[llength $argv] [lindex $argv 1]\"\n", {"x", "y z"}, 0, "2 y z", ""},
