@@ -64,7 +64,8 @@ const char* const v_convertHelp =
 const char* const v_infoHelp = "usage: tqdiagram info INPUT\n"
                                "\n"
                                "Lists the diagram's signals with their kinds, widths, number of "
-                               "changes and\ngroups, its time unit and its span.\n";
+                               "changes and\ngroups (a spacer row has neither width "
+                               "nor changes: \"-\"), its time unit\nand its span.\n";
 
 struct Usage {
     std::ostream& err;
@@ -275,12 +276,15 @@ int info(int argc, char** argv, std::ostream& out, std::ostream& err) {
         << "  kind    width   changes  group\n";
     for (std::size_t i = 0; i < diagram.signalCount(); ++i) {
         const Signal& s = diagram.signal(i);
+        // A spacer is an empty row: it has neither a width nor values, so both read "-".
+        const bool spacer = s.kind() == SignalKind::Spacer;
         const auto changes = s.kind() == SignalKind::Clock
                                  ? static_cast<std::size_t>(s.clockEdgeCount(start, end))
                                  : s.changeCount();
         out << std::left << std::setw(static_cast<int>(nameWidth)) << s.name() << "  "
-            << std::setw(6) << kindName(s.kind()) << std::right << std::setw(7) << s.width()
-            << std::setw(10) << changes << "  " << s.group();
+            << std::setw(6) << kindName(s.kind()) << std::right << std::setw(7)
+            << (spacer ? "-" : std::to_string(s.width())) << std::setw(10)
+            << (spacer ? "-" : std::to_string(changes)) << "  " << s.group();
         if (s.kind() == SignalKind::Clock)
             out << (s.group().empty() ? "" : " ") << "(period "
                 << formatTime(s.clock().period, unit) << ")";

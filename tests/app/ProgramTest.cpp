@@ -115,7 +115,7 @@ TEST_F(Program, VerbsAndOptionsGiveTheirStatusAndMessage) {
         {{"convert", "bad.tqd", "-o", "y.tqd"}, 1, "", "bad.tqd:2:"},
         {{"info"}, 2, "", "an INPUT file is needed"},
         {{"info", "good.tqd"}, 0, "top.cpu.data  bus         8         3", ""},
-        {{"info", TQ_SOURCE_DIR "/tests/app/data/wavejson/wavedrom_step5.js"}, 0, "\nlane 6  spacer      1         0  \nack ", ""},
+        {{"info", TQ_SOURCE_DIR "/tests/app/data/wavejson/wavedrom_step5.js"}, 0, "\nlane 6  spacer      -         -  \nack ", ""},
         {{"info", "good.tqd"}, 0, "changes:   6\ntexts:     1\n", ""},
         {{"script"}, 2, "", "a FILE.tcl is needed"},
         {{"script", "none.tcl"}, 1, "", "couldn't read file \"none.tcl\""},
