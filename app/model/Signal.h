@@ -118,9 +118,13 @@ public:
     /// Stored changes (0 for a clock: see clockEdges).
     std::size_t changeCount() const { return m_times.size(); }
     Time changeTime(std::size_t index) const { return m_times[index]; }
-    /// A bit change's state; for a bus, the state all bits share, or Unknown when they differ
-    /// in kind (some X, some Z) and Low/High as "a number" for a fully known value. A text
-    /// change is High: it shows as a slot with its text.
+    /// A bit change's state. For a bus, what its slot is drawn as: HighZ when every bit is Z
+    /// (a line at mid level), Unknown when any bit is X or Z (hatched when all are X), and
+    /// High for a slot that shows a value, a fully known number or a text; a bus is never Low.
+    /// A text change is High although its bits read as all X (changeValue): the renderer
+    /// draws a High slot outlined with its value (busValueText), and an Unknown one would be
+    /// hatched and lose its text. Whoever wants to know whether a slot is text asks
+    /// changeHasText.
     BitState changeState(std::size_t index) const;
     /// A bus change's value (sign character '0', the signal's width); for a bit signal a
     /// 1-bit value. By value.

@@ -18,7 +18,8 @@ struct WaveformRun {
     double x1 = 0;
     /// Steady: the index of the change whose value holds (Signal::npos for a clock).
     std::size_t change = Signal::npos;
-    /// Steady: the state shown (a clock's level, a bit's state, a bus's summary).
+    /// Steady: the state shown (a clock's level, a bit's state, a bus slot's kind as
+    /// Signal::changeState gives it: High for a slot with a number or a text).
     BitState state = BitState::Unknown;
     /// Steady: true when a change starts the run (an edge is drawn at x0).
     bool edge = false;

@@ -310,6 +310,43 @@ TEST(WaveformRuns, BusyStretchesBecomeOneBlockButALoneGlitchStays) {
     }
 }
 
+// A text slot's bits read as all X, but it is drawn as a slot with a value: outlined, never
+// hatched, even when its text is empty.
+TEST(WaveformRuns, TextSlotsAreDrawnAsSlotsWithAValueNotAsUnknownOnes) {
+    Diagram d;
+    d.setSpan(0, 100);
+    Signal& bus = d.addSignal("bus", SignalKind::Bus, 8);
+    // clang-format off
+    const struct { Time time; const char* text; const char* digits; BitState state; } steps[] = {
+        {0, nullptr, "x", BitState::Unknown}, {20, "", nullptr, BitState::High},
+        {40, "IDLE", nullptr, BitState::High}, {60, nullptr, "10100101", BitState::High},
+        {80, nullptr, "z", BitState::HighZ},
+    };
+    // clang-format on
+    for (const auto& slot : steps)
+        ASSERT_TRUE(slot.text ? bus.appendText(slot.time, slot.text)
+                              : bus.appendBinary(slot.time, slot.digits));
+    std::vector<WaveformRun> runs;
+    collectRuns(bus, TimeScale(0, 100, 0, 100), runs);
+    ASSERT_EQ(runs.size(), std::size(steps));
+    for (std::size_t i = 0; i < runs.size(); ++i)
+        EXPECT_EQ(runs[i].state, steps[i].state) << "slot at " << steps[i].time;
+
+    RenderOptions options;
+    QImage image;
+    std::string error;
+    ASSERT_TRUE(DiagramExporter::renderImage(d, options, image, error)) << error;
+    DiagramPainter painter(d, options);
+    ASSERT_TRUE(painter.layout(error));
+    const TimeScale& t = painter.timeScale();
+    const double middle = painter.rowMiddle("bus");
+    auto inside = [&](Time from) {
+        return inkIn(image, t.x(from + 5), middle - 5, t.x(from + 15), middle + 5);
+    };
+    EXPECT_GT(inside(0), 20) << "the unknown slot is hatched";
+    EXPECT_EQ(inside(20), 0) << "the slot with an empty text is blank inside";
+}
+
 // Text blended through a clip may round its antialiasing a grey level differently.
 bool samePixel(QRgb a, QRgb b) {
     return std::abs(qRed(a) - qRed(b)) <= 2 && std::abs(qGreen(a) - qGreen(b)) <= 2 &&
