@@ -356,10 +356,5 @@ int runViewer(int argc, char** argv) {
     client.createApplicationFunc = &createApplication;
     client.deleteApplicationFunc = &deleteApplication;
     client.startApplicationFunc = &startViewer;
-    TarqToolkit::registerToolkitClient(&client);
-    TarqToolkit::registerSelf();
-    TarqToolkit::initApplication();
-    const int result = TarqToolkit::startApplication(argc, argv, 0, 0);
-    TarqToolkit::shutDownApp();
-    return result;
+    return TarqToolkit::runApplication(&client, argc, argv);
 }

@@ -163,6 +163,17 @@ TEST_F(ToolkitRegistration, ApplicationLifecycleRunsThroughTheClientCallbacks) {
     TarqToolkit::setLicenseManagerSuppressed(false);
 }
 
+// What a program's main does in one call: the same callbacks in the same order as the steps
+// one by one, with the start callback's result and the application gone afterwards.
+TEST_F(ToolkitRegistration, RunApplicationRegistersStartsAndShutsDownInOneCall) {
+    SToolkitClient application = applicationClient();
+    char* argv[] = {const_cast<char*>("prog"), const_cast<char*>("x"), nullptr};
+    EXPECT_EQ(TarqToolkit::runApplication(&application, 2, argv), 42);
+    EXPECT_EQ(events, (Events{"create", "start 2 0 0", "delete", "application destroyed", "hook"}));
+    EXPECT_EQ(TarqToolkit::getAppiApp(), nullptr);
+    EXPECT_EQ(PdToolkit::getStringEntry(1), nullptr) << "the toolkit's own hook ran";
+}
+
 class Singleton : public TqObject {
 public:
     ~Singleton() override { events.push_back("singleton deleted"); }

@@ -89,6 +89,15 @@ int TarqToolkit::startApplication(int argc, char** argv, int a, int b) {
     return state.callbacks.start(argc, argv, a, b);
 }
 
+int TarqToolkit::runApplication(SToolkitClient* client, int argc, char** argv) {
+    assert(client->isApplication && "runApplication: the client must be the application");
+    registerToolkitClient(client);
+    initApplication();
+    const int result = startApplication(argc, argv, 0, 0);
+    shutDownApp();
+    return result;
+}
+
 long TarqToolkit::executeCommand(const char* command) {
     assert(state.callbacks.executeCommand &&
            "executeCommand: no application client has registered");

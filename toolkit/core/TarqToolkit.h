@@ -43,6 +43,13 @@ public:
     static void initApplication();
     /// Runs the application client's start callback with the same arguments; returns its result.
     static int startApplication(int argc, char** argv, int, int);
+    /// The whole life of a program's application client in one call: registers client (an
+    /// application client, which may be a temporary), creates the application, runs its start
+    /// callback with argc, argv, 0 and 0, then runs the shutdown hooks, which delete the
+    /// application and free the static buffers. Returns the start callback's result. The
+    /// caller has started the static buffers (TqObject::startUp) and any Qt application the
+    /// start callback needs.
+    static int runApplication(SToolkitClient* client, int argc, char** argv);
     /// Runs one command in the application; returns the application's result.
     static long executeCommand(const char* command);
     /// Runs the shutdown hooks in registration order. The hooks registered when it starts are
