@@ -93,6 +93,17 @@ bool readInput(const std::string& path, Diagram& diagram, std::ostream& err,
     return true;
 }
 
+// A word of a verb's command line that is not an option it knows: the one INPUT. Returns
+// the usage error, or "" when the word was taken.
+std::string takeInput(const std::string& arg, std::string& input) {
+    if (!arg.empty() && arg[0] == '-')
+        return "unknown option " + arg;
+    if (!input.empty())
+        return "one input only, not also " + arg;
+    input = arg;
+    return std::string();
+}
+
 // A time option, checked for its form now and converted to the diagram's unit once read.
 bool checkTime(const char* text, std::string& error) {
     Time ignored = 0;
@@ -144,12 +155,8 @@ int render(int argc, char** argv, std::ostream& out, std::ostream& err) {
             options.slopedEdges = false;
         } else if (arg == "--print-setup") {
             printSetup = value;
-        } else if (!arg.empty() && arg[0] == '-') {
-            return usage.fail("unknown option " + arg);
-        } else if (input.empty()) {
-            input = arg;
-        } else {
-            return usage.fail("one input only, not also " + arg);
+        } else if (const std::string wrong = takeInput(arg, input); !wrong.empty()) {
+            return usage.fail(wrong);
         }
     }
     if (input.empty())
@@ -202,12 +209,8 @@ int convert(int argc, char** argv, std::ostream& out, std::ostream& err) {
             if (i + 1 >= argc)
                 return usage.fail("option " + arg + " needs a value");
             output = argv[++i];
-        } else if (!arg.empty() && arg[0] == '-') {
-            return usage.fail("unknown option " + arg);
-        } else if (input.empty()) {
-            input = arg;
-        } else {
-            return usage.fail("one input only, not also " + arg);
+        } else if (const std::string wrong = takeInput(arg, input); !wrong.empty()) {
+            return usage.fail(wrong);
         }
     }
     if (input.empty() || output.empty())
@@ -251,14 +254,19 @@ const char* kindName(SignalKind kind) {
 
 int info(int argc, char** argv, std::ostream& out, std::ostream& err) {
     const Usage usage{err, "info"};
-    if (argc >= 1 && isHelp(argv[0])) {
-        out << v_infoHelp;
-        return ProgramSuccess;
+    std::string input;
+    for (int i = 0; i < argc; ++i) {
+        if (isHelp(argv[i])) {
+            out << v_infoHelp;
+            return ProgramSuccess;
+        }
+        if (const std::string wrong = takeInput(argv[i], input); !wrong.empty())
+            return usage.fail(wrong);
     }
-    if (argc != 1 || argv[0][0] == '-')
-        return usage.fail(argc == 0 ? "an INPUT file is needed" : "one INPUT file only");
+    if (input.empty())
+        return usage.fail("an INPUT file is needed");
     Diagram diagram;
-    if (!readInput(argv[0], diagram, err))
+    if (!readInput(input, diagram, err))
         return ProgramBadInput;
     const TimeUnit unit = diagram.timeUnit();
     const Time start = diagram.spanStart(), end = diagram.spanEnd();
