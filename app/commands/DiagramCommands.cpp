@@ -107,6 +107,14 @@ std::size_t signalNamed(const Call& call, const std::string& name) {
 
 // --- diagram --------------------------------------------------------------------------------
 
+// The session's diagram was replaced: it belongs to path (empty: none yet) and exports show
+// its whole span again.
+void beginDiagram(DiagramSession& session, const std::string& path) {
+    session.path = path;
+    session.from.reset();
+    session.to.reset();
+}
+
 int diagramNew(const Call& call) {
     std::map<std::string, std::string> values;
     if (!options(call, 0, {"-title", "-unit", "-span"}, values))
@@ -136,9 +144,7 @@ int diagramNew(const Call& call) {
         fresh.setSpan(from, to);
     }
     call.session.diagram.assign(std::move(fresh));
-    call.session.path.clear();
-    call.session.from.reset();
-    call.session.to.reset();
+    beginDiagram(call.session, std::string());
     return call.ok();
 }
 
@@ -146,9 +152,7 @@ int diagramOpen(const Call& call) {
     std::string error;
     if (!readDiagramFile(call.arg(0), call.session.diagram, error))
         return call.fail(error);
-    call.session.path = call.arg(0);
-    call.session.from.reset();
-    call.session.to.reset();
+    beginDiagram(call.session, call.arg(0));
     return call.ok(std::to_string(call.diagram().signalCount()));
 }
 
@@ -248,9 +252,7 @@ int diagramInfo(const Call& call) {
 int diagramClose(const Call& call) {
     Diagram empty;
     call.session.diagram.assign(std::move(empty));
-    call.session.path.clear();
-    call.session.from.reset();
-    call.session.to.reset();
+    beginDiagram(call.session, std::string());
     return call.ok();
 }
 

@@ -203,6 +203,9 @@ TEST_F(Program, ScriptsDriveTheDiagramCommands) {
          {}, 0, "2", ""},
         {build + "puts [view range 10ns 50ns]\n", {}, 0, "10ns 50ns", ""},
         {build + "view range 50 10\n", {}, 1, "", "the range must end after it starts"},
+        {build + "view range 10ns 50ns\ndiagram open good.tqd\nputs \"[view range] [dict get [diagram info] file]\"\n"
+                 "view range 10ns 50ns\ndiagram close\nputs \"[view range] {[dict get [diagram info] file]}\"\n",
+         {}, 0, "0ns 100ns good.tqd\n0ns 1ns {}\n", ""},
         {"diagram new -unit ps\nputs [dict get [diagram info] unit]\n", {}, 0, "ps", ""},
         {"diagram new -unit lightyears\n", {}, 1, "", "expected a time unit fs, ps, ns, us, ms or s"},
         {"diagram open nowhere.tqd\n", {}, 1, "", "nowhere.tqd: cannot open the file"},
