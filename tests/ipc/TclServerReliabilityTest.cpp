@@ -128,6 +128,10 @@ class ShortConnections : public ServerTest, public ::testing::WithParamInterface
 
 TEST_P(ShortConnections, AreNeverRefusedWhileAtMostSixteenAreAlive) {
     const int clients = GetParam(), connectionsPerClient = connectionsPerCase / clients;
+    // The usual one-second slot wait is policy, not what is checked here: on a loaded machine
+    // servicing a departed client's "quit" can take longer, and refusing its successor then
+    // would fail the test for the machine's sake. Refusal has a test of its own.
+    server.setSlotWait(60000);
     std::atomic<int> refused{0};
     std::vector<std::thread> threads;
     for (int client = 0; client < clients; ++client)
