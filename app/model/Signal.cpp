@@ -63,7 +63,7 @@ std::size_t Signal::slotFor(Time time, bool& replace) {
         replace = false;
         return m_times.size();
     }
-    const auto it = std::lower_bound(m_times.begin(), m_times.end(), time);
+    const Time* it = std::lower_bound(m_times.begin(), m_times.end(), time);
     replace = it != m_times.end() && *it == time;
     return static_cast<std::size_t>(it - m_times.begin());
 }
@@ -77,8 +77,8 @@ void Signal::placeState(Time time, BitState state) {
         m_times.push_back(time);
         m_states.push_back(state);
     } else {
-        m_times.insert(m_times.begin() + static_cast<std::ptrdiff_t>(index), time);
-        m_states.insert(m_states.begin() + static_cast<std::ptrdiff_t>(index), state);
+        m_times.insert(index, 1, time);
+        m_states.insert(index, 1, state);
     }
 }
 
@@ -87,16 +87,15 @@ std::uint64_t* Signal::placeBusValue(Time time) {
     if (m_times.empty() || time > m_times.back()) {
         // Appending in time order, as readers do: new words come zeroed.
         m_times.push_back(time);
-        m_words.resize(m_words.size() + words);
         if (!m_textOf.empty())
             m_textOf.push_back(v_noText);
-        return m_words.data() + m_words.size() - words;
+        return m_words.resize(m_words.size() + words);
     }
     bool replace = false;
     const std::size_t index = slotFor(time, replace);
     if (!replace) {
-        m_times.insert(m_times.begin() + static_cast<std::ptrdiff_t>(index), time);
-        m_words.insert(m_words.begin() + static_cast<std::ptrdiff_t>(index * words), words, 0);
+        m_times.insert(index, 1, time);
+        m_words.insert(index * words, words, 0);
         if (!m_textOf.empty())
             m_textOf.insert(m_textOf.begin() + static_cast<std::ptrdiff_t>(index), v_noText);
     } else if (!m_textOf.empty()) {
@@ -255,15 +254,15 @@ bool Signal::appendKnownBinary(Time time, std::string_view digits) {
 std::size_t Signal::eraseChanges(Time from, Time to) {
     const std::size_t first = firstIndexFrom(from);
     const std::size_t last = std::max(first, firstIndexFrom(to));
-    const auto begin = static_cast<std::ptrdiff_t>(first), end = static_cast<std::ptrdiff_t>(last);
-    m_times.erase(m_times.begin() + begin, m_times.begin() + end);
+    m_times.erase(first, last);
     if (m_kind == SignalKind::Bit) {
-        m_states.erase(m_states.begin() + begin, m_states.begin() + end);
+        m_states.erase(first, last);
     } else if (m_kind == SignalKind::Bus) {
-        const auto words = static_cast<std::ptrdiff_t>(2 * wordsPerPlane());
-        m_words.erase(m_words.begin() + begin * words, m_words.begin() + end * words);
+        const std::size_t words = 2 * wordsPerPlane();
+        m_words.erase(first * words, last * words);
         if (!m_textOf.empty())
-            m_textOf.erase(m_textOf.begin() + begin, m_textOf.begin() + end);
+            m_textOf.erase(m_textOf.begin() + static_cast<std::ptrdiff_t>(first),
+                           m_textOf.begin() + static_cast<std::ptrdiff_t>(last));
     }
     return last - first;
 }

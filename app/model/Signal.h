@@ -2,6 +2,7 @@
 /// sorted by time in compact arrays, so that a time window is found by binary search.
 #pragma once
 
+#include "model/RemapArray.h"
 #include "model/Time.h"
 
 #include "hdl/BigInt.h"
@@ -192,11 +193,12 @@ private:
     std::string m_group;
     ClockSpec m_clock;
     BusFormat m_format;
-    std::vector<Time> m_times;
+    // Changes are kept in arrays that grow without copying: a reader appends millions.
+    RemapArray<Time> m_times;
     // Bit signals: one state a change.
-    std::vector<BitState> m_states;
+    RemapArray<BitState> m_states;
     // Buses: 2 * wordsPerPlane() words a change.
-    std::vector<std::uint64_t> m_words;
+    RemapArray<std::uint64_t> m_words;
     // Buses with text: per change an index into m_texts, or v_noText. Empty while no change
     // has text, so a signal of numbers pays nothing for it.
     static constexpr std::uint32_t v_noText = 0xffffffffu;
