@@ -88,6 +88,13 @@ public:
         m_size = size;
         return first;
     }
+    /// Appends count values left unset, for the caller to set, and returns the first.
+    T* extend(std::size_t count) {
+        if (m_size + count > m_capacity)
+            grow(m_size + count);
+        m_size += count;
+        return m_data + m_size - count;
+    }
     /// Inserts count copies of value before position (at most size()).
     void insert(std::size_t position, std::size_t count, const T& value) {
         if (m_size + count > m_capacity)

@@ -173,9 +173,9 @@ private:
     std::size_t wordsPerPlane() const { return (m_width + 63) / 64; }
     // Where a change at time goes: its index, and whether it replaces the one there.
     std::size_t slotFor(Time time, bool& replace);
-    // Makes room for (or reuses) the change at time and returns the first of its value words
-    // (null for a bit signal, whose state the caller stores).
-    std::uint64_t* placeBusValue(Time time);
+    // Makes room for (or reuses) the change at time and returns the first of its value words,
+    // zeroed unless the caller sets them all.
+    std::uint64_t* placeBusValue(Time time, bool zeroed = true);
     void placeState(Time time, BitState state);
     // The common case of appendBinary: a bus value of at most v_fastDigits digits, all 0 or 1,
     // no more than the width. False, nothing placed, for any other.

@@ -165,7 +165,8 @@ TEST(Signal, BinaryDigitsOfEveryLengthAroundTheWordSizeReadBackAsWritten) {
     for (const unsigned width : {1u, 2u, 7u, 8u, 9u, 31u, 63u, 64u, 65u, 127u, 129u, 256u, 300u}) {
         Signal bus("b", SignalKind::Bus, width);
         std::vector<std::string> expected;
-        for (const unsigned length : {1u, 7u, 8u, 9u, 16u, 17u, 63u, 64u, 65u, 257u, 301u}) {
+        for (const unsigned length :
+             {1u, 2u, 3u, 7u, 8u, 9u, 10u, 15u, 16u, 17u, 63u, 64u, 65u, 255u, 256u, 257u, 301u}) {
             for (const char* alphabet : {"01", "01xz"}) {
                 std::string digits;
                 for (unsigned i = 0; i < length; ++i)
@@ -178,7 +179,9 @@ TEST(Signal, BinaryDigitsOfEveryLengthAroundTheWordSizeReadBackAsWritten) {
         }
         for (std::size_t i = 0; i < expected.size(); ++i)
             EXPECT_EQ(bus.changeBinary(i), expected[i]) << "width " << width << " change " << i;
-        EXPECT_FALSE(bus.appendBinary(99, "0101012"));
+        // A bad digit anywhere: in a group of eight, in the digits before the groups, alone.
+        for (const char* bad : {"0101012", "q0000000001", "10000000q00000001", "1q1", "2"})
+            EXPECT_FALSE(bus.appendBinary(99, bad)) << bad;
         EXPECT_FALSE(bus.appendBinary(99, std::string(300, '1') + "q"));
         EXPECT_EQ(bus.changeCount(), expected.size());
     }
