@@ -51,9 +51,19 @@ VcdTokens::VcdTokens(std::istream* in, std::string_view text, iTaskDescription* 
         m_eof = true;
     }
     markSpaces();
+    seek(0);
+}
+
+void VcdTokens::seek(std::size_t pos) {
+    m_startWord = pos / 64;
+    m_starts = startBits(m_startWord) & ~std::uint64_t(0) << (pos % 64);
+    m_endWord = (pos + 1) / 64;
+    m_ends = endBits(m_endWord) & ~std::uint64_t(0) << ((pos + 1) % 64);
 }
 
 bool VcdTokens::nextAfterGap(std::string_view& token) {
+    // Only white space is left before m_end.
+    m_pos = m_end;
     for (;;) {
         if (m_pos >= m_end) {
             m_pos = m_end;
@@ -78,6 +88,7 @@ bool VcdTokens::finishToken(std::size_t start, std::string_view& token) {
         start -= refill(start);
     }
     token = std::string_view(m_data + start, m_pos - start);
+    seek(m_pos);
     return true;
 }
 
@@ -92,16 +103,18 @@ std::size_t VcdTokens::tokenEnd(std::size_t from) const {
 
 void VcdTokens::markSpaces() {
     const std::size_t full = m_end / 64;
-    m_bits.resize(full + 2);
+    m_words = (m_end + 63) / 64;
+    m_bits.resize(full + 3);
+    m_bits[0] = ~std::uint64_t(0);
     for (std::size_t word = 0; word < full; ++word)
-        m_bits[word] = spaceWord(m_data + 64 * word);
+        m_bits[word + 1] = spaceWord(m_data + 64 * word);
     std::uint64_t last = ~std::uint64_t(0);
     for (std::size_t i = 64 * full; i < m_end; ++i) {
         if (!isSpace(m_data[i]))
             last &= ~(std::uint64_t(1) << (i - 64 * full));
     }
-    m_bits[full] = last;
-    m_bits[full + 1] = ~std::uint64_t(0);
+    m_bits[full + 1] = last;
+    m_bits[full + 2] = ~std::uint64_t(0);
 }
 
 std::size_t VcdTokens::refill(std::size_t keepFrom) {

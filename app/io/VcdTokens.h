@@ -20,21 +20,27 @@ public:
 
     /// The next token, valid until the next call; false at the end or once cancelled.
     bool next(std::string_view& token) {
-        // A white-space bit is set for every byte at or after m_end, so a token found here
-        // lies before m_end, and a token that reaches m_end may go on in the next chunk.
-        const std::uint64_t words = ~spaceBits(m_pos);
-        if (words == 0)
-            return nextAfterGap(token);
-        m_pos += static_cast<std::size_t>(std::countr_zero(words));
-        const std::size_t start = m_pos;
-        if (const std::uint64_t spaces = spaceBits(start); spaces != 0) {
-            m_pos = start + static_cast<std::size_t>(std::countr_zero(spaces));
-            if (m_pos < m_end) {
-                token = std::string_view(m_data + start, m_pos - start);
-                return true;
-            }
+        // Token starts and ends are taken from two cursors over the chunk's bits, each a word
+        // of bits that only loses its lowest one per token: a token's place never waits for
+        // the previous token's end to be known.
+        while (m_starts == 0) {
+            if (++m_startWord >= m_words)
+                return nextAfterGap(token);
+            m_starts = startBits(m_startWord);
         }
-        return finishToken(start, token);
+        const std::size_t start = 64 * m_startWord + std::countr_zero(m_starts);
+        m_starts &= m_starts - 1;
+        while (m_ends == 0)
+            m_ends = endBits(++m_endWord);
+        const std::size_t end = 64 * m_endWord + std::countr_zero(m_ends);
+        m_ends &= m_ends - 1;
+        m_pos = end;
+        // The bits after m_end are set, so the end found may be m_end: the token may go on in
+        // the next chunk.
+        if (end >= m_end && !m_eof)
+            return finishToken(start, token);
+        token = std::string_view(m_data + start, end - start);
+        return true;
     }
 
     /// The next token after held, the last one read (an identifier code after its value),
@@ -58,12 +64,25 @@ private:
     // Bit i set when byte pos + i is white space (every control character counts as such) or
     // lies at or after m_end; pos is at most m_end.
     std::uint64_t spaceBits(std::size_t pos) const {
-        const std::size_t word = pos / 64, shift = pos % 64;
+        const std::size_t word = pos / 64 + 1, shift = pos % 64;
         return m_bits[word] >> shift | (m_bits[word + 1] << 1) << (63 - shift);
     }
-    // The slow paths of next: 64 or more bytes of white space or the end of the chunk before
-    // the token; a token of 64 bytes or more, or one that reaches the chunk's end (m_pos is
-    // in the token, at or after start).
+    // Bit i set when byte 64 * word + i starts a token, or ends one (is the white space after
+    // it); the byte before the first counts as white space.
+    std::uint64_t startBits(std::size_t word) const {
+        const std::uint64_t here = m_bits[word + 1];
+        return ~here & (here << 1 | m_bits[word] >> 63);
+    }
+    std::uint64_t endBits(std::size_t word) const {
+        const std::uint64_t here = m_bits[word + 1];
+        return here & ~(here << 1 | m_bits[word] >> 63);
+    }
+    // Sets both cursors to the first token start and end after pos, which is in white space
+    // or at a token's start.
+    void seek(std::size_t pos);
+    // The slow paths of next: no token start left in the chunk (it ends in white space); a
+    // token that reaches the chunk's end (m_pos is in the token, at or after start). Both
+    // leave the cursors after the token found.
     bool nextAfterGap(std::string_view& token);
     bool finishToken(std::size_t start, std::string_view& token);
     // The first white-space position at or after from (m_end when none is before it).
@@ -82,8 +101,17 @@ private:
     std::size_t m_chunkBytes;
     std::vector<char> m_buffer;
     const char* m_data = nullptr;
-    // One bit a byte of m_data, set for white space; two more words than the bytes need.
+    // One bit a byte of m_data, set for white space, after a first word of white space and
+    // followed by one.
     std::vector<std::uint64_t> m_bits;
+    // Words of m_bits that hold bytes of m_data.
+    std::size_t m_words = 0;
+    // The cursors: the rest of the start bits of word m_startWord, of the end bits of word
+    // m_endWord.
+    std::size_t m_startWord = 0;
+    std::uint64_t m_starts = 0;
+    std::size_t m_endWord = 0;
+    std::uint64_t m_ends = 0;
     std::size_t m_pos = 0;
     std::size_t m_end = 0;
     static constexpr std::size_t v_none = static_cast<std::size_t>(-1);

@@ -248,7 +248,10 @@ bool Signal::appendKnownBinary(Time time, std::string_view digits) {
             const std::uint64_t mine = ~std::uint64_t(0) >> (64 - 8 * left);
             eight = (eight & mine) | (zeros & ~mine);
         } else {
-            std::memcpy(&eight, first, left);
+            // Byte by byte: eight bytes from the first would read past the caller's text.
+            for (unsigned i = 0; i < left; ++i)
+                eight ^= static_cast<std::uint64_t>(static_cast<unsigned char>(first[i]) ^ '0')
+                         << (8 * i);
         }
         if ((eight & notBit) != zeros)
             return false;
