@@ -187,6 +187,35 @@ TEST(Signal, BinaryDigitsOfEveryLengthAroundTheWordSizeReadBackAsWritten) {
     }
 }
 
+TEST(Signal, ManyChangesKeepTheirValuesWhenTheStorageMovesToPages) {
+    // Enough changes of each kind that the times, states and value words outgrow the heap
+    // blocks; then changes inserted and erased in the middle.
+    for (const unsigned width : {1u, 8u, 64u, 65u}) {
+        Signal s("s", width == 1 ? SignalKind::Bit : SignalKind::Bus, width);
+        const std::size_t count = RemapStorage::v_pagedBytes / 8 + 100;
+        const auto digitsAt = [&](std::size_t i) {
+            std::string digits;
+            for (unsigned b = 0; b < width; ++b)
+                digits.push_back((i * 0x9E3779B97F4A7C15ull) >> (b % 64) & 1 ? '1' : '0');
+            return digits;
+        };
+        for (std::size_t i = 0; i < count; ++i)
+            ASSERT_TRUE(s.appendBinary(static_cast<Time>(2 * i), digitsAt(i)));
+        ASSERT_TRUE(s.appendBinary(1, "x"));
+        EXPECT_EQ(s.eraseChanges(100, 200), 50u);
+        ASSERT_EQ(s.changeCount(), count + 1 - 50);
+        for (const std::size_t i : {std::size_t(0), std::size_t(49), count / 2, count - 1}) {
+            const std::size_t index = s.indexAt(static_cast<Time>(2 * i));
+            ASSERT_NE(index, Signal::npos);
+            EXPECT_EQ(s.changeBinary(index), width == 1 ? digitsAt(i).substr(0, 1) : digitsAt(i))
+                << "width " << width << " change " << i;
+        }
+        EXPECT_EQ(s.changeBinary(1), std::string(width, 'x'));
+        const Signal copy = s;
+        EXPECT_TRUE(copy == s);
+    }
+}
+
 TEST(Signal, ClockEdgesFollowPeriodDutyPhaseAndStartLevel) {
     Signal clk("clk", SignalKind::Clock);
     EXPECT_FALSE(clk.setClock({.period = 1}));
