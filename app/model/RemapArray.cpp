@@ -14,10 +14,13 @@ bool paged(std::size_t bytes) {
     return bytes >= RemapStorage::v_pagedBytes;
 }
 
-const std::size_t v_page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+std::size_t pageBytes() {
+    static const auto v_page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return v_page;
+}
 
 std::size_t wholePages(std::size_t bytes) {
-    return (bytes + v_page - 1) / v_page * v_page;
+    return (bytes + pageBytes() - 1) / pageBytes() * pageBytes();
 }
 
 // Where a paged block's values start in its first page. A reader appends to the ends of many
@@ -27,11 +30,11 @@ std::size_t wholePages(std::size_t bytes) {
 std::size_t nextColour() {
     static std::atomic<unsigned> v_blocks{0};
     constexpr std::size_t line = 64;
-    return v_blocks.fetch_add(1, std::memory_order_relaxed) * line % v_page;
+    return v_blocks.fetch_add(1, std::memory_order_relaxed) * line % pageBytes();
 }
 
 std::size_t colourOf(const void* block) {
-    return reinterpret_cast<std::uintptr_t>(block) % v_page;
+    return reinterpret_cast<std::uintptr_t>(block) % pageBytes();
 }
 
 } // namespace

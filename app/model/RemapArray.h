@@ -78,7 +78,8 @@ public:
             grow(m_size + 1);
         m_data[m_size++] = value;
     }
-    /// Appends count zero-filled values (or cuts to size) and returns the first appended.
+    /// Sets the size: values added are zero-filled. Returns the first value added (the end
+    /// when none is).
     T* resize(std::size_t size) {
         if (size > m_capacity)
             grow(size);
