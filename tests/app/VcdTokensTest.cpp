@@ -71,13 +71,13 @@ std::string inputNamed(const std::string& name) {
             .append(64, '\n')
             .append("end");
     // Control characters and bytes above 127: only bytes up to ' ' separate.
-    return std::string("a\x01"
-                       "b\x7f"
-                       "c\x80\xff"
-                       "d\x1f"
-                       "e\x20"
-                       "f",
-                       14);
+    static const char v_controls[] = "a\x01"
+                                     "b\x7f"
+                                     "c\x80\xff"
+                                     "d\x1f"
+                                     "e\x20"
+                                     "f\x00g";
+    return std::string(v_controls, sizeof v_controls - 1);
 }
 
 TEST(VcdTokens, EveryChunkSizeGivesTheTokensOfTheWholeText) {
