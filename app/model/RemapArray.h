@@ -98,6 +98,8 @@ public:
     }
     /// Inserts count copies of value before position (at most size()).
     void insert(std::size_t position, std::size_t count, const T& value) {
+        if (count == 0)
+            return;
         if (m_size + count > m_capacity)
             grow(m_size + count);
         std::memmove(static_cast<void*>(m_data + position + count), m_data + position,
@@ -107,6 +109,8 @@ public:
     }
     /// Removes the values [from, to).
     void erase(std::size_t from, std::size_t to) {
+        if (to == from)
+            return;
         std::memmove(static_cast<void*>(m_data + from), m_data + to, (m_size - to) * sizeof(T));
         m_size -= to - from;
     }

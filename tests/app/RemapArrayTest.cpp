@@ -100,7 +100,15 @@ TEST(RemapArray, BigArraysOfOneSizeEndOnDifferentCacheLines) {
     EXPECT_GE(lines.size(), 32u);
 }
 
-TEST(RemapArray, SmallValuesAndSelfAssignment) {
+TEST(RemapArray, SmallValuesEmptyEditsAndSelfAssignment) {
+    // Nothing to move in an array without storage.
+    RemapArray<std::uint64_t> none;
+    none.erase(0, 0);
+    none.insert(0, 0, 1);
+    EXPECT_TRUE(none.empty());
+    EXPECT_EQ(none.data(), nullptr);
+    EXPECT_TRUE(none == RemapArray<std::uint64_t>());
+
     RemapArray<std::uint8_t> bytes;
     for (int i = 0; i < 1000; ++i)
         bytes.push_back(static_cast<std::uint8_t>(i));
