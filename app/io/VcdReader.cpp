@@ -1,171 +1,20 @@
 #include "io/VcdReader.h"
 
+#include "io/VcdTokens.h"
+
 #include "model/Diagram.h"
 #include "model/SignalPattern.h"
 
 #include "core/iTaskDescription.h"
 
 #include <algorithm>
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-#include <bit>
 #include <charconv>
 #include <cstdint>
-#include <cstring>
 #include <istream>
 #include <limits>
-#include <memory>
 #include <unordered_map>
 
 namespace {
-
-// A dump's tokens are separated by white space; every control character counts as such.
-inline bool isSpace(char c) {
-    return static_cast<unsigned char>(c) <= ' ';
-}
-
-// The white-space separated tokens of a dump, read from a stream in chunks (only the chunk
-// and a token cut by its end are ever held) or from text in memory.
-class VcdTokens {
-public:
-    VcdTokens(std::istream* in, std::string_view text, iTaskDescription* task)
-        : m_in(in), m_task(task) {
-        if (m_in) {
-            m_buffer.resize(VcdReader::v_chunkBytes);
-            m_data = m_buffer.data();
-        } else {
-            m_data = text.data();
-            m_end = text.size();
-            m_eof = true;
-        }
-    }
-
-    // The next token, valid until the next call; false at the end or once cancelled.
-    bool next(std::string_view& token) {
-        for (;;) {
-            while (m_pos < m_end && isSpace(m_data[m_pos]))
-                ++m_pos;
-            if (m_pos < m_end)
-                break;
-            refill(m_end);
-            if (m_pos >= m_end)
-                return false;
-        }
-        std::size_t start = m_pos;
-        for (;;) {
-            m_pos = tokenEnd(m_pos);
-            if (m_pos < m_end || m_eof)
-                break;
-            start -= refill(start);
-        }
-        token = std::string_view(m_data + start, m_pos - start);
-        return true;
-    }
-
-    // The next token after held, the last one read (an identifier code after its value),
-    // keeping held valid too: a refill keeps its bytes, and held is moved with them.
-    bool nextAfter(std::string_view& held, std::string_view& token) {
-        m_held = static_cast<std::size_t>(held.data() - m_data);
-        const bool good = next(token);
-        held = std::string_view(m_data + m_held, held.size());
-        m_held = v_none;
-        return good;
-    }
-
-    // Lines are counted only when asked for (a message), not byte by byte.
-    std::size_t line() const {
-        return m_linesBefore + static_cast<std::size_t>(std::count(m_data, m_data + m_pos, '\n'));
-    }
-    bool cancelled() const { return m_cancelled; }
-    std::uint64_t bytesRead() const { return m_done; }
-
-private:
-    // The first white-space position at or after from, or m_end: eight bytes at a time, a
-    // byte below 0x21 found by the borrow it makes (the lowest flagged byte is always a true
-    // one).
-    std::size_t tokenEnd(std::size_t from) const {
-        constexpr std::uint64_t ones = 0x0101010101010101, highs = 0x8080808080808080;
-#ifdef __SSE2__
-        // Sixteen at a time where the processor has it: a byte is white space when the
-        // unsigned minimum of it and ' ' is itself.
-        const __m128i space = _mm_set1_epi8(' ');
-        while (m_end - from >= 16) {
-            const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(m_data + from));
-            const int mask = _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(bytes, space), bytes));
-            if (mask != 0)
-                return from +
-                       static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(mask)));
-            from += 16;
-        }
-#endif
-        if constexpr (std::endian::native == std::endian::little) {
-            while (m_end - from >= 8) {
-                std::uint64_t eight;
-                std::memcpy(&eight, m_data + from, 8);
-                const std::uint64_t below = (eight - ones * 0x21) & ~eight & highs;
-                if (below != 0)
-                    return from + static_cast<std::size_t>(std::countr_zero(below) / 8);
-                from += 8;
-            }
-        }
-        while (from < m_end && !isSpace(m_data[from]))
-            ++from;
-        return from;
-    }
-
-    // Moves the bytes from keepFrom (or the held token) on to the front and reads the next
-    // chunk after them; returns how many bytes were dropped from the front (0 when nothing
-    // more came, which sets m_eof).
-    std::size_t refill(std::size_t keepFrom) {
-        if (!m_in || m_eof) {
-            m_eof = true;
-            return 0;
-        }
-        keepFrom = std::min(keepFrom, m_held);
-        m_linesBefore +=
-            static_cast<std::size_t>(std::count(m_buffer.data(), m_buffer.data() + keepFrom, '\n'));
-        if (m_held != v_none)
-            m_held -= keepFrom;
-        const std::size_t kept = m_end - keepFrom;
-        if (kept > 0)
-            std::memmove(m_buffer.data(), m_buffer.data() + keepFrom, kept);
-        // A token as long as the buffer (a very wide vector) grows it rather than being cut.
-        if (m_buffer.size() - kept < VcdReader::v_chunkBytes / 2)
-            m_buffer.resize(m_buffer.size() * 2);
-        m_data = m_buffer.data();
-        m_in->read(m_buffer.data() + kept, static_cast<std::streamsize>(m_buffer.size() - kept));
-        const auto got = static_cast<std::size_t>(m_in->gcount());
-        m_pos = kept;
-        m_end = kept + got;
-        m_done += got;
-        if (m_task) {
-            m_task->setProgress(static_cast<unsigned long>(m_done));
-            if (m_task->isCancelled()) {
-                m_cancelled = true;
-                m_end = kept;
-            }
-        }
-        if (got == 0 || m_cancelled)
-            m_eof = true;
-        return keepFrom;
-    }
-
-    std::istream* m_in;
-    iTaskDescription* m_task;
-    std::vector<char> m_buffer;
-    const char* m_data = nullptr;
-    std::size_t m_pos = 0;
-    std::size_t m_end = 0;
-    static constexpr std::size_t v_none = static_cast<std::size_t>(-1);
-    // The offset of a token the next refill keeps, or v_none.
-    std::size_t m_held = v_none;
-    // Lines before m_data[0].
-    std::size_t m_linesBefore = 1;
-    std::uint64_t m_done = 0;
-    bool m_eof = false;
-    bool m_cancelled = false;
-};
 
 // How a variable's values are kept.
 enum class VarKind { Logic, Real, Event, Text };
@@ -198,9 +47,12 @@ public:
 
 private:
     bool fail(std::string message) {
-        if (m_tokens.cancelled())
-            message = "reading was cancelled";
-        m_error = std::string(m_name) + ":" + std::to_string(m_tokens.line()) + ": " + message;
+        m_error = m_name;
+        // A cancelled read stops at once, without looking for its line.
+        const std::size_t line = m_tokens.cancelled() ? 0 : m_tokens.line();
+        if (line > 0)
+            m_error.append(":").append(std::to_string(line));
+        m_error.append(": ").append(m_tokens.cancelled() ? "reading was cancelled" : message);
         return false;
     }
 
@@ -589,7 +441,7 @@ bool VcdReader::readText(std::string_view text, const char* name, Diagram& diagr
 bool VcdReader::parse(std::istream* in, std::string_view text, const char* name, Diagram& diagram,
                       std::string& error) {
     m_warnings.clear();
-    VcdTokens tokens(in, text, task());
+    VcdTokens tokens(in, text, task(), v_chunkBytes);
     Diagram fresh;
     VcdParser parser(tokens, name, m_patterns, fresh, m_warnings);
     if (!parser.parse(error))

@@ -22,7 +22,8 @@ public:
 
     /// Reads the whole file into diagram (replacing what it held, then telling its
     /// dependents). False when the file cannot be read, is not a well-formed dump or the task
-    /// was cancelled: error says why ("FILE:LINE: ..."), the diagram is untouched.
+    /// was cancelled: error says why ("FILE:LINE: ...", "FILE: ..." when the line cannot be
+    /// found again, "FILE: reading was cancelled"), the diagram is untouched.
     [[nodiscard]] bool read(Diagram& diagram, std::string& error);
 
     /// The same over text in memory; name stands for the file in messages.

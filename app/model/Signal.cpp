@@ -63,7 +63,7 @@ std::size_t Signal::slotFor(Time time, bool& replace) {
         replace = false;
         return m_times.size();
     }
-    const auto it = std::lower_bound(m_times.begin(), m_times.end(), time);
+    const Time* it = std::lower_bound(m_times.begin(), m_times.end(), time);
     replace = it != m_times.end() && *it == time;
     return static_cast<std::size_t>(it - m_times.begin());
 }
@@ -77,26 +77,25 @@ void Signal::placeState(Time time, BitState state) {
         m_times.push_back(time);
         m_states.push_back(state);
     } else {
-        m_times.insert(m_times.begin() + static_cast<std::ptrdiff_t>(index), time);
-        m_states.insert(m_states.begin() + static_cast<std::ptrdiff_t>(index), state);
+        m_times.insert(index, 1, time);
+        m_states.insert(index, 1, state);
     }
 }
 
-std::uint64_t* Signal::placeBusValue(Time time) {
+std::uint64_t* Signal::placeBusValue(Time time, bool zeroed) {
     const std::size_t words = 2 * wordsPerPlane();
     if (m_times.empty() || time > m_times.back()) {
-        // Appending in time order, as readers do: new words come zeroed.
+        // Appending in time order, as readers do.
         m_times.push_back(time);
-        m_words.resize(m_words.size() + words);
         if (!m_textOf.empty())
             m_textOf.push_back(v_noText);
-        return m_words.data() + m_words.size() - words;
+        return zeroed ? m_words.resize(m_words.size() + words) : m_words.extend(words);
     }
     bool replace = false;
     const std::size_t index = slotFor(time, replace);
     if (!replace) {
-        m_times.insert(m_times.begin() + static_cast<std::ptrdiff_t>(index), time);
-        m_words.insert(m_words.begin() + static_cast<std::ptrdiff_t>(index * words), words, 0);
+        m_times.insert(index, 1, time);
+        m_words.insert(index * words, words, 0);
         if (!m_textOf.empty())
             m_textOf.insert(m_textOf.begin() + static_cast<std::ptrdiff_t>(index), v_noText);
     } else if (!m_textOf.empty()) {
@@ -223,47 +222,62 @@ std::size_t Signal::textCount() const {
 bool Signal::appendKnownBinary(Time time, std::string_view digits) {
     if constexpr (std::endian::native != std::endian::little)
         return false;
-    constexpr std::uint64_t zeros = 0x3030303030303030, notBit = 0xfefefefefefefefe;
+    constexpr std::uint64_t zeros = 0x3030303030303030, notBit = 0xfefefefefefefefe,
+                            gather = 0x8040201008040201;
+    if (digits.size() > v_fastDigits)
+        return false;
     const char* const first = digits.data();
     const char* end = first + digits.size();
-    std::uint64_t chunks[(v_fastDigits + 7) / 8];
+    // The value is built here and stored whole: or-ing it into fresh words would make every
+    // new cache line of the signal wait for its read.
+    std::uint64_t bits[v_fastDigits / 64] = {};
     std::size_t count = 0;
     // Check every digit before placing the change: a dump's x and z take the general path.
-    for (; end - first >= 8 && count < std::size(chunks); end -= 8) {
+    for (; end - first >= 8; end -= 8, ++count) {
         std::uint64_t eight;
         std::memcpy(&eight, end - 8, 8);
         if ((eight & notBit) != zeros)
             return false;
-        chunks[count++] = ((eight - zeros) * 0x8040201008040201) >> 56;
+        bits[count / 8] |= ((eight - zeros) * gather) >> 56 << (count % 8 * 8);
     }
-    if (end - first >= 8)
-        return false;
-    std::uint64_t rest = 0;
-    for (const char* c = first; c < end; ++c) {
-        if ((*c & 0xfe) != '0')
+    if (const auto left = static_cast<unsigned>(end - first); left > 0) {
+        std::uint64_t eight = zeros;
+        if (digits.size() >= 8) {
+            // The eight digits from the first, those already taken replaced by '0'.
+            std::memcpy(&eight, first, 8);
+            const std::uint64_t mine = ~std::uint64_t(0) >> (64 - 8 * left);
+            eight = (eight & mine) | (zeros & ~mine);
+        } else {
+            // Byte by byte: eight bytes from the first would read past the caller's text.
+            for (unsigned i = 0; i < left; ++i)
+                eight ^= static_cast<std::uint64_t>(static_cast<unsigned char>(first[i]) ^ '0')
+                         << (8 * i);
+        }
+        if ((eight & notBit) != zeros)
             return false;
-        rest = rest << 1 | static_cast<std::uint64_t>(*c - '0');
+        bits[count / 8] |= ((eight - zeros) * gather) >> 56 >> (8 - left) << (count % 8 * 8);
     }
-    std::uint64_t* value = placeBusValue(time);
-    for (std::size_t i = 0; i < count; ++i)
-        value[i / 8] |= chunks[i] << (i % 8 * 8);
-    if (end > first)
-        value[count / 8] |= rest << (count % 8 * 8);
+    std::uint64_t* value = placeBusValue(time, false);
+    const std::size_t plane = wordsPerPlane();
+    for (std::size_t w = 0; w < plane; ++w) {
+        value[w] = w < std::size(bits) ? bits[w] : 0;
+        value[plane + w] = 0;
+    }
     return true;
 }
 
 std::size_t Signal::eraseChanges(Time from, Time to) {
     const std::size_t first = firstIndexFrom(from);
     const std::size_t last = std::max(first, firstIndexFrom(to));
-    const auto begin = static_cast<std::ptrdiff_t>(first), end = static_cast<std::ptrdiff_t>(last);
-    m_times.erase(m_times.begin() + begin, m_times.begin() + end);
+    m_times.erase(first, last);
     if (m_kind == SignalKind::Bit) {
-        m_states.erase(m_states.begin() + begin, m_states.begin() + end);
+        m_states.erase(first, last);
     } else if (m_kind == SignalKind::Bus) {
-        const auto words = static_cast<std::ptrdiff_t>(2 * wordsPerPlane());
-        m_words.erase(m_words.begin() + begin * words, m_words.begin() + end * words);
+        const std::size_t words = 2 * wordsPerPlane();
+        m_words.erase(first * words, last * words);
         if (!m_textOf.empty())
-            m_textOf.erase(m_textOf.begin() + begin, m_textOf.begin() + end);
+            m_textOf.erase(m_textOf.begin() + static_cast<std::ptrdiff_t>(first),
+                           m_textOf.begin() + static_cast<std::ptrdiff_t>(last));
     }
     return last - first;
 }

@@ -2,6 +2,7 @@
 /// sorted by time in compact arrays, so that a time window is found by binary search.
 #pragma once
 
+#include "model/RemapArray.h"
 #include "model/Time.h"
 
 #include "hdl/BigInt.h"
@@ -176,9 +177,9 @@ private:
     std::size_t wordsPerPlane() const { return (m_width + 63) / 64; }
     // Where a change at time goes: its index, and whether it replaces the one there.
     std::size_t slotFor(Time time, bool& replace);
-    // Makes room for (or reuses) the change at time and returns the first of its value words
-    // (null for a bit signal, whose state the caller stores).
-    std::uint64_t* placeBusValue(Time time);
+    // Makes room for (or reuses) the change at time and returns the first of its value words,
+    // zeroed unless the caller sets them all.
+    std::uint64_t* placeBusValue(Time time, bool zeroed = true);
     void placeState(Time time, BitState state);
     // The common case of appendBinary: a bus value of at most v_fastDigits digits, all 0 or 1,
     // no more than the width. False, nothing placed, for any other.
@@ -196,11 +197,12 @@ private:
     std::string m_group;
     ClockSpec m_clock;
     BusFormat m_format;
-    std::vector<Time> m_times;
+    // Changes are kept in arrays that grow without copying: a reader appends millions.
+    RemapArray<Time> m_times;
     // Bit signals: one state a change.
-    std::vector<BitState> m_states;
+    RemapArray<BitState> m_states;
     // Buses: 2 * wordsPerPlane() words a change.
-    std::vector<std::uint64_t> m_words;
+    RemapArray<std::uint64_t> m_words;
     // Buses with text: per change an index into m_texts, or v_noText. Empty while no change
     // has text, so a signal of numbers pays nothing for it.
     static constexpr std::uint32_t v_noText = 0xffffffffu;

@@ -165,7 +165,8 @@ TEST(Signal, BinaryDigitsOfEveryLengthAroundTheWordSizeReadBackAsWritten) {
     for (const unsigned width : {1u, 2u, 7u, 8u, 9u, 31u, 63u, 64u, 65u, 127u, 129u, 256u, 300u}) {
         Signal bus("b", SignalKind::Bus, width);
         std::vector<std::string> expected;
-        for (const unsigned length : {1u, 7u, 8u, 9u, 16u, 17u, 63u, 64u, 65u, 257u, 301u}) {
+        for (const unsigned length :
+             {1u, 2u, 3u, 7u, 8u, 9u, 10u, 15u, 16u, 17u, 63u, 64u, 65u, 255u, 256u, 257u, 301u}) {
             for (const char* alphabet : {"01", "01xz"}) {
                 std::string digits;
                 for (unsigned i = 0; i < length; ++i)
@@ -178,9 +179,40 @@ TEST(Signal, BinaryDigitsOfEveryLengthAroundTheWordSizeReadBackAsWritten) {
         }
         for (std::size_t i = 0; i < expected.size(); ++i)
             EXPECT_EQ(bus.changeBinary(i), expected[i]) << "width " << width << " change " << i;
-        EXPECT_FALSE(bus.appendBinary(99, "0101012"));
+        // A bad digit anywhere: in a group of eight, in the digits before the groups, alone.
+        for (const char* bad : {"0101012", "q0000000001", "10000000q00000001", "1q1", "2"})
+            EXPECT_FALSE(bus.appendBinary(99, bad)) << bad;
         EXPECT_FALSE(bus.appendBinary(99, std::string(300, '1') + "q"));
         EXPECT_EQ(bus.changeCount(), expected.size());
+    }
+}
+
+TEST(Signal, ManyChangesKeepTheirValuesWhenTheStorageMovesToPages) {
+    // Enough changes of each kind that the times, states and value words outgrow the heap
+    // blocks; then changes inserted and erased in the middle.
+    for (const unsigned width : {1u, 8u, 64u, 65u}) {
+        Signal s("s", width == 1 ? SignalKind::Bit : SignalKind::Bus, width);
+        const std::size_t count = RemapStorage::v_pagedBytes / 8 + 100;
+        const auto digitsAt = [&](std::size_t i) {
+            std::string digits;
+            for (unsigned b = 0; b < width; ++b)
+                digits.push_back((i * 0x9E3779B97F4A7C15ull) >> (b % 64) & 1 ? '1' : '0');
+            return digits;
+        };
+        for (std::size_t i = 0; i < count; ++i)
+            ASSERT_TRUE(s.appendBinary(static_cast<Time>(2 * i), digitsAt(i)));
+        ASSERT_TRUE(s.appendBinary(1, "x"));
+        EXPECT_EQ(s.eraseChanges(100, 200), 50u);
+        ASSERT_EQ(s.changeCount(), count + 1 - 50);
+        for (const std::size_t i : {std::size_t(0), std::size_t(49), count / 2, count - 1}) {
+            const std::size_t index = s.indexAt(static_cast<Time>(2 * i));
+            ASSERT_NE(index, Signal::npos);
+            EXPECT_EQ(s.changeBinary(index), width == 1 ? digitsAt(i).substr(0, 1) : digitsAt(i))
+                << "width " << width << " change " << i;
+        }
+        EXPECT_EQ(s.changeBinary(1), std::string(width, 'x'));
+        const Signal copy = s;
+        EXPECT_TRUE(copy == s);
     }
 }
 

@@ -284,6 +284,98 @@ TEST(VcdReader, BadDumpsGiveFileAndLineAndLeaveTheDiagramAlone) {
     }
 }
 
+TEST(VcdReader, CodesOfAnyLengthAndTimesGoingBackFindTheirSignals) {
+    // Codes of 1 and 2 characters are found by index, longer ones by name; a code of more than
+    // 64 bytes spans words of the tokenizer's bits. A time earlier than the last puts its
+    // changes in order; a change at a time already held replaces it.
+    // clang-format off
+    const struct { std::size_t length; char fill; } codes[] = {
+        {1, '!'}, {2, '~'}, {3, '#'}, {63, 'a'}, {64, 'b'}, {65, 'c'}, {5000, 'd'},
+    };
+    // clang-format on
+    for (const auto& c : codes) {
+        const std::string code(c.length, c.fill);
+        std::string text = "$var wire 1 ";
+        text.append(code)
+            .append(" bit $end $var wire 8 ")
+            .append(code)
+            .append("! bus $end $enddefinitions $end\n#10 1")
+            .append(code)
+            .append(" b1010 ")
+            .append(code)
+            .append("!\n#5 0")
+            .append(code)
+            .append(" bx1 ")
+            .append(code)
+            .append("!\n#20 z")
+            .append(code)
+            .append("\n#10 b11111111 ")
+            .append(code)
+            .append("!\n");
+        Diagram diagram;
+        std::string error;
+        VcdReader reader("codes.vcd");
+        ASSERT_TRUE(reader.readText(text, "codes.vcd", diagram, error)) << error;
+        EXPECT_TRUE(reader.warnings().empty()) << c.length;
+        checkProbes(diagram,
+                    {"bit@4=(none)", "bit@5=0", "bit@10=1", "bit@20=z", "bus@5=xxxxxxx1",
+                     "bus@10=11111111", "bus@99=11111111"},
+                    "a code of " + std::to_string(c.length));
+        EXPECT_EQ(diagram.signal(diagram.findSignal("bus")).changeCount(), 2u);
+        EXPECT_EQ(diagram.spanEnd(), 20);
+    }
+}
+
+// A task that is cancelled once a given number of bytes were read.
+class CancelAfter : public iTaskDescription {
+public:
+    explicit CancelAfter(unsigned long bytes) : m_bytes(bytes) {}
+    void setProgress(unsigned long done) override {
+        iTaskDescription::setProgress(done);
+        if (done >= m_bytes)
+            cancel();
+    }
+
+private:
+    unsigned long m_bytes;
+};
+
+TEST(VcdReader, ACancelMidFileStopsAtTheNextChunkAndLeavesTheDiagramAlone) {
+    TemporaryFolder folder;
+    const fs::path path = folder.path() / "long.vcd";
+    {
+        std::ofstream out(path);
+        out << "$var wire 32 ! w $end $enddefinitions $end\n";
+        for (int t = 0; t < 200000; ++t)
+            out << '#' << t << "\nb" << std::string(32, t % 2 ? '1' : '0') << " !\n";
+    }
+    const auto size = static_cast<unsigned long>(fs::file_size(path));
+    ASSERT_GT(size, 3 * VcdReader::v_chunkBytes);
+    for (const unsigned long at : {1ul, VcdReader::v_chunkBytes + 1, size}) {
+        CancelAfter task(at);
+        VcdReader reader(path.c_str());
+        reader.setTask(task);
+        Diagram diagram;
+        diagram.setTitle("kept");
+        std::string error;
+        EXPECT_FALSE(reader.read(diagram, error)) << at;
+        EXPECT_EQ(error, path.string() + ": reading was cancelled");
+        EXPECT_EQ(diagram.title(), "kept");
+        EXPECT_EQ(diagram.signalCount(), 0u);
+        EXPECT_LE(task.progress(), at + VcdReader::v_chunkBytes) << at;
+    }
+    // A fault after the first chunks still names its line.
+    {
+        std::ofstream out(path, std::ios::app);
+        out << "#200000\nb2 !\n";
+    }
+    VcdReader reader(path.c_str());
+    Diagram diagram;
+    std::string error;
+    EXPECT_FALSE(reader.read(diagram, error));
+    EXPECT_EQ(error, path.string() + ":400003: expected binary digits after 'b', found 'b2'");
+}
+
 TEST(VcdReader, AValueAndItsCodeAreReadWholeWhereverTheChunkEnds) {
     // Records "#TTTTTTT\nb<64 digits> !!\n", with the first chunk made to end at each place in
     // one of them: in the time, in the digits, after them, after the space, in the code.
