@@ -3,11 +3,22 @@
 #include "graphics/device/QtConversion.h"
 #include "graphics/export/svg/SVGWriter_p.h"
 
+#include <QGuiApplication>
+#include <QScreen>
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
 namespace {
+
+// The resolution that fonts are measured at without a paint device, or 0 when unknown.
+int defaultResolution() {
+    if (QCoreApplication::testAttribute(Qt::AA_Use96Dpi))
+        return 96;
+    const bool gui = qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr;
+    const QScreen* screen = gui ? QGuiApplication::primaryScreen() : nullptr;
+    return screen ? qRound(screen->logicalDotsPerInchY()) : 0;
+}
 
 // The first length bytes of text (all when length < 0; never past its NUL).
 std::string_view textBytes(const char* text, int length) {
@@ -26,6 +37,7 @@ SVGDevice::SVGDevice(const char* fileName, const char* jobName, int width, int h
     m_measuring.setDotsPerMeterX(dotsPerMeter);
     m_measuring.setDotsPerMeterY(dotsPerMeter);
     setDisplayResolution(DevicePoint(m_resolution, m_resolution));
+    m_measureOnDefault = defaultResolution() == m_resolution;
     if (fileName)
         m_file.open(fileName, std::ios::binary | std::ios::trunc);
     m_open = m_file.is_open();
@@ -52,7 +64,9 @@ QPaintDevice& SVGDevice::paintDevice() {
 }
 
 QPaintDevice* SVGDevice::measuringDevice() {
-    return &m_measuring;
+    // Measures made without a device (as a layout makes them) are then the same measures,
+    // and the fonts' shaping and advance tables serve both.
+    return m_measureOnDefault ? nullptr : &m_measuring;
 }
 
 ExportWriter& SVGDevice::exportWriter() {

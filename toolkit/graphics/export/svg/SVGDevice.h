@@ -35,9 +35,10 @@ public:
     [[nodiscard]] bool close();
 
     ///@{
-    /// An image of the device's resolution without pixels to speak of: text is measured on
-    /// it, so that text laid out through this device fits what a painter of that resolution
-    /// draws.
+    /// An image of the device's resolution without pixels to speak of: text is measured at
+    /// that resolution, so that text laid out through this device fits what a painter of
+    /// that resolution draws. Where it is the resolution that fonts are measured at without
+    /// a device, measuringDevice is null, and the device shares those measures.
     QPaintDevice& paintDevice() override;
     QPaintDevice* measuringDevice() override;
     ///@}
@@ -81,5 +82,6 @@ private:
     std::unique_ptr<SVGWriter> m_writer;
     QImage m_measuring;
     int m_resolution;
+    bool m_measureOnDefault = false;
     bool m_open = false;
 };

@@ -95,7 +95,6 @@ void SVGWriter::flushBuffer() {
 }
 
 void SVGWriter::put(std::string_view s) {
-    // Fixed fragments only: all of them are far shorter than the buffer.
     char* at = room(s.size());
     std::memcpy(at, s.data(), s.size());
     m_used += s.size();

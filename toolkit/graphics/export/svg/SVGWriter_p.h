@@ -5,6 +5,7 @@
 
 #include <QRgb>
 #include <QString>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -109,11 +110,13 @@ private:
     /// The output buffer: text collects in it and goes to the stream when it fills and at
     /// the end.
     char* room(std::size_t n) {
+        assert(n <= v_bufferSize && "SVGWriter: a fragment larger than the buffer");
         if (m_used + n > v_bufferSize)
             flushBuffer();
         return m_buffer.get() + m_used;
     }
     void advanceTo(char* end) { m_used = static_cast<std::size_t>(end - m_buffer.get()); }
+    /// Fixed fragments, far shorter than the buffer.
     void put(std::string_view s);
     void putInteger(long long v);
     void putNumber(double v);
