@@ -8,6 +8,7 @@
 #include "graphics/export/QtFileDevice.h"
 #include "graphics/export/eps/EPSDevice.h"
 #include "graphics/export/mif/MIFDevice.h"
+#include "graphics/export/svg/SVGDevice.h"
 
 #include <QImage>
 
@@ -61,8 +62,10 @@ DeviceRectangle scaled(const DiagramPainter& painter, double unitsPerPixel, std:
         at + static_cast<std::int32_t>(std::lround(painter.height() * unitsPerPixel)));
 }
 
-bool writeQtFile(QtFileDevice& device, DiagramPainter& painter, std::string& error,
-                 const std::string& path) {
+// A device that opens its file itself (PDFDevice, SVGDevice): isOpen, then close.
+template <class FileDevice>
+bool writeFile(FileDevice& device, DiagramPainter& painter, std::string& error,
+               const std::string& path) {
     if (!device.isOpen()) {
         error = "cannot write " + path;
         return false;
@@ -121,12 +124,12 @@ bool DiagramExporter::exportFile(const Diagram& diagram, const RenderOptions& op
     }
     case OutputFormat::Pdf: {
         PDFDevice device(temporary.c_str(), job, painter.width(), painter.height());
-        written = writeQtFile(device, painter, error, path);
+        written = writeFile(device, painter, error, path);
         break;
     }
     case OutputFormat::Svg: {
         SVGDevice device(temporary.c_str(), job, painter.width(), painter.height());
-        written = writeQtFile(device, painter, error, path);
+        written = writeFile(device, painter, error, path);
         break;
     }
     case OutputFormat::Eps: {

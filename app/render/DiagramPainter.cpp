@@ -490,23 +490,31 @@ void DiagramPainter::paintBus(Device& device, const Signal& signal, double high,
     collectRuns(signal, m_scale, m_runs);
     const double middle = (high + low) / 2;
     const double slope = m_options.slopedEdges ? 3 : 0;
-    for (const WaveformRun& run : m_runs) {
+    // How far a slot's outline slopes in at its left and right ends.
+    auto ends = [&](const WaveformRun& run) {
+        const double s = std::min(slope, (run.x1 - run.x0) / 2);
+        const bool reachesEnd = run.x1 >= m_scale.right() - 0.01;
+        return std::pair(run.edge ? s : 0, reachesEnd ? 0 : s);
+    };
+    // The values go on in a pass of their own, after the outlines and hatches: each lies
+    // within its slot, so the order does not show, and a file device writes the row's
+    // outlines and its values as two runs of one style instead of alternating elements.
+    std::vector<char>& hatched = m_hatched;
+    hatched.assign(m_runs.size(), 0);
+    for (std::size_t i = 0; i < m_runs.size(); ++i) {
+        const WaveformRun& run = m_runs[i];
         if (run.kind == WaveformRun::Dense)
             continue;
-        const double s = std::min(slope, (run.x1 - run.x0) / 2);
-        const double left = run.edge ? s : 0;
-        const bool reachesEnd = run.x1 >= m_scale.right() - 0.01;
-        const double right = reachesEnd ? 0 : s;
+        const auto [left, right] = ends(run);
         if (run.state == BitState::HighZ) {
             setInk(device, wsiBlue);
             setPen(device, 1.5);
             device.drawLine(SheetPoint(run.x0, middle), SheetPoint(run.x1, middle));
             continue;
         }
-        const bool allUnknown =
-            run.state == BitState::Unknown &&
-            signal.changeBinary(run.change).find_first_not_of('x') == std::string::npos;
-        if (allUnknown)
+        hatched[i] = run.state == BitState::Unknown &&
+                     signal.changeBinary(run.change).find_first_not_of('x') == std::string::npos;
+        if (hatched[i])
             paintHatch(device, run.x0 + left, run.x1 - right, high, low);
         const SheetPoint outline[] = {
             {run.x0, middle},      {run.x0 + left, high}, {run.x1 - right, high}, {run.x1, middle},
@@ -514,8 +522,13 @@ void DiagramPainter::paintBus(Device& device, const Signal& signal, double high,
         setInk(device, wsiBlack);
         setPen(device, 1);
         device.drawPolyline(7, outline);
-        if (!allUnknown)
-            paintBusValue(device, signal, run.change, run.x0 + left, run.x1 - right, middle);
+    }
+    for (std::size_t i = 0; i < m_runs.size(); ++i) {
+        const WaveformRun& run = m_runs[i];
+        if (run.kind == WaveformRun::Dense || run.state == BitState::HighZ || hatched[i])
+            continue;
+        const auto [left, right] = ends(run);
+        paintBusValue(device, signal, run.change, run.x0 + left, run.x1 - right, middle);
     }
     paintDense(device, wsiBlack, wsiPaleGray, high, low);
 }

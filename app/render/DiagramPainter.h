@@ -88,9 +88,10 @@ private:
     double m_rowsBottom = 0;
     double m_unitsPerPixel = 1;
     std::vector<WaveformRun> m_runs;
-    // Point buffers reused from row to row.
+    // Buffers reused from row to row: points, and which slots of a bus row are hatched.
     std::vector<SheetPoint> m_line;
     std::vector<SheetPoint> m_points;
+    std::vector<char> m_hatched;
 };
 
 /// The text a bus change shows: its value in the signal's radix and notation ("A5", "8'hA5",

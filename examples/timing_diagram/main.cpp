@@ -12,6 +12,7 @@
 #include "graphics/export/QtFileDevice.h"
 #include "graphics/export/eps/EPSDevice.h"
 #include "graphics/export/mif/MIFDevice.h"
+#include "graphics/export/svg/SVGDevice.h"
 
 #include <QGuiApplication>
 #include <QImage>

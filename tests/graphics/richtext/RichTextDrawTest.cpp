@@ -7,6 +7,7 @@
 #include "graphics/export/QtFileDevice.h"
 #include "graphics/export/eps/EPSDevice.h"
 #include "graphics/export/mif/MIFDevice.h"
+#include "graphics/export/svg/SVGDevice.h"
 #include "graphics/richtext/StyledText.h"
 #include "graphics/richtext/TextFormatParser.h"
 

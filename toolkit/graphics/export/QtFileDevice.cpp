@@ -4,7 +4,6 @@
 
 #include <QPageSize>
 #include <QPdfWriter>
-#include <QSvgGenerator>
 
 QtFileDevice::~QtFileDevice() {
     if (m_painter.isActive())
@@ -39,15 +38,4 @@ PDFDevice::PDFDevice(const char* fileName, const char* jobName, int width, int h
                                   QPageSize::Point, QString(), QPageSize::ExactMatch));
     writer->setPageMargins(QMarginsF(0, 0, 0, 0));
     begin(std::move(writer));
-}
-
-SVGDevice::SVGDevice(const char* fileName, const char* jobName, int width, int height,
-                     int resolution) {
-    auto generator = std::make_unique<QSvgGenerator>();
-    generator->setFileName(QString::fromUtf8(fileName));
-    generator->setTitle(QString::fromUtf8(jobName));
-    generator->setSize(QSize(width, height));
-    generator->setViewBox(QRect(0, 0, width, height));
-    generator->setResolution(resolution);
-    begin(std::move(generator));
 }

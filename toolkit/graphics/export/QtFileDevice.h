@@ -1,6 +1,6 @@
 /// \file
-/// QtFileDevice, PDFDevice and SVGDevice: devices that paint a drawing into a PDF or SVG file
-/// through Qt's own writers, so the drawing code that paints the screen exports them too.
+/// QtFileDevice and PDFDevice: devices that paint a drawing into a PDF file through Qt's own
+/// writer, so the drawing code that paints the screen exports it too.
 #pragma once
 
 #include "core/TqExport.h"
@@ -10,7 +10,6 @@
 #include <memory>
 
 class QPdfWriter;
-class QSvgGenerator;
 
 /// A Device over a paint device of its own that writes a file. One device unit is one pixel
 /// at the resolution given (96 per inch unless said otherwise); the page or canvas is
@@ -47,13 +46,5 @@ public:
     /// A one-page PDF file of width x height device units (the page is that size), titled
     /// jobName and made by this library.
     PDFDevice(const char* fileName, const char* jobName, int width, int height,
-              int resolution = 96);
-};
-
-/// A device that draws into an SVG file through Qt's SVG generator.
-class TQ_EXPORT SVGDevice : public QtFileDevice {
-public:
-    /// An SVG file of width x height device units, its view box the same, titled jobName.
-    SVGDevice(const char* fileName, const char* jobName, int width, int height,
               int resolution = 96);
 };
