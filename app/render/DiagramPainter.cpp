@@ -214,10 +214,10 @@ void DiagramPainter::setInk(Device& device, wsiColor color) {
 
 // Qt draws lines one device pixel wide on a fast path and wider ones through its stroker, at
 // several times the cost. On the screen a level line two pixels wide is drawn as one-pixel
-// lines: once where it lies, once a pixel to the left (for the edges) and once a pixel up (for
-// the levels). That gives the stroker's pixels but for a corner pixel here and there, and an
-// edge that steps a row earlier or later. The points are mapped once, without the repeated
-// ones a level after a dense block brings, and each pass is one list of lines.
+// lines: once where it lies, and once a pixel up (a level) or to the left (an edge). That
+// gives the stroker's pixels but for a corner pixel here and there, and an edge that steps a
+// row earlier or later. The points are mapped once, without the repeated ones a level after a
+// dense block brings, and each pass is one list of lines.
 void DiagramPainter::drawLevel(Device& device, int n, const SheetPoint* points) {
     TqPainter* painter = pixelPainter(device);
     if (!painter || std::lround(1.5 * m_unitsPerPixel) != 2) {
@@ -241,11 +241,12 @@ void DiagramPainter::drawLevel(Device& device, int n, const SheetPoint* points) 
     }
     const int count = static_cast<int>(lines.size());
     painter->drawLines(lines.data(), count);
-    for (QLine& line : lines)
-        line.translate(-1, 0);
-    painter->drawLines(lines.data(), count);
-    for (QLine& line : lines)
-        line.translate(1, -1);
+    for (QLine& line : lines) {
+        if (std::abs(line.dx()) >= std::abs(line.dy()))
+            line.translate(0, -1);
+        else
+            line.translate(-1, 0);
+    }
     painter->drawLines(lines.data(), count);
 }
 
