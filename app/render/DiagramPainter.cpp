@@ -8,6 +8,7 @@
 #include "graphics/device/QtConversion.h"
 #include "graphics/device/TqPainter.h"
 #include "graphics/geometry/DevicePoint.h"
+#include "graphics/geometry/DeviceRectangle.h"
 #include "graphics/geometry/FloatPoint.h"
 #include "graphics/geometry/SheetRectangle.h"
 
@@ -541,6 +542,25 @@ void DiagramPainter::paintBit(Device& device, const Signal& signal, double high,
 void DiagramPainter::paintDense(Device& device, wsiColor ink, wsiColor fill, double high,
                                 double low) {
     const double edge = 1;
+    // On the screen the boxes go straight to the painter, without a device call and a copy of
+    // the brush each.
+    if (TqPainter* raster = pixelPainter(device)) {
+        const TqMatrix& m = device.displayTransformation(false);
+        auto fillBoxes = [&](wsiColor colour, double top, double bottom) {
+            const QColor qcolour = QtConversion::asQColor(colour);
+            for (const WaveformRun& run : m_runs) {
+                if (run.kind == WaveformRun::Dense)
+                    raster->fillRect(
+                        DeviceRectangle(
+                            SheetRectangle(SheetPoint(run.x0, top), SheetPoint(run.x1, bottom)), m)
+                            .toQRect(),
+                        qcolour);
+            }
+        };
+        fillBoxes(ink, high, low + edge);
+        fillBoxes(fill, high + edge, low);
+        return;
+    }
     bool any = false;
     for (const WaveformRun& run : m_runs) {
         if (run.kind != WaveformRun::Dense)

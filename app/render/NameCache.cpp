@@ -28,8 +28,12 @@ bool NameCache::drawRightAligned(Device& device, const std::string& text, const 
         return false;
     // Points become pixels at the target's resolution, which the picture takes on.
     const QPaintDevice& target = *painter->device();
+    // The key is built from the font's fields: Qt's own font key costs more than the copy.
     std::string key = text;
-    key.append(1, '\n').append(font.toQFont().key().toStdString());
+    key.append(1, '\n').append(font.family().toStdString());
+    key.append(1, '\n').append(std::to_string(font.pointSize()));
+    key.append(1, static_cast<char>('0' + font.isBold() + 2 * font.isItalic() +
+                                    4 * font.isUnderline() + 8 * font.isOverline()));
     key.append(1, '\n').append(std::to_string(static_cast<int>(device.color())));
     key.append(1, '\n').append(std::to_string(target.logicalDpiX()));
     key.append(1, 'x').append(std::to_string(target.logicalDpiY()));

@@ -34,6 +34,8 @@ TEST(NameCache, CopiedNamesShowTheDrawnPixelsAndNewNamesFontsAndColoursAddPictur
     WsiFont plain("DejaVu Sans", 9);
     WsiFont bold("DejaVu Sans", 12);
     bold.setBold(true);
+    WsiFont italic("DejaVu Sans", 9);
+    italic.setItalic(true);
     NameCache cache;
     struct Step {
         const char* text;
@@ -48,9 +50,10 @@ TEST(NameCache, CopiedNamesShowTheDrawnPixelsAndNewNamesFontsAndColoursAddPictur
         {"clk",              &plain, wsiBlack, {120, 17}, 1}, // elsewhere (zoom, resize)
         {"top.block9.sig97", &plain, wsiBlack, {250, 30}, 2}, // renamed
         {"top.block9.sig97", &bold,  wsiBlack, {250, 30}, 3}, // another font
-        {"top.block9.sig97", &bold,  wsiRed,   {250, 30}, 4}, // another colour
-        {"a_b[7:0] jqy",     &plain, wsiBlack, {90, 44},  5},
-        {"cut off",          &plain, wsiBlack, {20, 30},  6}, // runs off the left edge
+        {"top.block9.sig97", &italic, wsiBlack, {250, 30}, 4}, // another style
+        {"top.block9.sig97", &bold,  wsiRed,   {250, 30}, 5}, // another colour
+        {"a_b[7:0] jqy",     &plain, wsiBlack, {90, 44},  6},
+        {"cut off",          &plain, wsiBlack, {20, 30},  7}, // runs off the left edge
     };
     // clang-format on
     for (const Step& step : steps) {
