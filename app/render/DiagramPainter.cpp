@@ -251,6 +251,24 @@ void DiagramPainter::drawLevel(Device& device, int n, const SheetPoint* points) 
     painter->drawLines(lines.data(), count);
 }
 
+// On the screen the lines go to the painter in one call.
+void DiagramPainter::drawLines(Device& device, int n, const SheetPoint* ends) {
+    TqPainter* painter = pixelPainter(device);
+    if (!painter) {
+        for (int k = 0; k < n; ++k)
+            device.drawLine(ends[2 * k], ends[2 * k + 1]);
+        return;
+    }
+    const TqMatrix& m = device.displayTransformation(false);
+    std::vector<QLine>& lines = m_deviceLines;
+    lines.clear();
+    for (int k = 0; k < n; ++k) {
+        const DevicePoint from(ends[2 * k], m), to(ends[2 * k + 1], m);
+        lines.emplace_back(from.x(), from.y(), to.x(), to.y());
+    }
+    painter->drawLines(lines.data(), n);
+}
+
 Time DiagramPainter::tickStep() const {
     const double minimum = 80 / m_scale.pixelsPerTime();
     Time step = 1;
@@ -512,10 +530,9 @@ void DiagramPainter::paintBit(Device& device, const Signal& signal, double high,
             paintHatch(device, run.x0, run.x1, high, low);
             setInk(device, ink);
             setPen(device, 1);
-            device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
-            device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
-            if (run.edge)
-                device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x0, low));
+            const SheetPoint outline[] = {{run.x0, high}, {run.x1, high}, {run.x0, low},
+                                          {run.x1, low},  {run.x0, high}, {run.x0, low}};
+            drawLines(device, run.edge ? 3 : 2, outline);
             previous = -1;
         } else if (run.state == BitState::HighZ) {
             setInk(device, wsiBlue);

@@ -79,6 +79,8 @@ private:
     void setPen(Device& device, double pixels);
     /// Draws a level line of the waveforms (a pen of 1.5 layout pixels).
     void drawLevel(Device& device, int n, const SheetPoint* points);
+    /// Draws n lines in the current pen, from ends[2k] to ends[2k + 1].
+    void drawLines(Device& device, int n, const SheetPoint* ends);
     void setInk(Device& device, wsiColor color);
     Time tickStep() const;
 
