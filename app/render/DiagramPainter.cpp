@@ -223,7 +223,10 @@ void DiagramPainter::drawLevel(Device& device, int n, const SheetPoint* points) 
     TqPainter* painter = pixelPainter(device);
     if (!painter || std::lround(1.5 * m_unitsPerPixel) != 2) {
         setPen(device, 1.5);
-        device.drawPolyline(n, points);
+        if (n == 2)
+            device.drawLine(points[0], points[1]);
+        else
+            device.drawPolyline(n, points);
         return;
     }
     setPen(device, 1);
