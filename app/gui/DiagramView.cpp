@@ -68,6 +68,11 @@ DiagramView::DiagramView(Diagram& diagram, QWidget* parent)
     verticalScrollBar()->setSingleStep(static_cast<int>(DiagramPainter::v_rowHeight));
     m_from = m_diagram.spanStart();
     m_to = m_diagram.spanEnd();
+    // Restarted by every frame drawn without the picture, so that zooming or scrolling in time
+    // on and on draws no picture that the next step throws away.
+    m_pictureTimer.setSingleShot(true);
+    m_pictureTimer.setInterval(v_pictureDelayMs);
+    connect(&m_pictureTimer, &QTimer::timeout, this, [this] { completePicture(); });
 }
 
 DiagramView::~DiagramView() {
@@ -277,6 +282,8 @@ void DiagramView::paintEvent(QPaintEvent* event) {
         Device device(painter);
         ++m_renderCount;
         m_painter->paintBand(device, 1, exposed.top() + top, exposed.bottom() + 1 + top);
+        if (first)
+            m_pictureTimer.start();
         painter.resetTransform();
         painter.setClipRect(exposed);
     }
@@ -314,11 +321,21 @@ bool DiagramView::ensurePicture(int top, int bottom) {
         }
         m_painter->paintBand(*device, 1, static_cast<double>(strip * v_stripHeight),
                              static_cast<double>((end + 1) * v_stripHeight));
+        m_stripCount += static_cast<int>(end - strip + 1);
         std::fill(m_stripDrawn.begin() + static_cast<std::ptrdiff_t>(strip),
                   m_stripDrawn.begin() + static_cast<std::ptrdiff_t>(end) + 1, true);
         strip = end;
     }
     return true;
+}
+
+void DiagramView::completePicture() {
+    // Nothing to do after a change that the next frame lays out anew.
+    if (!m_layoutValid || !m_layoutPainted || !m_painter ||
+        m_options.width != std::max(1, viewport()->width()))
+        return;
+    const int top = verticalScrollBar()->value();
+    (void)ensurePicture(top, top + viewport()->height());
 }
 
 void DiagramView::paintCursor(QPainter& painter) {

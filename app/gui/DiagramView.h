@@ -11,6 +11,7 @@
 
 #include <QAbstractScrollArea>
 #include <QImage>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -79,6 +80,8 @@ public:
     /// change of the diagram, the window of time or the width, and every frame of a picture too
     /// tall to keep. Other frames copy from the picture, drawing only the rows it lacks.
     int renderCount() const { return m_renderCount; }
+    /// How many strips of the picture have been drawn so far, for tests of which frames draw.
+    int stripCount() const { return m_stripCount; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -100,6 +103,9 @@ private:
     /// drawn yet, for this and later frames to copy from; false when the picture would be too
     /// tall to keep, and frames are then painted directly.
     bool ensurePicture(int top, int bottom);
+    /// Draws the rows in view into the picture once the user has paused after a frame that did
+    /// not use it, so that the scroll or click that follows only copies.
+    void completePicture();
     void paintCursor(QPainter& painter);
     void notifyStatus();
 
@@ -120,6 +126,9 @@ private:
     static constexpr int v_maxPictureHeight = 32768;
     bool m_layoutValid = false;
     bool m_layoutPainted = false;
+    QTimer m_pictureTimer;
+    static constexpr int v_pictureDelayMs = 60;
+    int m_stripCount = 0;
     Time m_from = 0;
     Time m_to = 1;
     std::optional<Time> m_cursor;

@@ -155,6 +155,26 @@ TEST_F(DiagramViewTest, OnlyChangesOfTheWindowOfTimeOrTheDiagramRenderAgain) {
     }
 }
 
+// A frame after a zoom draws without the picture; once the user pauses, the rows in view are
+// drawn into it, and a scroll by a row then draws only the strip it uncovers.
+TEST_F(DiagramViewTest, APauseAfterAZoomFillsThePictureAndAScrollDrawsOnlyWhatItUncovers) {
+    for (int s = 0; s < 40; ++s)
+        diagram.addSignal("extra" + std::to_string(s), SignalKind::Bit);
+    QApplication::processEvents();
+    const int before = view->stripCount();
+    view->zoom(2);
+    view->viewport()->repaint();
+    EXPECT_EQ(view->stripCount(), before) << "the frame after the zoom";
+    QTest::qWait(400);
+    const int strips = view->viewport()->height() / 32;
+    EXPECT_GE(view->stripCount() - before, strips) << "after the pause";
+    EXPECT_LE(view->stripCount() - before, strips + 2) << "after the pause";
+    const int filled = view->stripCount();
+    view->verticalScrollBar()->setValue(view->verticalScrollBar()->value() + 30);
+    view->viewport()->repaint();
+    EXPECT_LE(view->stripCount() - filled, 2) << "scrolled by a row";
+}
+
 TEST_F(DiagramViewTest, DiagramChangeRepaintsAndPatternsChooseTheSignals) {
     QApplication::processEvents();
     const int paints = view->paintCount();
