@@ -37,8 +37,9 @@ private:
         int anchorX = 0;
         int anchorY = 0;
     };
-    // A long session with many files keeps at most this many names before starting over.
-    static constexpr std::size_t v_maxPictures = 4096;
+    // A long session with many files keeps at most this many names (some 14 KB each) before
+    // starting over; a screen shows a few dozen.
+    static constexpr std::size_t v_maxPictures = 1024;
 
     std::unordered_map<std::string, Picture> m_pictures;
 };
