@@ -68,6 +68,11 @@ DiagramView::DiagramView(Diagram& diagram, QWidget* parent)
     verticalScrollBar()->setSingleStep(static_cast<int>(DiagramPainter::v_rowHeight));
     m_from = m_diagram.spanStart();
     m_to = m_diagram.spanEnd();
+    // Restarted by every frame drawn without the picture, so that zooming or scrolling in time
+    // on and on draws no picture that the next step throws away.
+    m_pictureTimer.setSingleShot(true);
+    m_pictureTimer.setInterval(v_pictureDelayMs);
+    connect(&m_pictureTimer, &QTimer::timeout, this, [this] { completePicture(); });
 }
 
 DiagramView::~DiagramView() {
@@ -194,10 +199,12 @@ bool DiagramView::ensureLayout() {
     m_options.to = m_to;
     m_options.width = width;
     m_painter = std::make_unique<DiagramPainter>(m_diagram, m_options);
+    m_painter->setNameCache(&m_names);
     m_layoutError.clear();
     if (!m_painter->layout(m_layoutError))
         m_painter.reset();
     m_layoutValid = true;
+    m_layoutPainted = false;
     m_pictureValid = false;
     updateScrollBars();
     return m_painter != nullptr;
@@ -256,21 +263,27 @@ void DiagramView::paintEvent(QPaintEvent* event) {
     }
     const int top = verticalScrollBar()->value();
     const QRect exposed = event->rect();
-    if (ensurePicture(exposed.top() + top, exposed.bottom() + 1 + top)) {
+    // The first frame of a layout (after a zoom or a scroll in time) is drawn straight into the
+    // viewport: drawing it into the picture would add a fill and a copy of the whole viewport
+    // to the frame that costs most. Later frames draw what the picture lacks and copy from it.
+    const bool first = !m_layoutPainted;
+    m_layoutPainted = true;
+    // A window larger than the diagram is white beyond it: the viewport paints opaquely, so
+    // nothing else clears that part. The renderer clears what it draws.
+    const QRect picture(0, -top, m_painter->width(), m_painter->height());
+    for (const QRect& beyond : QRegion(exposed).subtracted(picture))
+        painter.fillRect(beyond, Qt::white);
+    if (!first && ensurePicture(exposed.top() + top, exposed.bottom() + 1 + top)) {
         // Scrolling, the cursor and uncovered parts of the window only copy the exposed part.
-        // A window larger than the diagram is white beyond it: the viewport paints opaquely,
-        // so nothing else clears that part.
-        const QRect picture(0, -top, m_picture.width(), m_picture.height());
         const QRect shown = exposed & picture;
         painter.drawImage(shown, m_picture, shown.translated(0, top));
-        for (const QRect& beyond : QRegion(exposed).subtracted(picture))
-            painter.fillRect(beyond, Qt::white);
     } else {
-        painter.fillRect(exposed, Qt::white);
         painter.translate(0, -top);
         Device device(painter);
         ++m_renderCount;
         m_painter->paintBand(device, 1, exposed.top() + top, exposed.bottom() + 1 + top);
+        if (first)
+            m_pictureTimer.start();
         painter.resetTransform();
         painter.setClipRect(exposed);
     }
@@ -282,7 +295,6 @@ bool DiagramView::ensurePicture(int top, int bottom) {
     if (m_painter->height() > v_maxPictureHeight)
         return false;
     if (!m_pictureValid) {
-        ++m_renderCount;
         // The picture's memory is kept from one window of time to the next: allocating and
         // clearing a screenful of rows would cost more than drawing them.
         if (m_picture.width() != m_painter->width() || m_picture.height() != m_painter->height())
@@ -309,11 +321,21 @@ bool DiagramView::ensurePicture(int top, int bottom) {
         }
         m_painter->paintBand(*device, 1, static_cast<double>(strip * v_stripHeight),
                              static_cast<double>((end + 1) * v_stripHeight));
+        m_stripCount += static_cast<int>(end - strip + 1);
         std::fill(m_stripDrawn.begin() + static_cast<std::ptrdiff_t>(strip),
                   m_stripDrawn.begin() + static_cast<std::ptrdiff_t>(end) + 1, true);
         strip = end;
     }
     return true;
+}
+
+void DiagramView::completePicture() {
+    // Nothing to do after a change that the next frame lays out anew.
+    if (!m_layoutValid || !m_layoutPainted || !m_painter ||
+        m_options.width != std::max(1, viewport()->width()))
+        return;
+    const int top = verticalScrollBar()->value();
+    (void)ensurePicture(top, top + viewport()->height());
 }
 
 void DiagramView::paintCursor(QPainter& painter) {

@@ -1,15 +1,17 @@
 /// DiagramView: a diagram on the screen, painted by the renderer over the window of time the
 /// user scrolled and zoomed to, with a cursor line that reads every shown signal's value.
-/// A change of the diagram, the window of time or the width starts the picture again, drawing
-/// only the rows in view; other frames copy the exposed part of it.
+/// A change of the diagram, the window of time or the width draws the rows in view straight
+/// into the viewport; later frames copy the exposed part of a picture drawn as it is needed.
 #pragma once
 
 #include "model/Diagram.h"
 #include "render/DiagramPainter.h"
+#include "render/NameCache.h"
 #include "render/RenderOptions.h"
 
 #include <QAbstractScrollArea>
 #include <QImage>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -74,10 +76,12 @@ public:
     const std::string& layoutError() const { return m_layoutError; }
     /// Paints so far, for tests that wait for the repaint a change causes.
     int paintCount() const { return m_paintCount; }
-    /// How often the renderer has started the picture over so far (after a change of the
-    /// diagram, the window of time or the width); rows scrolled into view later are added to
-    /// the same picture.
+    /// How often the renderer has drawn a frame of its own so far: the first frame after a
+    /// change of the diagram, the window of time or the width, and every frame of a picture too
+    /// tall to keep. Other frames copy from the picture, drawing only the rows it lacks.
     int renderCount() const { return m_renderCount; }
+    /// How many strips of the picture have been drawn so far, for tests of which frames draw.
+    int stripCount() const { return m_stripCount; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -99,6 +103,9 @@ private:
     /// drawn yet, for this and later frames to copy from; false when the picture would be too
     /// tall to keep, and frames are then painted directly.
     bool ensurePicture(int top, int bottom);
+    /// Draws the rows in view into the picture once the user has paused after a frame that did
+    /// not use it, so that the scroll or click that follows only copies.
+    void completePicture();
     void paintCursor(QPainter& painter);
     void notifyStatus();
 
@@ -106,16 +113,22 @@ private:
     std::unique_ptr<Dependent> m_listener;
     RenderOptions m_options;
     std::unique_ptr<DiagramPainter> m_painter;
+    // Kept from one layout to the next: zooming and scrolling show the same names.
+    NameCache m_names;
     std::string m_layoutError;
     // The picture of the current layout, drawn strip by strip as the strips come into view:
-    // frames that only scroll vertically, move the cursor or uncover the window copy from it,
-    // and a frame after a zoom draws only the strips it shows.
+    // frames that only scroll vertically, move the cursor or uncover the window copy from it.
+    // A layout's first frame does not use it.
     QImage m_picture;
     bool m_pictureValid = false;
     std::vector<bool> m_stripDrawn;
     static constexpr int v_stripHeight = 32;
     static constexpr int v_maxPictureHeight = 32768;
     bool m_layoutValid = false;
+    bool m_layoutPainted = false;
+    QTimer m_pictureTimer;
+    static constexpr int v_pictureDelayMs = 60;
+    int m_stripCount = 0;
     Time m_from = 0;
     Time m_to = 1;
     std::optional<Time> m_cursor;

@@ -2,12 +2,17 @@
 
 #include "model/SignalPattern.h"
 #include "render/Label.h"
+#include "render/NameCache.h"
 
 #include "graphics/device/Device.h"
+#include "graphics/device/QtConversion.h"
 #include "graphics/device/TqPainter.h"
 #include "graphics/geometry/DevicePoint.h"
+#include "graphics/geometry/DeviceRectangle.h"
 #include "graphics/geometry/FloatPoint.h"
 #include "graphics/geometry/SheetRectangle.h"
+
+#include <QPaintEngine>
 
 #include <algorithm>
 #include <cmath>
@@ -99,6 +104,19 @@ std::string axisLabel(Time t, Time step, TimeUnit unit) {
     std::string label = std::to_string(t / factor);
     label.append(timeUnitName(static_cast<TimeUnit>(index)));
     return label;
+}
+
+// The hatch of unknown slots as a brush: strokes up and right every four pixels, transparent
+// between them. Pixel (x, y) of the brush is on a stroke when x + y is a multiple of 4.
+const QBrush& hatchBrush() {
+    static const QBrush brush = [] {
+        QImage tile(4, 4, QImage::Format_ARGB32_Premultiplied);
+        tile.fill(Qt::transparent);
+        for (int y = 0; y < 4; ++y)
+            tile.setPixel((4 - y) % 4, y, QtConversion::asQColor(wsiGray).rgba());
+        return QBrush(tile);
+    }();
+    return brush;
 }
 
 } // namespace
@@ -193,6 +211,65 @@ void DiagramPainter::setPen(Device& device, double pixels) {
 void DiagramPainter::setInk(Device& device, wsiColor color) {
     if (device.color() != color)
         device.setColor(color);
+}
+
+// Qt draws lines one device pixel wide on a fast path and wider ones through its stroker, at
+// several times the cost. On the screen a level line two pixels wide is drawn as one-pixel
+// lines: once where it lies, and once a pixel up (a level) or to the left (an edge). That
+// gives the stroker's pixels but for a corner pixel here and there, and an edge that steps a
+// row earlier or later. The points are mapped once, without the repeated ones a level after a
+// dense block brings, and each pass is one list of lines.
+void DiagramPainter::drawLevel(Device& device, int n, const SheetPoint* points) {
+    TqPainter* painter = pixelPainter(device);
+    if (!painter || std::lround(1.5 * m_unitsPerPixel) != 2) {
+        setPen(device, 1.5);
+        if (n == 2)
+            device.drawLine(points[0], points[1]);
+        else
+            device.drawPolyline(n, points);
+        return;
+    }
+    setPen(device, 1);
+    const TqMatrix& m = device.displayTransformation(false);
+    std::vector<QLine>& lines = m_deviceLines;
+    lines.clear();
+    DevicePoint mapped;
+    mapped.set(points[0], m);
+    QPoint from(mapped.x(), mapped.y());
+    for (int k = 1; k < n; ++k) {
+        mapped.set(points[k], m);
+        const QPoint to(mapped.x(), mapped.y());
+        if (to != from)
+            lines.emplace_back(from, to);
+        from = to;
+    }
+    const int count = static_cast<int>(lines.size());
+    painter->drawLines(lines.data(), count);
+    for (QLine& line : lines) {
+        if (std::abs(line.dx()) >= std::abs(line.dy()))
+            line.translate(0, -1);
+        else
+            line.translate(-1, 0);
+    }
+    painter->drawLines(lines.data(), count);
+}
+
+// On the screen the lines go to the painter in one call.
+void DiagramPainter::drawLines(Device& device, int n, const SheetPoint* ends) {
+    TqPainter* painter = pixelPainter(device);
+    if (!painter) {
+        for (int k = 0; k < n; ++k)
+            device.drawLine(ends[2 * k], ends[2 * k + 1]);
+        return;
+    }
+    const TqMatrix& m = device.displayTransformation(false);
+    std::vector<QLine>& lines = m_deviceLines;
+    lines.clear();
+    for (int k = 0; k < n; ++k) {
+        const DevicePoint from(ends[2 * k], m), to(ends[2 * k + 1], m);
+        lines.emplace_back(from.x(), from.y(), to.x(), to.y());
+    }
+    painter->drawLines(lines.data(), n);
 }
 
 Time DiagramPainter::tickStep() const {
@@ -310,9 +387,10 @@ void DiagramPainter::paintRow(Device& device, const Row& row) {
     }
     const Signal& signal = m_diagram.signal(row.signal);
     setInk(device, wsiBlack);
-    if (signal.nameShown())
-        drawLabel(device, signal.name(), SheetPoint(m_nameRight, middle), nameFont(), wsiAlignRight,
-                  wsiAlignVCenter);
+    const SheetPoint nameAt(m_nameRight, middle);
+    if (signal.nameShown() &&
+        !(m_nameCache && m_nameCache->drawRightAligned(device, signal.name(), nameAt, nameFont())))
+        drawLabel(device, signal.name(), nameAt, nameFont(), wsiAlignRight, wsiAlignVCenter);
     if (signal.kind() == SignalKind::Spacer)
         return;
     const double high = middle - v_swing / 2, low = middle + v_swing / 2;
@@ -324,6 +402,21 @@ void DiagramPainter::paintRow(Device& device, const Row& row) {
 
 void DiagramPainter::paintHatch(Device& device, double x0, double x1, double high, double low) {
     const double h = low - high;
+    // On the screen the strokes are one fill of the slot's inside with a brush whose strokes
+    // lie where the lines would: a slot costs one call instead of one a stroke. Its top and
+    // bottom rows are the outline's.
+    if (TqPainter* raster = pixelPainter(device); raster && m_unitsPerPixel == 1) {
+        const TqMatrix& m = device.displayTransformation(false);
+        const DevicePoint topLeft(SheetPoint(x0, high), m), bottomRight(SheetPoint(x1, low), m);
+        const DevicePoint firstStroke(SheetPoint(x0 - h, low), m);
+        const QPointF origin = raster->brushOrigin();
+        raster->setBrushOrigin(firstStroke.x(), firstStroke.y());
+        raster->fillRect(QRect(QPoint(topLeft.x(), topLeft.y() + 1),
+                               QPoint(bottomRight.x(), bottomRight.y() - 1)),
+                         hatchBrush());
+        raster->setBrushOrigin(origin);
+        return;
+    }
     setInk(device, wsiGray);
     setPen(device, 1);
     // The strokes are one zigzag polyline: up one stroke, along the top edge to the next, down
@@ -399,8 +492,7 @@ void DiagramPainter::paintBit(Device& device, const Signal& signal, double high,
     auto flush = [&] {
         if (line.size() > 1) {
             setInk(device, ink);
-            setPen(device, 1.5);
-            device.drawPolyline(static_cast<int>(line.size()), line.data());
+            drawLevel(device, static_cast<int>(line.size()), line.data());
         }
         line.clear();
     };
@@ -433,23 +525,26 @@ void DiagramPainter::paintBit(Device& device, const Signal& signal, double high,
         }
         flush();
         setInk(device, ink);
-        setPen(device, 1.5);
-        if (run.edge && previous >= 0)
-            device.drawLine(SheetPoint(run.x0, previous), SheetPoint(run.x0 + s, y));
+        if (run.edge && previous >= 0) {
+            const SheetPoint edge[] = {{run.x0, previous}, {run.x0 + s, y}};
+            drawLevel(device, 2, edge);
+        }
         if (run.state == BitState::Unknown) {
             paintHatch(device, run.x0, run.x1, high, low);
             setInk(device, ink);
             setPen(device, 1);
-            device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x1, high));
-            device.drawLine(SheetPoint(run.x0, low), SheetPoint(run.x1, low));
-            if (run.edge)
-                device.drawLine(SheetPoint(run.x0, high), SheetPoint(run.x0, low));
+            const SheetPoint outline[] = {{run.x0, high}, {run.x1, high}, {run.x0, low},
+                                          {run.x1, low},  {run.x0, high}, {run.x0, low}};
+            drawLines(device, run.edge ? 3 : 2, outline);
             previous = -1;
         } else if (run.state == BitState::HighZ) {
             setInk(device, wsiBlue);
-            device.drawLine(SheetPoint(run.x0 + s, y), SheetPoint(run.x1, y));
+            const SheetPoint level[] = {{run.x0 + s, y}, {run.x1, y}};
+            drawLevel(device, 2, level);
             previous = y;
         } else {
+            // Dashes scale with the pen's width, so a weak level keeps the wide pen.
+            setPen(device, 1.5);
             device.setPenStyle(wsiPenDash);
             device.drawLine(SheetPoint(run.x0 + s, y), SheetPoint(run.x1, y));
             device.setPenStyle(wsiPenSolid);
@@ -467,6 +562,25 @@ void DiagramPainter::paintBit(Device& device, const Signal& signal, double high,
 void DiagramPainter::paintDense(Device& device, wsiColor ink, wsiColor fill, double high,
                                 double low) {
     const double edge = 1;
+    // On the screen the boxes go straight to the painter, without a device call and a copy of
+    // the brush each.
+    if (TqPainter* raster = pixelPainter(device)) {
+        const TqMatrix& m = device.displayTransformation(false);
+        auto fillBoxes = [&](wsiColor colour, double top, double bottom) {
+            const QColor qcolour = QtConversion::asQColor(colour);
+            for (const WaveformRun& run : m_runs) {
+                if (run.kind == WaveformRun::Dense)
+                    raster->fillRect(
+                        DeviceRectangle(
+                            SheetRectangle(SheetPoint(run.x0, top), SheetPoint(run.x1, bottom)), m)
+                            .toQRect(),
+                        qcolour);
+            }
+        };
+        fillBoxes(ink, high, low + edge);
+        fillBoxes(fill, high + edge, low);
+        return;
+    }
     bool any = false;
     for (const WaveformRun& run : m_runs) {
         if (run.kind != WaveformRun::Dense)

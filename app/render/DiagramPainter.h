@@ -11,8 +11,12 @@
 
 #include "graphics/device/Device.h"
 
+#include <QLine>
+
 #include <string>
 #include <vector>
+
+class NameCache;
 
 class DiagramPainter {
 public:
@@ -36,6 +40,9 @@ public:
     const std::vector<Row>& rows() const { return m_rows; }
     /// The vertical middle of the signal's row, or a negative number when it is not drawn.
     double rowMiddle(const std::string& signal) const;
+    /// Signal names on the screen are copied from cache (which must outlive the painter), or
+    /// drawn as text when null (the default).
+    void setNameCache(NameCache* cache) { m_nameCache = cache; }
 
     /// Draws the whole picture on device, whose units are unitsPerPixel to a layout pixel
     /// (its display transformation is set here). Stops early, leaving the picture partial,
@@ -70,6 +77,10 @@ private:
     void paintLabelBackground(Device& device, const std::string& text, const SheetPoint& at,
                               WsiFont& font, bool centred);
     void setPen(Device& device, double pixels);
+    /// Draws a level line of the waveforms (a pen of 1.5 layout pixels).
+    void drawLevel(Device& device, int n, const SheetPoint* points);
+    /// Draws n lines in the current pen, from ends[2k] to ends[2k + 1].
+    void drawLines(Device& device, int n, const SheetPoint* ends);
     void setInk(Device& device, wsiColor color);
     Time tickStep() const;
 
@@ -88,10 +99,13 @@ private:
     double m_rowsBottom = 0;
     double m_unitsPerPixel = 1;
     std::vector<WaveformRun> m_runs;
-    // Buffers reused from row to row: points, and which slots of a bus row are hatched.
+    // Buffers reused from row to row: points, screen lines, and which slots of a bus row are
+    // hatched.
     std::vector<SheetPoint> m_line;
     std::vector<SheetPoint> m_points;
+    std::vector<QLine> m_deviceLines;
     std::vector<char> m_hatched;
+    NameCache* m_nameCache = nullptr;
 };
 
 /// The text a bus change shows: its value in the signal's radix and notation ("A5", "8'hA5",

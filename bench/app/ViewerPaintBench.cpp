@@ -133,8 +133,9 @@ double frame(Frame& f, FrameKind kind, Time width) {
 // range(0): the window of time; range(1): the step before the frame (a FrameKind).
 void BM_ViewerFrame_MillionVsThousandChanges(benchmark::State& state) {
     const auto& big = bigDiagram();
-    static Frame bigFrame(*big);
-    static Frame smallFrame(*smallDiagram());
+    // Never destroyed: a widget may not outlive the application object, which main ends first.
+    static Frame& bigFrame = *new Frame(*big);
+    static Frame& smallFrame = *new Frame(*smallDiagram());
     const Time width = state.range(0);
     const auto kind = static_cast<FrameKind>(state.range(1));
     if (kind == VerticalScroll) {

@@ -11,6 +11,7 @@
 
 #include <QImage>
 #include <QPainter>
+#include <QPicture>
 #include <QSvgRenderer>
 #include <gtest/gtest.h>
 
@@ -407,6 +408,88 @@ TEST(DiagramPainterBand, ABandShowsTheSamePixelsAsTheWholePicture) {
         }
         EXPECT_EQ(differing, 0) << c.from << ".." << c.to << " band " << c.top << ".." << c.bottom;
         EXPECT_EQ(outside, 0) << c.from << ".." << c.to << " band " << c.top << ".." << c.bottom;
+    }
+}
+
+// Whether image has a pixel of colour within a pixel of (x, y).
+bool colourNear(const QImage& image, int x, int y, QRgb colour) {
+    for (int dy = -1; dy <= 1; ++dy)
+        for (int dx = -1; dx <= 1; ++dx)
+            if (image.valid(x + dx, y + dy) && image.pixel(x + dx, y + dy) == colour)
+                return true;
+    return false;
+}
+
+// On the screen (pixels one for one, no antialiasing) wide level lines are drawn as thin ones
+// and unknown slots with a brush. The picture must show what the general paths draw (here
+// recorded in a QPicture, which takes them, and played back on an image): every pixel that
+// differs has its colour a pixel away in the other picture, and few differ.
+TEST(DiagramPainterOnScreen, FastPathsDrawWhatTheGeneralPathsDraw) {
+    Diagram d;
+    sampleDiagram(d);
+    // Unknown slots from narrower than a stroke's run to wider than a row, between levels.
+    Signal& unknown = d.addSignal("unknown", SignalKind::Bit);
+    Time t = 0;
+    for (Time width : {1, 2, 3, 5, 8, 13, 21, 34}) {
+        ASSERT_TRUE(unknown.appendChange(t, BitState::Unknown));
+        ASSERT_TRUE(unknown.appendChange(t + width, t % 2 ? BitState::High : BitState::Low));
+        t += width + 4;
+    }
+    Signal& bus = d.addSignal("busx", SignalKind::Bus, 4);
+    ASSERT_TRUE(bus.appendBinary(0, "xxxx"));
+    ASSERT_TRUE(bus.appendChange(50, BigInt(3)));
+    // clang-format off
+    const struct { Time from, to; bool sloped; } windows[] = {
+        {0, 100, true}, {0, 100, false}, {10, 40, true}, {0, 400, true},
+    };
+    // clang-format on
+    for (const auto& w : windows) {
+        RenderOptions options;
+        options.width = 700;
+        options.from = w.from;
+        options.to = w.to;
+        options.slopedEdges = w.sloped;
+        DiagramPainter painter(d, options);
+        std::string error;
+        ASSERT_TRUE(painter.layout(error)) << error;
+        QImage fast(painter.width(), painter.height(), QImage::Format_RGB32);
+        QImage general = fast;
+        {
+            TqPainter qpainter(&fast);
+            Device device(qpainter);
+            painter.paint(device, 1);
+        }
+        QPicture recorded;
+        {
+            TqPainter qpainter(&recorded);
+            Device device(qpainter);
+            painter.paint(device, 1);
+        }
+        {
+            QPainter replay(&general);
+            replay.drawPicture(0, 0, recorded);
+        }
+        int differing = 0, stray = 0, ink = 0, greyFast = 0, greyGeneral = 0;
+        const QRgb grey = QColor(Qt::gray).rgb(), white = QColor(Qt::white).rgb();
+        for (int y = 0; y < fast.height(); ++y) {
+            for (int x = 0; x < fast.width(); ++x) {
+                const QRgb a = fast.pixel(x, y), b = general.pixel(x, y);
+                ink += b != white;
+                greyFast += a == grey;
+                greyGeneral += b == grey;
+                if (a == b)
+                    continue;
+                ++differing;
+                stray += !colourNear(general, x, y, a) || !colourNear(fast, x, y, b);
+            }
+        }
+        const std::string what = std::to_string(w.from) + ".." + std::to_string(w.to) +
+                                 (w.sloped ? " sloped" : " sharp");
+        // A slot a pixel or two wide may take its strokes' pixels from another row; a sloped
+        // edge may step a row earlier or later.
+        EXPECT_LE(stray, 2) << what;
+        EXPECT_LT(differing, ink / 8) << what;
+        EXPECT_NEAR(greyFast, greyGeneral, greyGeneral / 10) << what << ": hatch strokes";
     }
 }
 

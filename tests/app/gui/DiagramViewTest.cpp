@@ -155,6 +155,26 @@ TEST_F(DiagramViewTest, OnlyChangesOfTheWindowOfTimeOrTheDiagramRenderAgain) {
     }
 }
 
+// A frame after a zoom draws without the picture; once the user pauses, the rows in view are
+// drawn into it, and a scroll by a row then draws only the strip it uncovers.
+TEST_F(DiagramViewTest, APauseAfterAZoomFillsThePictureAndAScrollDrawsOnlyWhatItUncovers) {
+    for (int s = 0; s < 40; ++s)
+        diagram.addSignal("extra" + std::to_string(s), SignalKind::Bit);
+    QApplication::processEvents();
+    const int before = view->stripCount();
+    view->zoom(2);
+    view->viewport()->repaint();
+    EXPECT_EQ(view->stripCount(), before) << "the frame after the zoom";
+    QTest::qWait(400);
+    const int strips = view->viewport()->height() / 32;
+    EXPECT_GE(view->stripCount() - before, strips) << "after the pause";
+    EXPECT_LE(view->stripCount() - before, strips + 2) << "after the pause";
+    const int filled = view->stripCount();
+    view->verticalScrollBar()->setValue(view->verticalScrollBar()->value() + 30);
+    view->viewport()->repaint();
+    EXPECT_LE(view->stripCount() - filled, 2) << "scrolled by a row";
+}
+
 TEST_F(DiagramViewTest, DiagramChangeRepaintsAndPatternsChooseTheSignals) {
     QApplication::processEvents();
     const int paints = view->paintCount();
@@ -174,18 +194,26 @@ TEST_F(DiagramViewTest, DiagramChangeRepaintsAndPatternsChooseTheSignals) {
     QApplication::processEvents(); // paints the message instead of the picture
 }
 
-// Frames after a zoom draw only the rows in view; rows scrolled into view later are drawn
-// then. Every frame shows what the whole picture shows at that place.
+// Whether image has a pixel of colour within a pixel of (x, y).
+bool colourNear(const QImage& image, int x, int y, QRgb colour) {
+    for (int dy = -1; dy <= 1; ++dy)
+        for (int dx = -1; dx <= 1; ++dx)
+            if (image.valid(x + dx, y + dy) && image.pixel(x + dx, y + dy) == colour)
+                return true;
+    return false;
+}
+
+// The first frame after a zoom draws the rows in view itself; later frames copy from a picture
+// that gets rows as they scroll into view, and names from a cache kept across layouts. Every
+// frame shows what the whole picture, drawn without either, shows at that place, but that Qt
+// may step a sloped edge a row earlier or later where a band's edge cuts it.
 TEST_F(DiagramViewTest, FramesShowTheWholePicturesPixelsWhereverTheyAreScrolled) {
     for (int s = 0; s < 60; ++s) {
         Signal& extra = diagram.addSignal("extra" + std::to_string(s), SignalKind::Bit);
         for (Time t = s % 7; t < 100; t += 3 + s % 5)
             ASSERT_TRUE(extra.appendChange(t, t % 2 ? BitState::High : BitState::Low));
     }
-    view->zoom(2);
-    const int steps[] = {0, 40, 700, 350, 10000};
-    for (int value : steps) {
-        view->verticalScrollBar()->setValue(value);
+    auto expectWholePicture = [&](const std::string& what) {
         const int top = view->verticalScrollBar()->value();
         const QImage frame =
             view->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
@@ -198,13 +226,34 @@ TEST_F(DiagramViewTest, FramesShowTheWholePicturesPixelsWhereverTheyAreScrolled)
         Device device(qpainter);
         painter.paint(device, 1);
         qpainter.end();
-        int differing = 0;
+        const QImage shown = whole.copy(0, top, frame.width(), frame.height());
+        int differing = 0, stray = 0;
         const int rows = std::min(frame.height(), whole.height() - top);
-        for (int y = 0; y < rows; ++y)
-            for (int x = 0; x < frame.width(); ++x)
-                differing += frame.pixel(x, y) != whole.pixel(x, y + top);
-        EXPECT_EQ(differing, 0) << "scrolled to " << top;
+        for (int y = 0; y < rows; ++y) {
+            for (int x = 0; x < frame.width(); ++x) {
+                const QRgb a = frame.pixel(x, y), b = shown.pixel(x, y);
+                if (a == b)
+                    continue;
+                ++differing;
+                stray += !colourNear(shown, x, y, a) || !colourNear(frame, x, y, b);
+            }
+        }
+        EXPECT_EQ(stray, 0) << what << ", scrolled to " << top;
+        EXPECT_LE(differing, 16) << what << ", scrolled to " << top;
+    };
+    view->zoom(2);
+    for (int value : {0, 40, 700, 350, 10000}) {
+        view->verticalScrollBar()->setValue(value);
+        expectWholePicture("scrolled");
     }
+    ASSERT_TRUE(diagram.renameSignal(diagram.findSignal("extra50"), "renamed.extra50"));
+    expectWholePicture("renamed");
+    view->verticalScrollBar()->setValue(500);
+    expectWholePicture("renamed, scrolled");
+    view->resize(500, 300);
+    expectWholePicture("resized");
+    view->zoom(3);
+    expectWholePicture("zoomed");
 }
 
 TEST_F(DiagramViewTest, AWindowTallerThanTheDiagramIsWhiteBelowIt) {
