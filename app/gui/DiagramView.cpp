@@ -263,17 +263,20 @@ void DiagramView::paintEvent(QPaintEvent* event) {
     }
     const int top = verticalScrollBar()->value();
     const QRect exposed = event->rect();
+    const int rowsTop = exposed.top() + top, rowsBottom = exposed.bottom() + 1 + top;
     // The first frame of a layout (after a zoom or a scroll in time) is drawn straight into the
     // viewport: drawing it into the picture would add a fill and a copy of the whole viewport
-    // to the frame that costs most. Later frames draw what the picture lacks and copy from it.
-    const bool first = !m_layoutPainted;
+    // to the frame that costs most. So is a frame that finds most of its rows missing from the
+    // picture, such as a scroll before the pause that fills it. Other frames draw what the
+    // picture lacks and copy from it.
+    const bool direct = !m_layoutPainted || pictureLacksMost(rowsTop, rowsBottom);
     m_layoutPainted = true;
     // A window larger than the diagram is white beyond it: the viewport paints opaquely, so
     // nothing else clears that part. The renderer clears what it draws.
     const QRect picture(0, -top, m_painter->width(), m_painter->height());
     for (const QRect& beyond : QRegion(exposed).subtracted(picture))
         painter.fillRect(beyond, Qt::white);
-    if (!first && ensurePicture(exposed.top() + top, exposed.bottom() + 1 + top)) {
+    if (!direct && ensurePicture(rowsTop, rowsBottom)) {
         // Scrolling, the cursor and uncovered parts of the window only copy the exposed part.
         const QRect shown = exposed & picture;
         painter.drawImage(shown, m_picture, shown.translated(0, top));
@@ -281,8 +284,8 @@ void DiagramView::paintEvent(QPaintEvent* event) {
         painter.translate(0, -top);
         Device device(painter);
         ++m_renderCount;
-        m_painter->paintBand(device, 1, exposed.top() + top, exposed.bottom() + 1 + top);
-        if (first)
+        m_painter->paintBand(device, 1, rowsTop, rowsBottom);
+        if (direct)
             m_pictureTimer.start();
         painter.resetTransform();
         painter.setClipRect(exposed);
@@ -303,9 +306,7 @@ bool DiagramView::ensurePicture(int top, int bottom) {
                             false);
         m_pictureValid = true;
     }
-    const std::size_t first = static_cast<std::size_t>(std::max(top, 0)) / v_stripHeight;
-    const std::size_t last = std::min(
-        static_cast<std::size_t>(std::max(bottom - 1, 0)) / v_stripHeight, m_stripDrawn.size() - 1);
+    const auto [first, last] = strips(top, bottom);
     std::optional<TqPainter> painter;
     std::optional<Device> device;
     for (std::size_t strip = first; strip <= last; ++strip) {
@@ -327,6 +328,23 @@ bool DiagramView::ensurePicture(int top, int bottom) {
         strip = end;
     }
     return true;
+}
+
+std::pair<std::size_t, std::size_t> DiagramView::strips(int top, int bottom) const {
+    const std::size_t first = static_cast<std::size_t>(std::max(top, 0)) / v_stripHeight;
+    const std::size_t last = std::min(
+        static_cast<std::size_t>(std::max(bottom - 1, 0)) / v_stripHeight, m_stripDrawn.size() - 1);
+    return {first, last};
+}
+
+bool DiagramView::pictureLacksMost(int top, int bottom) const {
+    if (!m_pictureValid)
+        return true;
+    const auto [first, last] = strips(top, bottom);
+    const auto drawn =
+        std::count(m_stripDrawn.begin() + static_cast<std::ptrdiff_t>(first),
+                   m_stripDrawn.begin() + static_cast<std::ptrdiff_t>(last) + 1, true);
+    return static_cast<std::size_t>(drawn) * 2 < last - first + 1;
 }
 
 void DiagramView::completePicture() {

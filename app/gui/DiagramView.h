@@ -1,7 +1,8 @@
 /// DiagramView: a diagram on the screen, painted by the renderer over the window of time the
 /// user scrolled and zoomed to, with a cursor line that reads every shown signal's value.
 /// A change of the diagram, the window of time or the width draws the rows in view straight
-/// into the viewport; later frames copy the exposed part of a picture drawn as it is needed.
+/// into the viewport; later frames copy the exposed part of a picture drawn as it is needed,
+/// or filled when the user pauses.
 #pragma once
 
 #include "model/Diagram.h"
@@ -17,6 +18,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 class Dependent;
@@ -77,11 +79,14 @@ public:
     /// Paints so far, for tests that wait for the repaint a change causes.
     int paintCount() const { return m_paintCount; }
     /// How often the renderer has drawn a frame of its own so far: the first frame after a
-    /// change of the diagram, the window of time or the width, and every frame of a picture too
-    /// tall to keep. Other frames copy from the picture, drawing only the rows it lacks.
+    /// change of the diagram, the window of time or the width, a frame that finds most of its
+    /// rows missing from the picture, and every frame of a picture too tall to keep. Other
+    /// frames copy from the picture, drawing only the rows it lacks.
     int renderCount() const { return m_renderCount; }
     /// How many strips of the picture have been drawn so far, for tests of which frames draw.
     int stripCount() const { return m_stripCount; }
+    /// The height in pixels of the strips the picture is drawn in.
+    static constexpr int v_stripHeight = 32;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -103,6 +108,11 @@ private:
     /// drawn yet, for this and later frames to copy from; false when the picture would be too
     /// tall to keep, and frames are then painted directly.
     bool ensurePicture(int top, int bottom);
+    /// The first and last strip of the picture that hold the rows between top and bottom.
+    std::pair<std::size_t, std::size_t> strips(int top, int bottom) const;
+    /// Whether fewer than half the strips over the rows between top and bottom are drawn, so
+    /// that drawing them into the picture and copying would cost more than drawing the frame.
+    bool pictureLacksMost(int top, int bottom) const;
     /// Draws the rows in view into the picture once the user has paused after a frame that did
     /// not use it, so that the scroll or click that follows only copies.
     void completePicture();
@@ -122,7 +132,6 @@ private:
     QImage m_picture;
     bool m_pictureValid = false;
     std::vector<bool> m_stripDrawn;
-    static constexpr int v_stripHeight = 32;
     static constexpr int v_maxPictureHeight = 32768;
     bool m_layoutValid = false;
     bool m_layoutPainted = false;
