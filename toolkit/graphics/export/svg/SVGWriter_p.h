@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/TqExport.h"
 #include "graphics/device/WsiFont.h"
 #include "graphics/export/ExportWriter_p.h"
 
@@ -18,8 +19,9 @@
 /// Consecutive primitives of one style share one element: strokes, fills and filled outlines
 /// become the subpaths of one <path>, texts the <text> children of one <g>, so that style is
 /// written once per run and not once per primitive. The text collects in a large buffer that
-/// goes to the stream in whole blocks. Internal to the library.
-class SVGWriter final : public ExportWriter {
+/// goes to the stream in whole blocks. Internal to the library (exported for the fuzz target
+/// only, and not installed).
+class TQ_EXPORT SVGWriter final : public ExportWriter {
 public:
     ///@{
     /// Writes to out's stream buffer (out must outlive the writer). A stream that does not
