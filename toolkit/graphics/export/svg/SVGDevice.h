@@ -12,9 +12,9 @@ class SVGWriter;
 /// SVGDevice: the Device that exports a drawing as an SVG 1.1 file, written from its
 /// primitives without a painter. It draws the picture a painter draws (square caps, bevel
 /// joins, the painter's dash patterns, polygons filled odd-even) in compact form: primitives
-/// of one style in a row share one element, text is <text> in the font's family, size and
-/// styles. One device unit is one pixel at the resolution given (96 per inch unless said
-/// otherwise); the canvas is width x height device units with its origin at the top left.
+/// of one style in a row share one element, text is a `<text>` element in the font's family,
+/// size and styles. One device unit is one pixel at the resolution given (96 per inch unless
+/// said otherwise); the canvas is width x height device units with its origin at the top left.
 ///
 /// Use: construct, draw, close() (or let the destructor close it). A file that cannot be
 /// opened leaves a device that draws nothing (isOpen() false, close() false).
