@@ -217,4 +217,22 @@ TEST(DevicePaint, BitmapCopiesPixelsFromAnImageDevice) {
     EXPECT_EQ(target.at(2, 2), white);
 }
 
+// Text primitives select the caller's font only while they draw: the font selected before is
+// selected again, and none when none was (the caller's font may not outlive the call).
+TEST(DevicePaint, TextLeavesTheFontSelectionAsItFoundIt) {
+    Canvas canvas;
+    WsiFont kept("Sans", 10), passed("Serif", 14);
+    for (WsiFont* before : {static_cast<WsiFont*>(nullptr), &kept}) {
+        if (before)
+            canvas.device.selectFont(*before);
+        else
+            canvas.device.deselectFont();
+        EXPECT_GT(canvas.device.drawText("plain", SheetPoint(5, 40), passed), 0);
+        EXPECT_EQ(canvas.device.selectedFont(), before) << "drawText";
+        (void)canvas.device.drawAlignedText("aligned", SheetPoint(100, 50), passed, wsiAlignHCenter,
+                                            wsiAlignVCenter);
+        EXPECT_EQ(canvas.device.selectedFont(), before) << "drawAlignedText";
+    }
+}
+
 } // namespace

@@ -246,14 +246,10 @@ void Device::primitiveDrawText(const char* text, const DevicePoint& at, int leng
     advance = 0;
     if (!m_painter || !text)
         return;
-    WsiFont* previous = selectedFont();
+    const FontRestorer restorer(*this);
     selectFont(font);
     advance = newFontMetric().advance(text, length);
     m_painter->drawText(at.toQPoint(), WsiFontMetric::textOf(text, length));
-    if (previous)
-        selectFont(*previous);
-    else
-        deselectFont(); // font belongs to the caller and may not outlive this call
 }
 
 void Device::primitiveDrawAlignedText(const char* text, const DevicePoint& at, int length,
@@ -263,12 +259,8 @@ void Device::primitiveDrawAlignedText(const char* text, const DevicePoint& at, i
         return;
     // alignText leaves the painter set to font; drawing straight away spares a second font
     // change and a second measurement for every name and label on the screen.
-    WsiFont* previous = selectedFont();
+    const FontRestorer restorer(*this);
     DevicePoint start;
     alignText(text, at, length, font, h, v, start, bounds);
     m_painter->drawText(start.toQPoint(), WsiFontMetric::textOf(text, length));
-    if (previous)
-        selectFont(*previous);
-    else
-        deselectFont(); // font belongs to the caller and may not outlive this call
 }

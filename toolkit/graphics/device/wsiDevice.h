@@ -222,6 +222,26 @@ protected:
                                           DeviceRectangle& bounds) = 0;
 
     // --- Helpers for devices ----------------------------------------------------------------
+    /// Selects again, on leaving its scope, the font that was selected when it was made, or
+    /// none when none was: a text primitive selects the caller's font, which may not outlive
+    /// the call.
+    class FontRestorer {
+    public:
+        explicit FontRestorer(wsiDevice& device)
+            : m_device(device), m_previous(device.selectedFont()) {}
+        ~FontRestorer() {
+            if (m_previous)
+                m_device.selectFont(*m_previous);
+            else
+                m_device.deselectFont();
+        }
+        FontRestorer(const FontRestorer&) = delete;
+        FontRestorer& operator=(const FontRestorer&) = delete;
+
+    private:
+        wsiDevice& m_device;
+        WsiFont* m_previous;
+    };
     /// Where text aligned at at starts its baseline, and the box it occupies: h puts at at the
     /// box's left, middle or right; v at its top, middle, bottom or at the baseline.
     void alignText(const char* text, const DevicePoint& at, int length, WsiFont& font, wsiAlignH h,

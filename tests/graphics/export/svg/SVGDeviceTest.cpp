@@ -277,6 +277,23 @@ TEST_F(SVGDeviceTest, ReadsBackLikeThePaintedImage) {
     }
 }
 
+// Text selects the caller's font only while it is written: the font selected before is
+// selected again, and none when none was.
+TEST_F(SVGDeviceTest, TextLeavesTheFontSelectionAsItFoundIt) {
+    WsiFont kept("Sans", 10), passed("Serif", 14);
+    for (WsiFont* before : {static_cast<WsiFont*>(nullptr), &kept}) {
+        (void)draw([&](SVGDevice& device) {
+            if (before)
+                device.selectFont(*before);
+            EXPECT_GT(device.drawText("plain", SheetPoint(5, 40), passed), 0);
+            EXPECT_EQ(device.selectedFont(), before) << "drawText";
+            (void)device.drawAlignedText("aligned", SheetPoint(100, 50), passed, wsiAlignHCenter,
+                                         wsiAlignVCenter);
+            EXPECT_EQ(device.selectedFont(), before) << "drawAlignedText";
+        });
+    }
+}
+
 TEST_F(SVGDeviceTest, AFileThatCannotBeOpenedLeavesADeviceThatDrawsNothing) {
     SVGDevice device("/nonexistent-folder/drawing.svg", "test", v_width, v_height);
     EXPECT_FALSE(device.isOpen());

@@ -91,15 +91,11 @@ void EPSDevice::primitiveDrawText(const char* text, const DevicePoint& at, int l
     advance = 0;
     if (!text)
         return;
-    WsiFont* previous = selectedFont();
+    const FontRestorer restorer(*this);
     selectFont(font);
     advance = newFontMetric().advance(text, length);
     writer().text(EPSWriter::textBytes(text, length), at, PostScriptFont::nameFor(font),
                   font.pointSize() / fontScaleFactor(), QtConversion::asQColor(color()));
-    if (previous)
-        selectFont(*previous);
-    else
-        deselectFont(); // font belongs to the caller and may not outlive this call
 }
 
 void EPSDevice::primitiveDrawAlignedText(const char* text, const DevicePoint& at, int length,

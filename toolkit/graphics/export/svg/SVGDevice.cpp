@@ -117,14 +117,10 @@ void SVGDevice::primitiveDrawText(const char* text, const DevicePoint& at, int l
     advance = 0;
     if (!text)
         return;
-    WsiFont* previous = selectedFont();
+    const FontRestorer restorer(*this);
     selectFont(font);
     advance = newFontMetric().advance(text, length);
     m_writer->text(textBytes(text, length), at, font, m_resolution / 72.0);
-    if (previous)
-        selectFont(*previous);
-    else
-        deselectFont(); // font belongs to the caller and may not outlive this call
 }
 
 void SVGDevice::primitiveDrawAlignedText(const char* text, const DevicePoint& at, int length,
