@@ -2,6 +2,7 @@
 // the PDF (through pdftoppm), the EPS (through Ghostscript) and the SVG (through Qt's SVG
 // renderer), and level of detail: a signal's cost follows the output's width, not its
 // number of changes.
+#include "ImageProbes.h"
 #include "render/DiagramExporter.h"
 #include "render/DiagramPainter.h"
 #include "render/WaveformRuns.h"
@@ -409,15 +410,6 @@ TEST(DiagramPainterBand, ABandShowsTheSamePixelsAsTheWholePicture) {
         EXPECT_EQ(differing, 0) << c.from << ".." << c.to << " band " << c.top << ".." << c.bottom;
         EXPECT_EQ(outside, 0) << c.from << ".." << c.to << " band " << c.top << ".." << c.bottom;
     }
-}
-
-// Whether image has a pixel of colour within a pixel of (x, y).
-bool colourNear(const QImage& image, int x, int y, QRgb colour) {
-    for (int dy = -1; dy <= 1; ++dy)
-        for (int dx = -1; dx <= 1; ++dx)
-            if (image.valid(x + dx, y + dy) && image.pixel(x + dx, y + dy) == colour)
-                return true;
-    return false;
 }
 
 // On the screen (pixels one for one, no antialiasing) wide level lines are drawn as thin ones

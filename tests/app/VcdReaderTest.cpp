@@ -2,6 +2,7 @@
 // data/vcd give, at every time the testbench printed its variables, the values it printed;
 // hand-written dumps cover what the simulator does not write, and bad dumps give FILE:LINE.
 #include "io/VcdReader.h"
+#include "CancelAfter.h"
 #include "SignalProbes.h"
 #include "io/DiagramFile.h"
 #include "model/Diagram.h"
@@ -325,20 +326,6 @@ TEST(VcdReader, CodesOfAnyLengthAndTimesGoingBackFindTheirSignals) {
         EXPECT_EQ(diagram.spanEnd(), 20);
     }
 }
-
-// A task that is cancelled once a given number of bytes were read.
-class CancelAfter : public iTaskDescription {
-public:
-    explicit CancelAfter(unsigned long bytes) : m_bytes(bytes) {}
-    void setProgress(unsigned long done) override {
-        iTaskDescription::setProgress(done);
-        if (done >= m_bytes)
-            cancel();
-    }
-
-private:
-    unsigned long m_bytes;
-};
 
 TEST(VcdReader, ACancelMidFileStopsAtTheNextChunkAndLeavesTheDiagramAlone) {
     TemporaryFolder folder;

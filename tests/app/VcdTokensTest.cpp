@@ -2,6 +2,7 @@
 // survives the refill that the next one needs, lines are found again after chunks were
 // dropped, and a task cancels between chunks.
 #include "io/VcdTokens.h"
+#include "CancelAfter.h"
 
 #include "core/iTaskDescription.h"
 
@@ -157,20 +158,6 @@ TEST(VcdTokens, LinesAreCountedAgainAfterTheirChunksWereDropped) {
     EXPECT_EQ(tokens.line(), 0u);
     EXPECT_TRUE(tokens.next(token));
 }
-
-// A task that is cancelled once a given number of bytes were read.
-class CancelAfter : public iTaskDescription {
-public:
-    explicit CancelAfter(unsigned long bytes) : m_bytes(bytes) {}
-    void setProgress(unsigned long done) override {
-        iTaskDescription::setProgress(done);
-        if (done >= m_bytes)
-            cancel();
-    }
-
-private:
-    unsigned long m_bytes;
-};
 
 TEST(VcdTokens, ACancelledTaskEndsTheTokensAtTheNextChunk) {
     std::string text;

@@ -1,6 +1,7 @@
 // The diagram view: its window of time under zoom, fit, scroll and keys, the cursor's values,
 // and the repaint that follows a change of the diagram.
 #include "gui/DiagramView.h"
+#include "ImageProbes.h"
 
 #include "hdl/BigInt.h"
 
@@ -199,15 +200,6 @@ TEST_F(DiagramViewTest, DiagramChangeRepaintsAndPatternsChooseTheSignals) {
     EXPECT_TRUE(view->cursorValues().empty());
     EXPECT_FALSE(view->layoutError().empty());
     QApplication::processEvents(); // paints the message instead of the picture
-}
-
-// Whether image has a pixel of colour within a pixel of (x, y).
-bool colourNear(const QImage& image, int x, int y, QRgb colour) {
-    for (int dy = -1; dy <= 1; ++dy)
-        for (int dx = -1; dx <= 1; ++dx)
-            if (image.valid(x + dx, y + dy) && image.pixel(x + dx, y + dy) == colour)
-                return true;
-    return false;
 }
 
 // The first frame after a zoom draws the rows in view itself; later frames copy from a picture
