@@ -2,6 +2,7 @@
 // table built by table calls in any order, the bytes split at NUL into the calls' texts,
 // each text's first byte choosing its call. Whatever the bytes, every string must stay
 // closed and free of raw 8-bit bytes, and every statement balanced.
+#include "FuzzInput.h"
 #include "graphics/export/mif/MIFWriter_p.h"
 
 #include <cstddef>
@@ -69,15 +70,7 @@ void tableCall(MIFWriter& writer, const std::string& text) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string input(reinterpret_cast<const char*>(data), size);
-    std::vector<std::string> parts;
-    for (std::size_t from = 0;;) {
-        const std::size_t to = input.find('\0', from);
-        parts.push_back(input.substr(from, to - from));
-        if (to == std::string::npos)
-            break;
-        from = to + 1;
-    }
+    const std::vector<std::string> parts = partsAtNul(data, size);
     for (const bool table : {false, true}) {
         std::ostringstream out;
         MIFWriter writer("fuzz", out, ExportParameters(), DeviceRectangle(0, 0, 1000, 1000));

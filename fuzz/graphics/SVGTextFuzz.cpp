@@ -1,6 +1,7 @@
 // Writes arbitrary bytes into an SVG file as drawn texts, a font family and the title, the
 // bytes split at NUL into those parts. Whatever the bytes, the document must stay
 // well-formed XML.
+#include "FuzzInput.h"
 #include "graphics/export/svg/SVGWriter_p.h"
 
 #include <QGuiApplication>
@@ -20,15 +21,7 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string input(reinterpret_cast<const char*>(data), size);
-    std::vector<std::string> parts;
-    for (std::size_t from = 0;;) {
-        const std::size_t to = input.find('\0', from);
-        parts.push_back(input.substr(from, to - from));
-        if (to == std::string::npos)
-            break;
-        from = to + 1;
-    }
+    const std::vector<std::string> parts = partsAtNul(data, size);
     std::ostringstream out;
     SVGWriter writer(parts.back().c_str(), out, ExportParameters());
     writer.open(100, 100, 96);
