@@ -357,6 +357,22 @@ bool Signal::changeIsKnown(std::size_t index) const {
     return true;
 }
 
+bool Signal::changeIsAllUnknown(std::size_t index) const {
+    if (m_kind == SignalKind::Bit)
+        return m_states[index] == BitState::Unknown;
+    if (changeHasText(index))
+        return false;
+    const std::size_t plane = wordsPerPlane();
+    const std::uint64_t* value = m_words.data() + index * 2 * plane;
+    for (std::size_t w = 0; w < plane; ++w) {
+        const unsigned bits = w + 1 < plane || m_width % 64 == 0 ? 64 : m_width % 64;
+        const std::uint64_t mask = bits == 64 ? ~std::uint64_t(0) : (std::uint64_t(1) << bits) - 1;
+        if ((value[plane + w] & mask) != mask || (value[w] & mask) != 0)
+            return false;
+    }
+    return true;
+}
+
 bool Signal::sameValue(std::size_t a, std::size_t b) const {
     if (m_kind == SignalKind::Bit)
         return m_states[a] == m_states[b];

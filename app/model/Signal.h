@@ -134,6 +134,9 @@ public:
     std::string changeBinary(std::size_t index) const;
     /// True when the bus value of change index has no X or Z bit.
     bool changeIsKnown(std::size_t index) const;
+    /// True when every bit of change index is X: a bus slot drawn hatched, without a value. A
+    /// text change is not.
+    bool changeIsAllUnknown(std::size_t index) const;
     /// True when change index shows text (see appendText).
     bool changeHasText(std::size_t index) const {
         return !m_textOf.empty() && m_textOf[index] != v_noText;

@@ -626,8 +626,7 @@ void DiagramPainter::paintBus(Device& device, const Signal& signal, double high,
             device.drawLine(SheetPoint(run.x0, middle), SheetPoint(run.x1, middle));
             continue;
         }
-        hatched[i] = run.state == BitState::Unknown &&
-                     signal.changeBinary(run.change).find_first_not_of('x') == std::string::npos;
+        hatched[i] = run.state == BitState::Unknown && signal.changeIsAllUnknown(run.change);
         if (hatched[i])
             paintHatch(device, run.x0 + left, run.x1 - right, high, low);
         const SheetPoint outline[] = {

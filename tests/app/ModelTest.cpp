@@ -66,6 +66,9 @@ TEST(Signal, BusValuesKeepEveryFourStateBitAcrossWordBoundaries) {
         {65, "1", std::string(64, '0').append("1"), BitState::High},
         {65, "z0", std::string(63, 'z').append("z0"), BitState::Unknown},
         {130, std::string(130, 'z'), std::string(130, 'z'), BitState::HighZ},
+        {65, "x", std::string(65, 'x'), BitState::Unknown},
+        {128, "x1", std::string(127, 'x').append("1"), BitState::Unknown},
+        {128, std::string(128, 'x'), std::string(128, 'x'), BitState::Unknown},
     };
     // clang-format on
     for (const auto& c : cases) {
@@ -74,6 +77,8 @@ TEST(Signal, BusValuesKeepEveryFourStateBitAcrossWordBoundaries) {
         EXPECT_EQ(bus.changeBinary(0), c.stored) << c.width << " " << c.digits;
         EXPECT_EQ(bus.changeState(0), c.state) << c.digits;
         EXPECT_EQ(bus.changeIsKnown(0), c.state == BitState::High) << c.digits;
+        EXPECT_EQ(bus.changeIsAllUnknown(0), c.stored.find_first_not_of('x') == std::string::npos)
+            << c.width << " " << c.digits;
     }
     Signal bus("b", SignalKind::Bus, 8);
     EXPECT_FALSE(bus.appendBinary(0, "10q1"));
@@ -118,6 +123,7 @@ TEST(Signal, TextChangesStaySortedWithTheValuesAndGiveWayToThem) {
             EXPECT_EQ(s.changeState(i), BitState::High) << i;
             EXPECT_EQ(s.changeBinary(i), std::string(70, 'x')) << i;
             EXPECT_FALSE(s.changeIsKnown(i)) << i;
+            EXPECT_FALSE(s.changeIsAllUnknown(i)) << i;
         } else {
             EXPECT_EQ(s.changeBinary(i), std::string(67, '0') + expected[i].shown);
         }
