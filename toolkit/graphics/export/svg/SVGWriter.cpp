@@ -376,45 +376,15 @@ void SVGWriter::closeSubpath() {
 // --- Clipped geometry -------------------------------------------------------------------------
 
 bool SVGWriter::insideClip(const DevicePoint* points, std::size_t n) const {
-    if (!m_clipSet)
-        return true;
-    return std::all_of(points, points + n, [&](const DevicePoint& p) {
-        return p.x() >= m_clip.left() && p.x() <= m_clip.right() && p.y() >= m_clip.top() &&
-               p.y() <= m_clip.bottom();
-    });
+    return !m_clipSet || std::all_of(points, points + n,
+                                     [&](const DevicePoint& p) { return m_clip.containsPoint(p); });
 }
 
-// Liang and Barsky's clipping of the segment against the rectangle's four edges.
 bool SVGWriter::clipSegment(DevicePoint& from, DevicePoint& to) const {
-    if (insideClip(&from, 1) && insideClip(&to, 1))
+    if (!m_clipSet)
         return true;
-    const double x0 = from.x(), y0 = from.y(), dx = double(to.x()) - x0, dy = double(to.y()) - y0;
-    double t0 = 0, t1 = 1;
-    const double p[4] = {-dx, dx, -dy, dy};
-    const double q[4] = {x0 - m_clip.left(), m_clip.right() - x0, y0 - m_clip.top(),
-                         m_clip.bottom() - y0};
-    for (int i = 0; i < 4; ++i) {
-        if (p[i] == 0) {
-            if (q[i] < 0)
-                return false;
-            continue;
-        }
-        const double t = q[i] / p[i];
-        if (p[i] < 0)
-            t0 = std::max(t0, t);
-        else
-            t1 = std::min(t1, t);
-        if (t0 > t1)
-            return false;
-    }
-    auto at = [&](double t) {
-        return DevicePoint(static_cast<std::int32_t>(std::lround(x0 + t * dx)),
-                           static_cast<std::int32_t>(std::lround(y0 + t * dy)));
-    };
-    const DevicePoint a = at(t0), b = at(t1);
-    from = a;
-    to = b;
-    return true;
+    const DevicePoint start = from;
+    return m_clip.clipLineSegment(from, to) && m_clip.clipLineSegment(to, start);
 }
 
 void SVGWriter::clippedPolyline(const DevicePoint* points, std::size_t n, bool closed) {
