@@ -227,6 +227,7 @@ protected:
     /// the call.
     class FontRestorer {
     public:
+        /// Remembers the font selected on device now.
         explicit FontRestorer(wsiDevice& device)
             : m_device(device), m_previous(device.selectedFont()) {}
         ~FontRestorer() {
